@@ -1,0 +1,73 @@
+#pragma once
+
+// Reading side of the stored JSON format, on top of simdjson's DOM. Only source files
+// include this header, so that the rest of the program never sees simdjson.
+
+#include "Timestamp.h"
+
+#include <QByteArrayView>
+#include <QString>
+#include <QStringList>
+
+#include <simdjson.h>
+
+#include <optional>
+#include <string_view>
+
+// Reads the members of one JSON object. A key that is absent and a key whose value is
+// null read alike. Every failure throws JsonReader::Failure, which the public decoders
+// catch and turn into a JsonResult, so a bad element fails the whole document.
+class JsonReader final {
+public:
+    struct Failure {
+        QString reason;
+    };
+
+    JsonReader(simdjson::dom::element element, std::string_view record);
+
+    // Parses a whole document; the element lives until the parser parses again.
+    static simdjson::dom::element parse(simdjson::dom::parser& parser, QByteArrayView json);
+
+    std::optional<simdjson::dom::element> member(std::string_view key) const;
+    simdjson::dom::element requiredMember(std::string_view key) const;
+
+    QString requiredString(std::string_view key) const;
+    std::optional<QString> optionalString(std::string_view key) const;
+    double requiredNumber(std::string_view key) const;
+    std::optional<double> optionalNumber(std::string_view key) const;
+    Timestamp requiredTimestamp(std::string_view key) const;
+    std::optional<Timestamp> optionalTimestamp(std::string_view key) const;
+    QStringList requiredStringList(std::string_view key) const;
+
+    template <typename E>
+    E requiredEnum(std::string_view key) const {
+        return toEnum<E>(key, requiredString(key));
+    }
+    template <typename E>
+    std::optional<E> optionalEnum(std::string_view key) const {
+        if (const auto raw = optionalString(key)) {
+            return toEnum<E>(key, *raw);
+        }
+        return std::nullopt;
+    }
+
+    // Element readers for array members and for values outside an object.
+    static QString string(simdjson::dom::element element, std::string_view context);
+    static double number(simdjson::dom::element element, std::string_view context);
+    static simdjson::dom::array array(simdjson::dom::element element, std::string_view context);
+
+    [[noreturn]] static void fail(QString reason);
+
+private:
+    template <typename E>
+    E toEnum(std::string_view key, const QString& raw) const {
+        if (const auto value = E::fromRawValue(raw)) {
+            return *value;
+        }
+        failKey(key, u"\"" + raw + u"\" is not a known value");
+    }
+    [[noreturn]] void failKey(std::string_view key, const QString& reason) const;
+
+    simdjson::dom::object m_object;
+    std::string_view m_record;
+};

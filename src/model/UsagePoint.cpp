@@ -1,0 +1,7 @@
+#include "UsagePoint.h"
+
+#include "ValueHashing.h"
+
+size_t qHash(const UsagePoint& p, size_t seed) {
+    return hashFields(seed, p.date, p.value, p.unit, p.modelName, p.agentLabel);
+}

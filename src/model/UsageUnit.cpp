@@ -1,0 +1,20 @@
+#include "UsageUnit.h"
+
+QString UsageUnit::title() const {
+    switch (value()) {
+    case messages:
+        return QStringLiteral("messages");
+    case requests:
+        return QStringLiteral("requests");
+    case tokens:
+        return QStringLiteral("tokens");
+    case credits:
+        return QStringLiteral("credits");
+    case dollars:
+        return QStringLiteral("USD");
+    case items:
+        return QStringLiteral("items");
+    }
+    Q_UNREACHABLE();
+    return QString();
+}
