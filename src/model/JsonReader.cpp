@@ -87,11 +87,15 @@ QStringList JsonReader::requiredStringList(std::string_view key) const {
 }
 
 QString JsonReader::string(simdjson::dom::element element, std::string_view context) {
+    return fromView(utf8(element, context));
+}
+
+std::string_view JsonReader::utf8(simdjson::dom::element element, std::string_view context) {
     std::string_view text;
     if (element.get_string().get(text) != simdjson::SUCCESS) {
         fail(u'"' + fromView(context) + u"\" is not a string");
     }
-    return fromView(text);
+    return text;
 }
 
 double JsonReader::number(simdjson::dom::element element, std::string_view context) {

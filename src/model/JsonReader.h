@@ -41,18 +41,19 @@ public:
 
     template <typename E>
     E requiredEnum(std::string_view key) const {
-        return toEnum<E>(key, requiredString(key));
+        return toEnum<E>(key, utf8(requiredMember(key), key));
     }
     template <typename E>
     std::optional<E> optionalEnum(std::string_view key) const {
-        if (const auto raw = optionalString(key)) {
-            return toEnum<E>(key, *raw);
+        if (const auto element = member(key)) {
+            return toEnum<E>(key, utf8(*element, key));
         }
         return std::nullopt;
     }
 
     // Element readers for array members and for values outside an object.
     static QString string(simdjson::dom::element element, std::string_view context);
+    static std::string_view utf8(simdjson::dom::element element, std::string_view context);
     static double number(simdjson::dom::element element, std::string_view context);
     static simdjson::dom::array array(simdjson::dom::element element, std::string_view context);
 
@@ -60,11 +61,12 @@ public:
 
 private:
     template <typename E>
-    E toEnum(std::string_view key, const QString& raw) const {
-        if (const auto value = E::fromRawValue(raw)) {
+    E toEnum(std::string_view key, std::string_view raw) const {
+        if (const auto value = E::fromRawValueUtf8(raw)) {
             return *value;
         }
-        failKey(key, u"\"" + raw + u"\" is not a known value");
+        failKey(key, u'"' + QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size())) +
+                         u"\" is not a known value");
     }
     [[noreturn]] void failKey(std::string_view key, const QString& reason) const;
 

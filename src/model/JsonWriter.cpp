@@ -1,5 +1,6 @@
 #include "JsonWriter.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -48,9 +49,9 @@ void JsonWriter::key(std::string_view name) {
     m_afterKey = true;
 }
 
-void JsonWriter::value(const QString& text) {
+void JsonWriter::value(QStringView text) {
     separate();
-    appendEscaped(text.toUtf8());
+    appendEscaped(text);
 }
 
 void JsonWriter::value(double number) {
@@ -107,7 +108,26 @@ QByteArray JsonWriter::take() {
     return out;
 }
 
-void JsonWriter::appendEscaped(const QByteArray& utf8) {
+void JsonWriter::appendEscaped(QStringView text) {
+    // Most texts are printable ASCII with nothing to escape: copy those straight across,
+    // and fall back to the general path at the first character that is not.
+    const std::size_t start = m_out.size();
+    m_out.resize(start + static_cast<std::size_t>(text.size()) + 2);
+    char* out = m_out.data() + start;
+    *out++ = '"';
+    for (const QChar c : text) {
+        const char16_t unit = c.unicode();
+        if (unit < 0x20 || unit >= 0x80 || unit == u'"' || unit == u'\\') {
+            m_out.resize(start);
+            appendEscapedUtf8(text.toUtf8());
+            return;
+        }
+        *out++ = static_cast<char>(unit);
+    }
+    *out = '"';
+}
+
+void JsonWriter::appendEscapedUtf8(const QByteArray& utf8) {
     static constexpr char kHex[] = "0123456789abcdef";
     m_out.push_back('"');
     for (const char c : utf8) {

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 
 #include <string>
 #include <string_view>
@@ -21,7 +22,7 @@ public:
     // Keys are the fixed ASCII names of the stored format.
     void key(std::string_view name);
 
-    void value(const QString& text);
+    void value(QStringView text);
     void value(double number);
     void value(bool flag);
     void value(const QStringList& texts);
@@ -33,7 +34,8 @@ public:
 
 private:
     void separate();
-    void appendEscaped(const QByteArray& utf8);
+    void appendEscaped(QStringView text);
+    void appendEscapedUtf8(const QByteArray& utf8);
 
     std::string m_out;
     std::vector<bool> m_hasMember; // per open container: has it a member already?

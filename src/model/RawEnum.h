@@ -5,9 +5,11 @@
 #include <QString>
 #include <QStringView>
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <optional>
+#include <string_view>
 #include <type_traits>
 
 // Shared behaviour of the enumerations that persist as a raw value string.
@@ -33,6 +35,23 @@ public:
         }
         return std::nullopt;
     }
+
+    // The same, for raw UTF-8 bytes straight from a parser; raw values are ASCII.
+    static std::optional<Derived> fromRawValueUtf8(std::string_view raw) {
+        for (std::size_t i = 0; i < Derived::kRawValues.size(); ++i) {
+            const QStringView candidate = Derived::kRawValues[i];
+            if (static_cast<std::size_t>(candidate.size()) == raw.size() &&
+                std::equal(raw.begin(), raw.end(), candidate.begin(), [](char byte, QChar c) {
+                    return c.unicode() == static_cast<unsigned char>(byte);
+                })) {
+                return Derived(static_cast<Value>(i));
+            }
+        }
+        return std::nullopt;
+    }
+
+    // The raw value without making a QString, for writers.
+    QStringView rawValueView() const { return Derived::kRawValues[index()]; }
 
     static QList<Derived> allCases() {
         QList<Derived> cases;

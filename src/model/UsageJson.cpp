@@ -45,9 +45,9 @@ void write(JsonWriter& out, const UsageWindow& w) {
     out.key("title");
     out.value(w.title);
     out.key("unit");
-    out.value(w.unit.rawValue());
+    out.value(w.unit.rawValueView());
     out.key("horizon");
-    out.value(w.horizon.rawValue());
+    out.value(w.horizon.rawValueView());
     writeOptional(out, "modelName", w.modelName);
     writeOptional(out, "agentLabel", w.agentLabel);
     writeOptional(out, "used", w.used);
@@ -65,7 +65,7 @@ void write(JsonWriter& out, const UsagePoint& p) {
     out.key("value");
     out.value(p.value);
     out.key("unit");
-    out.value(p.unit.rawValue());
+    out.value(p.unit.rawValueView());
     writeOptional(out, "modelName", p.modelName);
     writeOptional(out, "agentLabel", p.agentLabel);
     out.endObject();
@@ -87,7 +87,7 @@ void write(JsonWriter& out, const AgentBudget& b) {
     out.key("name");
     out.value(b.name);
     out.key("unit");
-    out.value(b.unit.rawValue());
+    out.value(b.unit.rawValueView());
     writeOptional(out, "shortUsed", b.shortUsed);
     writeOptional(out, "shortLimit", b.shortLimit);
     writeOptional(out, "weeklyUsed", b.weeklyUsed);
@@ -98,7 +98,7 @@ void write(JsonWriter& out, const AgentBudget& b) {
 void write(JsonWriter& out, const UsageSnapshot& s) {
     out.beginObject();
     out.key("source");
-    out.value(s.source.rawValue());
+    out.value(s.source.rawValueView());
     out.key("capturedAt");
     out.value(s.capturedAt.secondsSinceReference());
     out.key("windows");
