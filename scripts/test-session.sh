@@ -7,7 +7,6 @@ shift
 
 sandbox="$(mktemp -d -t tallyfen-tests.XXXXXX)"
 cleanup() {
-    [[ -n "${keyring_pid:-}" ]] && kill "$keyring_pid" 2>/dev/null || true
     rm -rf "$sandbox"
 }
 trap cleanup EXIT
@@ -27,10 +26,11 @@ export LC_ALL=en_US.UTF-8
 export TZ=Europe/Berlin
 unset TALLYFEN_STORE_PATH
 
-# A throw-away keyring, unlocked with an empty password, serving the Secret Service.
+# A throw-away keyring serving the Secret Service. Given a password on standard input the
+# daemon creates the "login" collection, unlocked, and makes it the default one; it quits
+# by itself when this private bus goes away.
 if command -v gnome-keyring-daemon >/dev/null 2>&1; then
-    eval "$(printf '' | gnome-keyring-daemon --unlock --components=secrets --daemonize 2>/dev/null)" || true
-    keyring_pid="${GNOME_KEYRING_PID:-}"
+    eval "$(printf 'tallyfen-tests' | gnome-keyring-daemon --unlock --components=secrets --daemonize)"
     export GNOME_KEYRING_CONTROL
 fi
 
