@@ -16,5 +16,5 @@ function(tallyfen_add_test name)
     endif()
     set_tests_properties(${name} PROPERTIES
         TIMEOUT ${ARG_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LANG=en_US.UTF-8;TALLYFEN_TEST_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LANG=en_US.UTF-8;TZ=Europe/Berlin;TALLYFEN_TEST_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
 endfunction()

@@ -1,0 +1,380 @@
+#include "AccountStore.h"
+
+#include "UuidText.h"
+
+#include <QFileInfo>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+#include <algorithm>
+
+const QString AccountStore::kTableName = QStringLiteral("ProviderAccount");
+
+const QStringList AccountStore::kColumns = {
+    QStringLiteral("id"),
+    QStringLiteral("providerRaw"),
+    QStringLiteral("label"),
+    QStringLiteral("accountKindRaw"),
+    QStringLiteral("planName"),
+    QStringLiteral("detectedMetadataData"),
+    QStringLiteral("identityDetail"),
+    QStringLiteral("modelScope"),
+    QStringLiteral("agentScope"),
+    QStringLiteral("agentRosterText"),
+    QStringLiteral("agentBudgetsData"),
+    QStringLiteral("agentCount"),
+    QStringLiteral("renewalDate"),
+    QStringLiteral("connectionModeRaw"),
+    QStringLiteral("createdAt"),
+    QStringLiteral("lastRefreshAt"),
+    QStringLiteral("syncStatusRaw"),
+    QStringLiteral("syncMessage"),
+    QStringLiteral("snapshotData"),
+    QStringLiteral("snapshotHistoryData"),
+    QStringLiteral("sampleDataEnabled"),
+};
+
+namespace {
+// SQLite column types, in the order of kColumns.
+const QStringList kColumnTypes = {
+    QStringLiteral("TEXT"),    QStringLiteral("TEXT"), QStringLiteral("TEXT"), QStringLiteral("TEXT"),
+    QStringLiteral("TEXT"),    QStringLiteral("BLOB"), QStringLiteral("TEXT"), QStringLiteral("TEXT"),
+    QStringLiteral("TEXT"),    QStringLiteral("TEXT"), QStringLiteral("BLOB"), QStringLiteral("INTEGER"),
+    QStringLiteral("REAL"),    QStringLiteral("TEXT"), QStringLiteral("REAL"), QStringLiteral("REAL"),
+    QStringLiteral("TEXT"),    QStringLiteral("TEXT"), QStringLiteral("BLOB"), QStringLiteral("BLOB"),
+    QStringLiteral("INTEGER"),
+};
+
+constexpr int kBusyTimeoutMilliseconds = 2000;
+
+QString describe(const QSqlError& error) {
+    const QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
+    return text.isEmpty() ? QStringLiteral("unknown database error") : text;
+}
+
+bool run(QSqlDatabase& db, const QString& statement, QString* errorMessage) {
+    QSqlQuery query(db);
+    if (!query.exec(statement)) {
+        if (errorMessage) {
+            *errorMessage = describe(query.lastError());
+        }
+        return false;
+    }
+    return true;
+}
+
+// SQLite binds a null QString or QByteArray as NULL; a present empty value must stay
+// an empty value.
+QVariant text(const QString& value) {
+    return value.isNull() ? QVariant(QString::fromLatin1("")) : QVariant(value);
+}
+QVariant optionalText(const std::optional<QString>& value) {
+    return value ? text(*value) : QVariant(QMetaType::fromType<QString>());
+}
+QVariant optionalBytes(const std::optional<QByteArray>& value) {
+    if (!value) {
+        return QVariant(QMetaType::fromType<QByteArray>());
+    }
+    return value->isNull() ? QVariant(QByteArray("", 0)) : QVariant(*value);
+}
+QVariant optionalTimestamp(const std::optional<Timestamp>& value) {
+    return value ? QVariant(value->secondsSinceReference()) : QVariant(QMetaType::fromType<double>());
+}
+
+std::optional<QString> readOptionalText(const QVariant& value) {
+    return value.isNull() ? std::nullopt : std::optional<QString>(value.toString());
+}
+std::optional<QByteArray> readOptionalBytes(const QVariant& value) {
+    return value.isNull() ? std::nullopt : std::optional<QByteArray>(value.toByteArray());
+}
+std::optional<Timestamp> readOptionalTimestamp(const QVariant& value) {
+    return value.isNull() ? std::nullopt : std::optional<Timestamp>(Timestamp(value.toDouble()));
+}
+
+QList<QVariant> bindings(const ProviderAccountRow& row) {
+    return {
+        UuidText::toText(row.id),
+        text(row.providerRaw),
+        text(row.label),
+        text(row.accountKindRaw),
+        text(row.planName),
+        optionalBytes(row.detectedMetadataData),
+        optionalText(row.identityDetail),
+        optionalText(row.modelScope),
+        optionalText(row.agentScope),
+        optionalText(row.agentRosterText),
+        optionalBytes(row.agentBudgetsData),
+        row.agentCount ? QVariant(*row.agentCount) : QVariant(QMetaType::fromType<qint64>()),
+        optionalTimestamp(row.renewalDate),
+        text(row.connectionModeRaw),
+        row.createdAt.secondsSinceReference(),
+        optionalTimestamp(row.lastRefreshAt),
+        text(row.syncStatusRaw),
+        text(row.syncMessage),
+        optionalBytes(row.snapshotData),
+        optionalBytes(row.snapshotHistoryData),
+        row.sampleDataEnabled ? 1 : 0,
+    };
+}
+
+std::optional<ProviderAccountRow> rowFrom(const QSqlQuery& query) {
+    const auto id = UuidText::fromText(query.value(0).toString());
+    if (!id) {
+        return std::nullopt;
+    }
+    return ProviderAccountRow{.id = *id,
+                              .providerRaw = query.value(1).toString(),
+                              .label = query.value(2).toString(),
+                              .accountKindRaw = query.value(3).toString(),
+                              .planName = query.value(4).toString(),
+                              .detectedMetadataData = readOptionalBytes(query.value(5)),
+                              .identityDetail = readOptionalText(query.value(6)),
+                              .modelScope = readOptionalText(query.value(7)),
+                              .agentScope = readOptionalText(query.value(8)),
+                              .agentRosterText = readOptionalText(query.value(9)),
+                              .agentBudgetsData = readOptionalBytes(query.value(10)),
+                              .agentCount = query.value(11).isNull()
+                                                ? std::nullopt
+                                                : std::optional<qint64>(query.value(11).toLongLong()),
+                              .renewalDate = readOptionalTimestamp(query.value(12)),
+                              .connectionModeRaw = query.value(13).toString(),
+                              .createdAt = Timestamp(query.value(14).toDouble()),
+                              .lastRefreshAt = readOptionalTimestamp(query.value(15)),
+                              .syncStatusRaw = query.value(16).toString(),
+                              .syncMessage = query.value(17).toString(),
+                              .snapshotData = readOptionalBytes(query.value(18)),
+                              .snapshotHistoryData = readOptionalBytes(query.value(19)),
+                              .sampleDataEnabled = query.value(20).toLongLong() != 0};
+}
+
+QString nextConnectionName() {
+    static int counter = 0;
+    return QStringLiteral("tallyfen-store-%1").arg(++counter);
+}
+} // namespace
+
+AccountStore::AccountStore(QString path, QString connectionName)
+    : m_path(std::move(path))
+    , m_connectionName(std::move(connectionName)) {}
+
+AccountStore::~AccountStore() {
+    qDeleteAll(m_accounts);
+    m_accounts.clear();
+    {
+        QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+        if (db.isOpen()) {
+            db.close();
+        }
+    }
+    QSqlDatabase::removeDatabase(m_connectionName);
+}
+
+std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* errorMessage) {
+    QString reason;
+    const auto fail = [&](const QString& why) {
+        if (errorMessage) {
+            *errorMessage = why;
+        }
+        return nullptr;
+    };
+    if (QFileInfo(path).isDir()) {
+        return fail(QStringLiteral("“%1” is a folder, not a file").arg(path));
+    }
+
+    std::unique_ptr<AccountStore> store(new AccountStore(path, nextConnectionName()));
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), store->m_connectionName);
+        db.setDatabaseName(path);
+        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(kBusyTimeoutMilliseconds));
+        if (!db.open()) {
+            return fail(describe(db.lastError()));
+        }
+        // WAL with full syncs: a committed save survives a crash or power loss, and a
+        // crash in the middle of one leaves the previous state.
+        QSqlQuery journal(db);
+        if (!journal.exec(QStringLiteral("PRAGMA journal_mode=WAL")) || !journal.next()) {
+            return fail(describe(journal.lastError()));
+        }
+        if (!run(db, QStringLiteral("PRAGMA synchronous=FULL"), &reason)) {
+            return fail(reason);
+        }
+
+        QSqlQuery columns(db);
+        if (!columns.exec(QStringLiteral("PRAGMA table_info(%1)").arg(kTableName))) {
+            return fail(describe(columns.lastError()));
+        }
+        QStringList existing;
+        while (columns.next()) {
+            existing.append(columns.value(1).toString());
+        }
+        if (existing.isEmpty()) {
+            QStringList definitions;
+            for (qsizetype i = 0; i < kColumns.size(); ++i) {
+                definitions.append(kColumns.at(i) + u' ' + kColumnTypes.at(i));
+            }
+            const QString create = QStringLiteral("CREATE TABLE %1 (%2)")
+                                       .arg(kTableName, definitions.join(QStringLiteral(", ")));
+            if (!run(db, create, &reason)) {
+                return fail(reason);
+            }
+        } else if (existing != kColumns) {
+            // Someone else's table, or a future one: leave it untouched.
+            return fail(QStringLiteral("the file holds a %1 table with other columns than this version of "
+                                       "Tallyfen knows")
+                            .arg(kTableName));
+        }
+    }
+    if (!store->load(&reason)) {
+        return fail(reason);
+    }
+    return store;
+}
+
+bool AccountStore::load(QString* errorMessage) {
+    QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    const QString select =
+        QStringLiteral("SELECT %1 FROM %2 ORDER BY createdAt, rowid").arg(kColumns.join(u", "), kTableName);
+    if (!query.exec(select)) {
+        *errorMessage = describe(query.lastError());
+        return false;
+    }
+    while (query.next()) {
+        // A row whose id can't be read is left in the file untouched.
+        if (auto row = rowFrom(query)) {
+            adopt(new ProviderAccount(std::move(*row)));
+        }
+    }
+    return true;
+}
+
+ProviderAccount* AccountStore::account(const QUuid& id) const {
+    const auto found = std::find_if(m_accounts.cbegin(), m_accounts.cend(),
+                                    [&id](const ProviderAccount* account) { return account->id() == id; });
+    return found == m_accounts.cend() ? nullptr : *found;
+}
+
+void AccountStore::adopt(ProviderAccount* account) {
+    account->setParent(this);
+    m_accounts.append(account);
+    connect(account, &ProviderAccount::changed, this, [this, account] {
+        m_dirty.insert(account->id());
+        Q_EMIT accountChanged(account);
+        const bool sorted = std::is_sorted(m_accounts.cbegin(), m_accounts.cend(),
+                                           [](const ProviderAccount* a, const ProviderAccount* b) {
+                                               return a->createdAt() < b->createdAt();
+                                           });
+        if (!sorted) {
+            sortAccounts();
+            Q_EMIT accountsChanged();
+        }
+    });
+}
+
+void AccountStore::sortAccounts() {
+    std::stable_sort(
+        m_accounts.begin(), m_accounts.end(),
+        [](const ProviderAccount* a, const ProviderAccount* b) { return a->createdAt() < b->createdAt(); });
+}
+
+void AccountStore::insert(ProviderAccount* account) {
+    Q_ASSERT(account && !m_accounts.contains(account));
+    adopt(account);
+    sortAccounts();
+    m_dirty.insert(account->id());
+    m_deleted.remove(account->id());
+    Q_EMIT accountsChanged();
+}
+
+void AccountStore::remove(ProviderAccount* account) {
+    if (!account || !m_accounts.removeOne(account)) {
+        return;
+    }
+    disconnect(account, nullptr, this, nullptr);
+    m_dirty.remove(account->id());
+    // Another account may share the id (nothing forbids it); the row goes only when
+    // none is left.
+    if (!this->account(account->id())) {
+        m_deleted.insert(account->id());
+    }
+    account->deleteLater();
+    Q_EMIT accountsChanged();
+}
+
+bool AccountStore::hasChanges() const noexcept {
+    return !m_dirty.isEmpty() || !m_deleted.isEmpty();
+}
+
+bool AccountStore::save(QString* errorMessage) {
+    if (!hasChanges()) {
+        return true;
+    }
+    QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+    QString reason;
+    const auto fail = [&](const QString& why) {
+        run(db, QStringLiteral("ROLLBACK"), nullptr);
+        if (errorMessage) {
+            *errorMessage = why;
+        }
+        return false;
+    };
+    if (!run(db, QStringLiteral("BEGIN IMMEDIATE"), &reason)) {
+        if (errorMessage) {
+            *errorMessage = reason;
+        }
+        return false;
+    }
+
+    QSqlQuery remove(db);
+    remove.prepare(QStringLiteral("DELETE FROM %1 WHERE id = ?").arg(kTableName));
+    for (const QUuid& id : std::as_const(m_deleted)) {
+        remove.addBindValue(UuidText::toText(id));
+        if (!remove.exec()) {
+            return fail(describe(remove.lastError()));
+        }
+    }
+
+    QStringList assignments;
+    QStringList placeholders;
+    for (const QString& column : kColumns) {
+        assignments.append(column + u" = ?");
+        placeholders.append(QStringLiteral("?"));
+    }
+    QSqlQuery update(db);
+    update.prepare(QStringLiteral("UPDATE %1 SET %2 WHERE id = ?").arg(kTableName, assignments.join(u", ")));
+    QSqlQuery insert(db);
+    insert.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
+                       .arg(kTableName, kColumns.join(u", "), placeholders.join(u", ")));
+    for (const ProviderAccount* account : std::as_const(m_accounts)) {
+        if (!m_dirty.contains(account->id())) {
+            continue;
+        }
+        const QList<QVariant> values = bindings(account->row());
+        for (const QVariant& value : values) {
+            update.addBindValue(value);
+        }
+        update.addBindValue(values.first());
+        if (!update.exec()) {
+            return fail(describe(update.lastError()));
+        }
+        if (update.numRowsAffected() > 0) {
+            continue;
+        }
+        for (const QVariant& value : values) {
+            insert.addBindValue(value);
+        }
+        if (!insert.exec()) {
+            return fail(describe(insert.lastError()));
+        }
+    }
+
+    if (!run(db, QStringLiteral("COMMIT"), &reason)) {
+        return fail(reason);
+    }
+    m_dirty.clear();
+    m_deleted.clear();
+    return true;
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "ProviderAccount.h"
+
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QString>
+#include <QUuid>
+
+#include <memory>
+
+// The local database: one SQLite file with one table of accounts. It owns every
+// ProviderAccount, offers them as a list sorted by `createdAt`, and writes changes only
+// on save(), all of them in one transaction. A failed save leaves the file as it was
+// and keeps the changes pending, so a later save can still write them.
+class AccountStore final : public QObject {
+    Q_OBJECT
+
+public:
+    // The table and its columns, in the order of the stored attributes.
+    static const QString kTableName;
+    static const QStringList kColumns;
+
+    ~AccountStore() override;
+
+    // Opens (creating if needed) the store file at `path`. The folder must exist.
+    // Null with a reason in `errorMessage` when the file can't be opened or holds a
+    // table that is not ours.
+    static std::unique_ptr<AccountStore> open(const QString& path, QString* errorMessage);
+
+    const QString& path() const noexcept { return m_path; }
+
+    // Every account, oldest `createdAt` first (ties in order of insertion).
+    const QList<ProviderAccount*>& accounts() const noexcept { return m_accounts; }
+    ProviderAccount* account(const QUuid& id) const;
+
+    // Takes ownership; the account is written on the next save.
+    void insert(ProviderAccount* account);
+    // Removes the account from the list at once and from the file on the next save.
+    // The object itself is deleted later, so callers holding it this turn stay safe.
+    void remove(ProviderAccount* account);
+
+    bool hasChanges() const noexcept;
+    [[nodiscard]] bool save(QString* errorMessage = nullptr);
+
+signals:
+    // The set of accounts or their order changed.
+    void accountsChanged();
+    // A field of one account changed.
+    void accountChanged(ProviderAccount* account);
+
+private:
+    AccountStore(QString path, QString connectionName);
+
+    bool load(QString* errorMessage);
+    void adopt(ProviderAccount* account);
+    void sortAccounts();
+
+    QString m_path;
+    QString m_connectionName;
+    QList<ProviderAccount*> m_accounts;
+    QSet<QUuid> m_dirty;
+    QSet<QUuid> m_deleted;
+};

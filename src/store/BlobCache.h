@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <optional>
+#include <utility>
+
+// Remembers the value decoded from one stored blob. The key is the stored bytes
+// themselves, so a hit can never give a different result than decoding afresh.
+template <typename T>
+class BlobCache final {
+public:
+    template <typename Decode>
+    const T& get(const std::optional<QByteArray>& bytes, Decode&& decode) const {
+        if (!m_value || !sameBytes(bytes)) {
+            m_value = std::forward<Decode>(decode)(bytes);
+        }
+        // Holding the caller's copy lets the next look-up match by sharing alone.
+        m_bytes = bytes;
+        return *m_value;
+    }
+
+private:
+    bool sameBytes(const std::optional<QByteArray>& bytes) const {
+        if (bytes.has_value() != m_bytes.has_value()) {
+            return false;
+        }
+        if (!bytes) {
+            return true;
+        }
+        // Shared data is the common case and needs no comparison of contents.
+        return bytes->isSharedWith(*m_bytes) || *bytes == *m_bytes;
+    }
+
+    mutable std::optional<QByteArray> m_bytes;
+    mutable std::optional<T> m_value;
+};

@@ -1,0 +1,352 @@
+#include "ProviderAccount.h"
+
+#include "UsageJson.h"
+#include "UuidText.h"
+
+#include <QDateTime>
+#include <QHash>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+// JSON of the optional value itself: absent becomes the four bytes of `null`.
+template <typename T>
+std::optional<QByteArray> encodeOptional(const std::optional<T>& value) {
+    if (!value) {
+        return QByteArrayLiteral("null");
+    }
+    return UsageJson::encode(*value).toOptional();
+}
+
+template <typename T>
+std::optional<T> decodeOptional(const std::optional<QByteArray>& bytes) {
+    if (!bytes) {
+        return std::nullopt;
+    }
+    return UsageJson::decode<T>(*bytes).toOptional();
+}
+
+template <typename T>
+QList<T> decodeList(const std::optional<QByteArray>& bytes) {
+    return decodeOptional<QList<T>>(bytes).value_or(QList<T>());
+}
+
+QString orEmpty(const std::optional<QString>& text) {
+    return text.value_or(QString());
+}
+
+// The local calendar day a moment falls on, in the user's time zone.
+qint64 localDayKey(Timestamp moment) {
+    const auto milliseconds = static_cast<qint64>(std::floor(moment.unixSeconds() * 1000.0));
+    return QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::LocalTime).date().toJulianDay();
+}
+} // namespace
+
+ProviderAccount::ProviderAccount(const Init& init, QObject* parent)
+    : QObject(parent)
+    , m_row{.id = init.id,
+            .providerRaw = init.provider.rawValue(),
+            .label = init.label,
+            .accountKindRaw = init.accountKind.rawValue(),
+            .planName = init.planName,
+            .detectedMetadataData = init.detectedMetadataData,
+            .identityDetail = init.identityDetail,
+            .modelScope = init.modelScope,
+            .agentScope = init.agentScope,
+            .agentRosterText = init.agentRosterText,
+            .agentBudgetsData = init.agentBudgetsData,
+            .agentCount = init.agentCount,
+            .renewalDate = init.renewalDate,
+            .connectionModeRaw = init.connectionMode.rawValue(),
+            .createdAt = init.createdAt,
+            .lastRefreshAt = init.lastRefreshAt,
+            .syncStatusRaw = init.syncStatus.rawValue(),
+            .syncMessage = init.syncMessage,
+            .snapshotData = init.snapshotData,
+            .snapshotHistoryData = init.snapshotHistoryData,
+            .sampleDataEnabled = init.sampleDataEnabled} {}
+
+ProviderAccount::ProviderAccount(ProviderAccountRow row, QObject* parent)
+    : QObject(parent)
+    , m_row(std::move(row)) {}
+
+template <typename T>
+void ProviderAccount::assign(T& field, const T& value) {
+    if (field == value) {
+        return;
+    }
+    field = value;
+    Q_EMIT changed();
+}
+
+// clang-format off
+void ProviderAccount::setProviderRaw(const QString& value) { assign(m_row.providerRaw, value); }
+void ProviderAccount::setLabel(const QString& value) { assign(m_row.label, value); }
+void ProviderAccount::setAccountKindRaw(const QString& value) { assign(m_row.accountKindRaw, value); }
+void ProviderAccount::setPlanName(const QString& value) { assign(m_row.planName, value); }
+void ProviderAccount::setDetectedMetadataData(const std::optional<QByteArray>& value) { assign(m_row.detectedMetadataData, value); }
+void ProviderAccount::setIdentityDetail(const std::optional<QString>& value) { assign(m_row.identityDetail, value); }
+void ProviderAccount::setModelScope(const std::optional<QString>& value) { assign(m_row.modelScope, value); }
+void ProviderAccount::setAgentScope(const std::optional<QString>& value) { assign(m_row.agentScope, value); }
+void ProviderAccount::setAgentRosterText(const std::optional<QString>& value) { assign(m_row.agentRosterText, value); }
+void ProviderAccount::setAgentBudgetsData(const std::optional<QByteArray>& value) { assign(m_row.agentBudgetsData, value); }
+void ProviderAccount::setAgentCount(std::optional<qint64> value) { assign(m_row.agentCount, value); }
+void ProviderAccount::setRenewalDate(std::optional<Timestamp> value) { assign(m_row.renewalDate, value); }
+void ProviderAccount::setConnectionModeRaw(const QString& value) { assign(m_row.connectionModeRaw, value); }
+void ProviderAccount::setCreatedAt(Timestamp value) { assign(m_row.createdAt, value); }
+void ProviderAccount::setLastRefreshAt(std::optional<Timestamp> value) { assign(m_row.lastRefreshAt, value); }
+void ProviderAccount::setSyncStatusRaw(const QString& value) { assign(m_row.syncStatusRaw, value); }
+void ProviderAccount::setSyncMessage(const QString& value) { assign(m_row.syncMessage, value); }
+void ProviderAccount::setSnapshotData(const std::optional<QByteArray>& value) { assign(m_row.snapshotData, value); }
+void ProviderAccount::setSnapshotHistoryData(const std::optional<QByteArray>& value) { assign(m_row.snapshotHistoryData, value); }
+void ProviderAccount::setSampleDataEnabled(bool value) { assign(m_row.sampleDataEnabled, value); }
+// clang-format on
+
+AIProvider ProviderAccount::provider() const {
+    return AIProvider::fromRawValue(m_row.providerRaw).value_or(AIProvider::openAI);
+}
+
+void ProviderAccount::setProvider(AIProvider value) {
+    setProviderRaw(value.rawValue());
+}
+
+AccountKind ProviderAccount::accountKind() const {
+    return AccountKind::fromRawValue(m_row.accountKindRaw).value_or(AccountKind::consumer);
+}
+
+void ProviderAccount::setAccountKind(AccountKind value) {
+    setAccountKindRaw(value.rawValue());
+}
+
+ConnectionMode ProviderAccount::connectionMode() const {
+    return ConnectionMode::fromRawValue(m_row.connectionModeRaw).value_or(ConnectionMode::mock);
+}
+
+void ProviderAccount::setConnectionMode(ConnectionMode value) {
+    setConnectionModeRaw(value.rawValue());
+}
+
+SyncStatus ProviderAccount::syncStatus() const {
+    return SyncStatus::fromRawValue(m_row.syncStatusRaw).value_or(SyncStatus::needsAttention);
+}
+
+void ProviderAccount::setSyncStatus(SyncStatus value) {
+    setSyncStatusRaw(value.rawValue());
+}
+
+QString ProviderAccount::displayName() const {
+    return m_row.label.trimmed().isEmpty() ? provider().displayName() : m_row.label;
+}
+
+QString ProviderAccount::identityText() const {
+    return orEmpty(m_row.identityDetail);
+}
+
+QString ProviderAccount::modelScopeText() const {
+    return orEmpty(m_row.modelScope);
+}
+
+QString ProviderAccount::agentScopeText() const {
+    return orEmpty(m_row.agentScope);
+}
+
+QStringList ProviderAccount::agentNames() const {
+    QStringList names;
+    for (const QString& piece : orEmpty(m_row.agentRosterText).split(u',', Qt::SkipEmptyParts)) {
+        const QString name = piece.trimmed();
+        if (!name.isEmpty()) {
+            names.append(name);
+        }
+    }
+    return names;
+}
+
+qint64 ProviderAccount::configuredAgentCount() const {
+    return std::max(m_row.agentCount.value_or(0), static_cast<qint64>(agentNames().size()));
+}
+
+QString ProviderAccount::effectivePlanName() const {
+    const QString trimmed = m_row.planName.trimmed();
+    if (!trimmed.isEmpty()) {
+        return trimmed;
+    }
+    if (const auto metadata = detectedMetadata(); metadata && metadata->displayName) {
+        return *metadata->displayName;
+    }
+    return QString();
+}
+
+bool ProviderAccount::planNameIsDetected() const {
+    if (!m_row.planName.trimmed().isEmpty()) {
+        return false;
+    }
+    const auto metadata = detectedMetadata();
+    return metadata && metadata->displayName.has_value();
+}
+
+QString ProviderAccount::secretReference() const {
+    return UuidText::toText(m_row.id);
+}
+
+QString ProviderAccount::shortIdentifier() const {
+    return secretReference().remove(u'-').left(6).toUpper();
+}
+
+std::optional<ProviderConnectionMetadata> ProviderAccount::detectedMetadata() const {
+    return decodeOptional<ProviderConnectionMetadata>(m_row.detectedMetadataData);
+}
+
+void ProviderAccount::setDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata) {
+    setDetectedMetadataData(encodeOptional(metadata));
+}
+
+std::optional<UsageSnapshot> ProviderAccount::snapshot() const {
+    return cachedSnapshot();
+}
+
+void ProviderAccount::setSnapshot(const std::optional<UsageSnapshot>& snapshot) {
+    setSnapshotData(encodeOptional(snapshot));
+}
+
+QList<AgentBudget> ProviderAccount::agentBudgets() const {
+    return decodeList<AgentBudget>(m_row.agentBudgetsData);
+}
+
+void ProviderAccount::setAgentBudgets(const QList<AgentBudget>& budgets) {
+    setAgentBudgetsData(UsageJson::encode(budgets).toOptional());
+}
+
+QList<UsageSnapshot> ProviderAccount::snapshotHistory() const {
+    return cachedHistory();
+}
+
+const std::optional<UsageSnapshot>& ProviderAccount::cachedSnapshot() const {
+    return m_snapshotCache.get(m_row.snapshotData, decodeOptional<UsageSnapshot>);
+}
+
+const QList<UsageSnapshot>& ProviderAccount::cachedHistory() const {
+    return m_historyCache.get(m_row.snapshotHistoryData, decodeList<UsageSnapshot>);
+}
+
+void ProviderAccount::record(const UsageSnapshot& snapshot) {
+    QList<UsageSnapshot> history = cachedHistory();
+    history.append(snapshot);
+    if (history.size() > kHistoryLimit) {
+        history.remove(0, history.size() - kHistoryLimit);
+    }
+    setSnapshotHistoryData(UsageJson::encode(history).toOptional());
+}
+
+void ProviderAccount::applyDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata) {
+    setDetectedMetadata(metadata);
+    if (!metadata) {
+        return;
+    }
+    if (identityText().trimmed().isEmpty()) {
+        const std::optional<QString> identity =
+            metadata->connectionIdentifier ? metadata->connectionIdentifier : metadata->identityDetail;
+        if (identity && !identity->isEmpty()) {
+            setIdentityDetail(identity);
+        }
+    }
+    if (modelScopeText().trimmed().isEmpty() && metadata->modelScope && !metadata->modelScope->isEmpty()) {
+        setModelScope(metadata->modelScope);
+    }
+}
+
+QList<UsagePoint> ProviderAccount::trendHistory() const {
+    return dailySeries(&UsageSnapshot::history);
+}
+
+QList<UsagePoint> ProviderAccount::billingTrendHistory() const {
+    return dailySeries(&UsageSnapshot::billingHistory);
+}
+
+QList<UsagePoint> ProviderAccount::dailySeries(QList<UsagePoint> UsageSnapshot::*series) const {
+    const std::optional<UsageSnapshot>& current = cachedSnapshot();
+    if (!current || ((*current).*series).isEmpty()) {
+        return {};
+    }
+    const QList<UsagePoint>& currentSeries = (*current).*series;
+    const UsageUnit unit = currentSeries.first().unit;
+
+    // One point a local day: the latest one; on equal dates the earlier-recorded one stays.
+    QList<UsagePoint> survivors;
+    QHash<qint64, qsizetype> indexOfDay;
+    for (const UsageSnapshot& stored : cachedHistory()) {
+        for (const UsagePoint& point : stored.*series) {
+            if (point.unit != unit) {
+                continue;
+            }
+            const qint64 day = localDayKey(point.date);
+            const auto found = indexOfDay.constFind(day);
+            if (found == indexOfDay.cend()) {
+                indexOfDay.insert(day, survivors.size());
+                survivors.append(point);
+            } else if (survivors.at(*found).date < point.date) {
+                survivors[*found] = point;
+            }
+        }
+    }
+    if (survivors.isEmpty()) {
+        return currentSeries;
+    }
+    std::sort(survivors.begin(), survivors.end(),
+              [](const UsagePoint& a, const UsagePoint& b) { return a.date < b.date; });
+    if (survivors.size() > kHistoryLimit) {
+        survivors.remove(0, survivors.size() - kHistoryLimit);
+    }
+    return survivors;
+}
+
+UsageHealth ProviderAccount::agentBudgetHealth() const {
+    QList<UsageHealth> healths;
+    for (const AgentBudget& budget : agentBudgets()) {
+        healths.append(budget.health());
+    }
+    return UsageHealth::aggregate(healths);
+}
+
+SyncStatus ProviderAccount::effectiveSyncStatus() const {
+    const SyncStatus stored = syncStatus();
+    if (stored != SyncStatus::current) {
+        return stored;
+    }
+    if (!m_row.lastRefreshAt) {
+        return SyncStatus::needsAttention;
+    }
+    const Timestamp now = Clock::now();
+    const Timestamp refreshedAt = *m_row.lastRefreshAt;
+    if (const std::optional<UsageSnapshot>& current = cachedSnapshot()) {
+        if (const auto reset = current->nextReset(); reset && *reset < now && refreshedAt < *reset) {
+            return SyncStatus::stale;
+        }
+    }
+    if (now.secondsSince(refreshedAt) > kStaleAfterSeconds) {
+        return SyncStatus::stale;
+    }
+    return SyncStatus::current;
+}
+
+UsageHealth ProviderAccount::pulse() const {
+    const std::optional<UsageSnapshot>& current = cachedSnapshot();
+    const UsageHealth base = UsageHealth::aggregate(
+        {current ? current->monitorHealth() : UsageHealth(UsageHealth::unavailable), agentBudgetHealth()});
+    switch (effectiveSyncStatus().value()) {
+    case SyncStatus::current:
+        return base;
+    case SyncStatus::stale:
+    case SyncStatus::partial:
+    case SyncStatus::needsAttention:
+        return base == UsageHealth::urgent ? base : UsageHealth(UsageHealth::watch);
+    case SyncStatus::offline:
+    case SyncStatus::unauthorized:
+    case SyncStatus::rateLimited:
+        return UsageHealth::urgent;
+    case SyncStatus::unsupported:
+        return UsageHealth::unavailable;
+    }
+    Q_UNREACHABLE();
+    return UsageHealth::unavailable;
+}

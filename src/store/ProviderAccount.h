@@ -1,0 +1,171 @@
+#pragma once
+
+#include "AIProvider.h"
+#include "AccountKind.h"
+#include "AgentBudget.h"
+#include "BlobCache.h"
+#include "Clock.h"
+#include "ConnectionMode.h"
+#include "ProviderAccountRow.h"
+#include "ProviderConnectionMetadata.h"
+#include "SyncStatus.h"
+#include "UsageHealth.h"
+#include "UsagePoint.h"
+#include "UsageSnapshot.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <optional>
+
+// One tracked account: the only persisted record. It keeps its stored attributes raw
+// and derives everything the screens and the refresh engine need from them. Every
+// change of a field emits changed(); the store saves it on the next save().
+class ProviderAccount final : public QObject {
+    Q_OBJECT
+
+public:
+    // The initialiser's parameters and their defaults.
+    struct Init {
+        QUuid id = QUuid::createUuid();
+        AIProvider provider;
+        QString label;
+        AccountKind accountKind;
+        QString planName = {};
+        std::optional<QByteArray> detectedMetadataData = {};
+        QString identityDetail = {};
+        QString modelScope = {};
+        QString agentScope = {};
+        QString agentRosterText = {};
+        std::optional<QByteArray> agentBudgetsData = {};
+        qint64 agentCount = 0;
+        std::optional<Timestamp> renewalDate = {};
+        ConnectionMode connectionMode = ConnectionMode::mock;
+        Timestamp createdAt = Clock::now();
+        std::optional<Timestamp> lastRefreshAt = {};
+        SyncStatus syncStatus = SyncStatus::needsAttention;
+        QString syncMessage = QStringLiteral("Not refreshed yet");
+        std::optional<QByteArray> snapshotData = {};
+        std::optional<QByteArray> snapshotHistoryData = {};
+        bool sampleDataEnabled = true;
+    };
+
+    // How many recorded snapshots the history keeps.
+    static constexpr qsizetype kHistoryLimit = 90;
+    // How long a `current` refresh stays current, in seconds.
+    static constexpr double kStaleAfterSeconds = 21600.0;
+
+    explicit ProviderAccount(const Init& init, QObject* parent = nullptr);
+    // An account as loaded from the store.
+    explicit ProviderAccount(ProviderAccountRow row, QObject* parent = nullptr);
+
+    const ProviderAccountRow& row() const noexcept { return m_row; }
+
+    // ---- stored attributes ----
+    const QUuid& id() const noexcept { return m_row.id; }
+    const QString& providerRaw() const noexcept { return m_row.providerRaw; }
+    void setProviderRaw(const QString& value);
+    const QString& label() const noexcept { return m_row.label; }
+    void setLabel(const QString& value);
+    const QString& accountKindRaw() const noexcept { return m_row.accountKindRaw; }
+    void setAccountKindRaw(const QString& value);
+    const QString& planName() const noexcept { return m_row.planName; }
+    void setPlanName(const QString& value);
+    const std::optional<QByteArray>& detectedMetadataData() const noexcept {
+        return m_row.detectedMetadataData;
+    }
+    void setDetectedMetadataData(const std::optional<QByteArray>& value);
+    const std::optional<QString>& identityDetail() const noexcept { return m_row.identityDetail; }
+    void setIdentityDetail(const std::optional<QString>& value);
+    const std::optional<QString>& modelScope() const noexcept { return m_row.modelScope; }
+    void setModelScope(const std::optional<QString>& value);
+    const std::optional<QString>& agentScope() const noexcept { return m_row.agentScope; }
+    void setAgentScope(const std::optional<QString>& value);
+    const std::optional<QString>& agentRosterText() const noexcept { return m_row.agentRosterText; }
+    void setAgentRosterText(const std::optional<QString>& value);
+    const std::optional<QByteArray>& agentBudgetsData() const noexcept { return m_row.agentBudgetsData; }
+    void setAgentBudgetsData(const std::optional<QByteArray>& value);
+    std::optional<qint64> agentCount() const noexcept { return m_row.agentCount; }
+    void setAgentCount(std::optional<qint64> value);
+    std::optional<Timestamp> renewalDate() const noexcept { return m_row.renewalDate; }
+    void setRenewalDate(std::optional<Timestamp> value);
+    const QString& connectionModeRaw() const noexcept { return m_row.connectionModeRaw; }
+    void setConnectionModeRaw(const QString& value);
+    Timestamp createdAt() const noexcept { return m_row.createdAt; }
+    void setCreatedAt(Timestamp value);
+    std::optional<Timestamp> lastRefreshAt() const noexcept { return m_row.lastRefreshAt; }
+    void setLastRefreshAt(std::optional<Timestamp> value);
+    const QString& syncStatusRaw() const noexcept { return m_row.syncStatusRaw; }
+    void setSyncStatusRaw(const QString& value);
+    const QString& syncMessage() const noexcept { return m_row.syncMessage; }
+    void setSyncMessage(const QString& value);
+    const std::optional<QByteArray>& snapshotData() const noexcept { return m_row.snapshotData; }
+    void setSnapshotData(const std::optional<QByteArray>& value);
+    const std::optional<QByteArray>& snapshotHistoryData() const noexcept {
+        return m_row.snapshotHistoryData;
+    }
+    void setSnapshotHistoryData(const std::optional<QByteArray>& value);
+    bool sampleDataEnabled() const noexcept { return m_row.sampleDataEnabled; }
+    void setSampleDataEnabled(bool value);
+
+    // ---- typed views; an unknown raw value reads as a fixed case ----
+    AIProvider provider() const;
+    void setProvider(AIProvider value);
+    AccountKind accountKind() const;
+    void setAccountKind(AccountKind value);
+    ConnectionMode connectionMode() const;
+    void setConnectionMode(ConnectionMode value);
+    SyncStatus syncStatus() const;
+    void setSyncStatus(SyncStatus value);
+
+    // ---- texts and lists ----
+    QString displayName() const;
+    QString identityText() const;
+    QString modelScopeText() const;
+    QString agentScopeText() const;
+    QStringList agentNames() const;
+    qint64 configuredAgentCount() const;
+    QString effectivePlanName() const;
+    bool planNameIsDetected() const;
+    // The key of the account's credential in the keychain: the id as upper-case UUID text.
+    QString secretReference() const;
+    QString shortIdentifier() const;
+
+    // ---- blob views; reading never fails ----
+    std::optional<ProviderConnectionMetadata> detectedMetadata() const;
+    // Absent is stored as the JSON value null, not as absent bytes.
+    void setDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata);
+    std::optional<UsageSnapshot> snapshot() const;
+    void setSnapshot(const std::optional<UsageSnapshot>& snapshot);
+    QList<AgentBudget> agentBudgets() const;
+    void setAgentBudgets(const QList<AgentBudget>& budgets);
+    QList<UsageSnapshot> snapshotHistory() const;
+
+    // ---- operations and status ----
+    // Appends to the kept history (the last 90); the caller sets `snapshot` itself.
+    void record(const UsageSnapshot& snapshot);
+    // Fills identity and model scope where they are blank; never overwrites them.
+    void applyDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata);
+
+    QList<UsagePoint> trendHistory() const;
+    QList<UsagePoint> billingTrendHistory() const;
+    UsageHealth agentBudgetHealth() const;
+    // A stored `current` ages into `stale` as time passes, without writing anything.
+    SyncStatus effectiveSyncStatus() const;
+    UsageHealth pulse() const;
+
+signals:
+    void changed();
+
+private:
+    template <typename T>
+    void assign(T& field, const T& value);
+
+    const std::optional<UsageSnapshot>& cachedSnapshot() const;
+    const QList<UsageSnapshot>& cachedHistory() const;
+    QList<UsagePoint> dailySeries(QList<UsagePoint> UsageSnapshot::*series) const;
+
+    ProviderAccountRow m_row;
+    BlobCache<std::optional<UsageSnapshot>> m_snapshotCache;
+    BlobCache<QList<UsageSnapshot>> m_historyCache;
+};

@@ -1,0 +1,431 @@
+#include "AccountStore.h"
+
+#include "StoreFixtures.h"
+#include "UuidText.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+ProviderAccountRow fullRow() {
+    return ProviderAccountRow{.id = QUuid::createUuid(),
+                              .providerRaw = QStringLiteral("anthropic"),
+                              .label = QStringLiteral("Team “Max” ✓"),
+                              .accountKindRaw = QStringLiteral("consumer"),
+                              .planName = QStringLiteral("Max 20×"),
+                              .detectedMetadataData = QByteArrayLiteral("{\"x\":1}"),
+                              .identityDetail = QStringLiteral("org-123"),
+                              .modelScope = QStringLiteral("claude-sonnet"),
+                              .agentScope = QStringLiteral("research"),
+                              .agentRosterText = QStringLiteral("a, b"),
+                              .agentBudgetsData = QByteArrayLiteral("[]"),
+                              .agentCount = 9'007'199'254'740'993LL,
+                              .renewalDate = Timestamp(800000000.123456789),
+                              .connectionModeRaw = QStringLiteral("manual"),
+                              .createdAt = Timestamp(790000000.5),
+                              .lastRefreshAt = Timestamp(-12.25),
+                              .syncStatusRaw = QStringLiteral("partial"),
+                              .syncMessage = QStringLiteral("Costs unavailable.\nSecond line"),
+                              .snapshotData = QByteArray("\x00\x01\xff", 3),
+                              .snapshotHistoryData = QByteArray(100'000, 'h'),
+                              .sampleDataEnabled = false};
+}
+
+ProviderAccountRow sparseRow() {
+    return ProviderAccountRow{.id = QUuid::createUuid(),
+                              .providerRaw = QString(),
+                              .label = QString(),
+                              .accountKindRaw = QStringLiteral("api"),
+                              .planName = QString(),
+                              .connectionModeRaw = QStringLiteral("mock"),
+                              .createdAt = Timestamp(1),
+                              .syncStatusRaw = QStringLiteral("needsAttention"),
+                              .syncMessage = QString(),
+                              .sampleDataEnabled = true};
+}
+
+QByteArray digest(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256);
+}
+
+// Makes a file unwritable even for root (the immutable attribute), or by mode otherwise.
+bool makeReadOnly(const QString& path, bool readOnly) {
+    if (geteuid() == 0) {
+        return QProcess::execute(QStringLiteral("chattr"),
+                                 {readOnly ? QStringLiteral("+i") : QStringLiteral("-i"), path}) == 0;
+    }
+    return ::chmod(QFile::encodeName(path).constData(), readOnly ? 0444 : 0644) == 0;
+}
+} // namespace
+
+class TestAccountStore final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() {
+        m_dir.reset(new QTemporaryDir);
+        QVERIFY(m_dir->isValid());
+        m_path = m_dir->filePath(QStringLiteral("accounts.store"));
+    }
+
+    void createsOneTableWithExactlyTheAttributes() {
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        QVERIFY2(store, qPrintable(error));
+        QVERIFY(QFile::exists(m_path));
+        store.reset();
+
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("inspect"));
+        db.setDatabaseName(m_path);
+        QVERIFY(db.open());
+        {
+            QSqlQuery tables(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"), db);
+            QStringList names;
+            while (tables.next()) {
+                names.append(tables.value(0).toString());
+            }
+            QCOMPARE(names, QStringList{"ProviderAccount"});
+            QSqlQuery columns(QStringLiteral("PRAGMA table_info(ProviderAccount)"), db);
+            QStringList columnNames;
+            while (columns.next()) {
+                columnNames.append(columns.value(1).toString());
+                QCOMPARE(columns.value(3).toInt(), 0); // no NOT NULL
+                QVERIFY(columns.value(4).isNull());    // no default
+                QCOMPARE(columns.value(5).toInt(), 0); // no key
+            }
+            QCOMPARE(columnNames.size(), 21);
+            QCOMPARE(columnNames, AccountStore::kColumns);
+            QSqlQuery journal(QStringLiteral("PRAGMA journal_mode"), db);
+            QVERIFY(journal.next());
+            QCOMPARE(journal.value(0).toString(), QStringLiteral("wal"));
+        }
+        db.close();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("inspect"));
+    }
+
+    void everyAttributeSurvivesAReopen() {
+        const ProviderAccountRow full = fullRow();
+        const ProviderAccountRow sparse = sparseRow();
+        ProviderAccountRow emptyValues = sparseRow();
+        emptyValues.identityDetail = QString();
+        emptyValues.modelScope = QString();
+        emptyValues.detectedMetadataData = QByteArray();
+        emptyValues.agentCount = 0;
+        emptyValues.createdAt = Timestamp(2);
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            QVERIFY2(store, qPrintable(error));
+            store->insert(new ProviderAccount(full));
+            store->insert(new ProviderAccount(sparse));
+            store->insert(new ProviderAccount(emptyValues));
+            QVERIFY(store->hasChanges());
+            QVERIFY2(store->save(&error), qPrintable(error));
+            QVERIFY(!store->hasChanges());
+        }
+        QString error;
+        auto reopened = AccountStore::open(m_path, &error);
+        QVERIFY2(reopened, qPrintable(error));
+        QCOMPARE(reopened->accounts().size(), 3);
+        QCOMPARE(reopened->accounts().at(0)->row(), sparse);
+        QCOMPARE(reopened->accounts().at(1)->row(), emptyValues);
+        QCOMPARE(reopened->accounts().at(2)->row(), full);
+        // Present-but-empty stays present; absent stays absent.
+        QVERIFY(reopened->accounts().at(1)->identityDetail().has_value());
+        QVERIFY(reopened->accounts().at(1)->detectedMetadataData().has_value());
+        QVERIFY(!reopened->accounts().at(0)->identityDetail().has_value());
+        QVERIFY(!reopened->accounts().at(0)->agentCount().has_value());
+    }
+
+    void liveListIsSortedAndSignalled() {
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        QVERIFY(store);
+        QSignalSpy listSpy(store.get(), &AccountStore::accountsChanged);
+        QSignalSpy fieldSpy(store.get(), &AccountStore::accountChanged);
+
+        ProviderAccount::Init later = accountInit(QStringLiteral("later"));
+        later.createdAt = Timestamp(200);
+        ProviderAccount::Init earlier = accountInit(QStringLiteral("earlier"));
+        earlier.createdAt = Timestamp(100);
+        store->insert(new ProviderAccount(later));
+        store->insert(new ProviderAccount(earlier));
+        QCOMPARE(listSpy.count(), 2);
+        QCOMPARE(store->accounts().first()->label(), QStringLiteral("earlier"));
+
+        ProviderAccount* first = store->accounts().first();
+        first->setSyncMessage(QStringLiteral("changed"));
+        QCOMPARE(fieldSpy.count(), 1);
+        QCOMPARE(fieldSpy.first().first().value<ProviderAccount*>(), first);
+        QCOMPARE(listSpy.count(), 2);
+
+        first->setCreatedAt(Timestamp(300)); // moves to the end
+        QCOMPARE(listSpy.count(), 3);
+        QCOMPARE(store->accounts().last(), first);
+        QCOMPARE(store->account(first->id()), first);
+        QCOMPARE(store->account(QUuid::createUuid()), nullptr);
+    }
+
+    void equalCreationTimesKeepInsertionOrder() {
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            for (const char* label : {"one", "two", "three"}) {
+                ProviderAccount::Init init = accountInit(QString::fromLatin1(label));
+                init.createdAt = Timestamp(5);
+                store->insert(new ProviderAccount(init));
+            }
+            QVERIFY(store->save());
+        }
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        QStringList labels;
+        for (const ProviderAccount* account : store->accounts()) {
+            labels.append(account->label());
+        }
+        QCOMPARE(labels, QStringList({"one", "two", "three"}));
+    }
+
+    void deleteRemovesOnSave() {
+        QUuid keptId;
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            auto* gone = new ProviderAccount(accountInit(QStringLiteral("gone")));
+            auto* kept = new ProviderAccount(accountInit(QStringLiteral("kept")));
+            keptId = kept->id();
+            store->insert(gone);
+            store->insert(kept);
+            QVERIFY(store->save());
+            QPointer<ProviderAccount> watcher(gone);
+            store->remove(gone);
+            QCOMPARE(store->accounts().size(), 1);
+            QVERIFY(watcher); // still alive this turn
+            QTRY_VERIFY(!watcher);
+            QVERIFY(store->hasChanges());
+            QVERIFY(store->save());
+        }
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        QCOMPARE(store->accounts().size(), 1);
+        QCOMPARE(store->accounts().first()->id(), keptId);
+    }
+
+    void unsavedChangesAreNotWritten() {
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            store->insert(new ProviderAccount(accountInit(QStringLiteral("saved"))));
+            QVERIFY(store->save());
+            store->accounts().first()->setLabel(QStringLiteral("not saved"));
+            store->insert(new ProviderAccount(accountInit(QStringLiteral("never saved"))));
+        }
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        QCOMPARE(store->accounts().size(), 1);
+        QCOMPARE(store->accounts().first()->label(), QStringLiteral("saved"));
+    }
+
+    void failedSaveWhileLockedKeepsThePreviousState() {
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        store->insert(new ProviderAccount(accountInit(QStringLiteral("before"))));
+        QVERIFY(store->save());
+
+        // Another process holds the write lock.
+        QSqlDatabase other = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("locker"));
+        other.setDatabaseName(m_path);
+        QVERIFY(other.open());
+        QSqlQuery lock(other);
+        QVERIFY(lock.exec(QStringLiteral("BEGIN IMMEDIATE")));
+
+        store->accounts().first()->setLabel(QStringLiteral("after"));
+        store->insert(new ProviderAccount(accountInit(QStringLiteral("new"))));
+        error.clear();
+        QVERIFY(!store->save(&error));
+        QVERIFY2(error.contains(QStringLiteral("locked")), qPrintable(error));
+        QVERIFY(store->hasChanges());
+
+        QSqlQuery read(other);
+        QVERIFY(read.exec(QStringLiteral("SELECT label FROM ProviderAccount")));
+        QStringList labels;
+        while (read.next()) {
+            labels.append(read.value(0).toString());
+        }
+        QCOMPARE(labels, QStringList{"before"});
+        QVERIFY(lock.exec(QStringLiteral("ROLLBACK")));
+        lock = QSqlQuery();
+        read = QSqlQuery();
+        other.close();
+        other = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("locker"));
+
+        // The changes were kept, so the next save writes them.
+        QVERIFY2(store->save(&error), qPrintable(error));
+        store.reset();
+        auto reopened = AccountStore::open(m_path, &error);
+        QCOMPARE(reopened->accounts().size(), 2);
+        QCOMPARE(reopened->accounts().first()->label(), QStringLiteral("after"));
+    }
+
+    void failedSaveOnAReadOnlyFileKeepsItsBytes() {
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            store->insert(new ProviderAccount(accountInit(QStringLiteral("before"))));
+            QVERIFY(store->save());
+        }
+        QVERIFY(makeReadOnly(m_path, true));
+        const QByteArray before = digest(m_path);
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        // SQLite opens a file it can't write read-only; the refusal comes with the save.
+        QVERIFY2(store, qPrintable(error));
+        QCOMPARE(store->accounts().size(), 1);
+        store->accounts().first()->setLabel(QStringLiteral("after"));
+        QVERIFY(!store->save(&error));
+        QVERIFY2(error.contains(QStringLiteral("readonly")), qPrintable(error));
+        store.reset();
+        QCOMPARE(digest(m_path), before);
+        QVERIFY(makeReadOnly(m_path, false));
+        auto reopened = AccountStore::open(m_path, &error);
+        QVERIFY2(reopened, qPrintable(error));
+        QCOMPARE(reopened->accounts().first()->label(), QStringLiteral("before"));
+    }
+
+    void missingFolderFails() {
+        QString error;
+        auto store = AccountStore::open(m_dir->filePath(QStringLiteral("no/such/folder/a.store")), &error);
+        QVERIFY(!store);
+        QVERIFY(!error.isEmpty());
+    }
+
+    void folderInsteadOfFileFails() {
+        QString error;
+        QVERIFY(!AccountStore::open(m_dir->path(), &error));
+        QVERIFY(error.contains(QStringLiteral("folder")));
+    }
+
+    void notADatabaseFailsAndStaysUntouched() {
+        QFile file(m_path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(8192, 'z'));
+        file.close();
+        const QByteArray before = digest(m_path);
+        QString error;
+        QVERIFY(!AccountStore::open(m_path, &error));
+        QVERIFY2(error.contains(QStringLiteral("not a database")), qPrintable(error));
+        QCOMPARE(digest(m_path), before);
+    }
+
+    void foreignTableIsLeftAlone() {
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("foreign"));
+            db.setDatabaseName(m_path);
+            QVERIFY(db.open());
+            QSqlQuery(QStringLiteral("CREATE TABLE ProviderAccount (id TEXT, other TEXT)"), db);
+            QSqlQuery(QStringLiteral("INSERT INTO ProviderAccount VALUES ('x', 'y')"), db);
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("foreign"));
+        QString error;
+        QVERIFY(!AccountStore::open(m_path, &error));
+        QVERIFY2(error.contains(QStringLiteral("other columns")), qPrintable(error));
+    }
+
+    void unreadableRowsSurviveSaves() {
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            store->insert(new ProviderAccount(accountInit()));
+            QVERIFY(store->save());
+        }
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("raw"));
+            db.setDatabaseName(m_path);
+            QVERIFY(db.open());
+            QSqlQuery(QStringLiteral("INSERT INTO ProviderAccount (id, label) VALUES ('not-a-uuid', 'odd')"),
+                      db);
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("raw"));
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        QCOMPARE(store->accounts().size(), 1);
+        store->accounts().first()->setLabel(QStringLiteral("edited"));
+        QVERIFY(store->save());
+        store.reset();
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("count"));
+        db.setDatabaseName(m_path);
+        QVERIFY(db.open());
+        {
+            QSqlQuery count(QStringLiteral("SELECT COUNT(*) FROM ProviderAccount"), db);
+            QVERIFY(count.next());
+            QCOMPARE(count.value(0).toInt(), 2);
+        }
+        db.close();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("count"));
+    }
+
+    void killedWriterLeavesTheLastCommittedState() {
+        QProcess writer;
+        writer.setProgram(QStringLiteral(STORE_WRITER));
+        writer.setArguments({m_path});
+        writer.start();
+        QVERIFY(writer.waitForStarted());
+        qint64 lastPrinted = 0;
+        QByteArray pending;
+        while (lastPrinted < 40) {
+            QVERIFY2(writer.waitForReadyRead(10000), writer.readAllStandardError().constData());
+            pending += writer.readAllStandardOutput();
+            while (pending.contains('\n')) {
+                const qsizetype end = pending.indexOf('\n');
+                lastPrinted = pending.left(end).toLongLong();
+                pending.remove(0, end + 1);
+            }
+        }
+        writer.kill(); // SIGKILL, in the middle of whatever save comes next
+        QVERIFY(writer.waitForFinished());
+        pending += writer.readAllStandardOutput();
+        for (const QByteArray& line : pending.split('\n')) {
+            if (!line.isEmpty()) {
+                lastPrinted = line.toLongLong();
+            }
+        }
+
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        QVERIFY2(store, qPrintable(error));
+        QCOMPARE(store->accounts().size(), 1);
+        const ProviderAccount* account = store->accounts().first();
+        const qint64 committed = account->agentCount().value_or(-1);
+        // Every printed round was committed; the next one may have committed before the kill.
+        QVERIFY2(committed == lastPrinted || committed == lastPrinted + 1,
+                 qPrintable(QStringLiteral("%1 vs %2").arg(committed).arg(lastPrinted)));
+        // One save is one transaction: its fields were never split.
+        QCOMPARE(account->syncMessage(), QString::number(committed));
+        QCOMPARE(account->snapshotHistoryData()->size(), 4096 + committed % 1024);
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_path;
+};
+
+QTEST_GUILESS_MAIN(TestAccountStore)
+#include "tst_accountstore.moc"
