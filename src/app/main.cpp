@@ -1,15 +1,5 @@
-#include "MainWindow.h"
-
-#include <QApplication>
+#include "AppMain.h"
 
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Tallyfen"));
-    QApplication::setOrganizationName(QStringLiteral("Tallyfen"));
-
-    MainWindow window;
-    window.show();
-    window.raise();
-    window.activateWindow();
-    return QApplication::exec();
+    return AppMain::run(argc, argv);
 }

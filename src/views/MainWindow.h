@@ -2,10 +2,49 @@
 
 #include <QMainWindow>
 
-// The main window that holds the sidebar and the detail area.
+class ContentView;
+class QLabel;
+class QListWidget;
+class QSplitter;
+class SettingsWindow;
+class TrackerCommands;
+
+// The main window: the sidebar beside the detail area, the menu commands, and the
+// Settings window. It draws the controller's state and forwards what the operator does.
 class MainWindow final : public QMainWindow {
     Q_OBJECT
 
 public:
-    explicit MainWindow(QWidget* parent = nullptr);
+    static constexpr int kMinimumWidth = 980;
+    static constexpr int kMinimumHeight = 650;
+    static constexpr int kSidebarMinimumWidth = 230;
+    static constexpr int kSidebarIdealWidth = 270;
+
+    explicit MainWindow(ContentView* content, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    SettingsWindow* settingsWindow() const noexcept { return m_settings; }
+    TrackerCommands* commands() const noexcept { return m_commands; }
+
+signals:
+    // Emitted once, after the window was first shown.
+    void firstShown();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void rebuildSidebar();
+    void updateDetail();
+    void onSidebarRowChanged(int row);
+    void showSettings();
+
+    ContentView* m_content;
+    QSplitter* m_splitter = nullptr;
+    QListWidget* m_sidebar = nullptr;
+    QLabel* m_detail = nullptr;
+    TrackerCommands* m_commands = nullptr;
+    SettingsWindow* m_settings = nullptr;
+    bool m_appeared = false;
+    bool m_rebuilding = false;
 };

@@ -1,31 +1,87 @@
+#include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 #include <QTest>
 
-// Starts the real binary offscreen, as an operator would start it.
+// Starts the real binary offscreen, as an operator would start it, in a private home.
 class TestLaunch final : public QObject {
     Q_OBJECT
 
-private slots:
-    void binaryStartsAndStaysUp() {
-        QTemporaryDir home;
-        QVERIFY(home.isValid());
-        QProcess app;
+private:
+    std::unique_ptr<QTemporaryDir> m_home;
+
+    QProcessEnvironment environment(const std::optional<QString>& storePath) const {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QT_QPA_PLATFORM", "offscreen");
-        environment.insert("HOME", home.path());
-        environment.insert("XDG_CONFIG_HOME", home.filePath("config"));
-        environment.insert("XDG_DATA_HOME", home.filePath("data"));
-        app.setProcessEnvironment(environment);
-        app.setProgram(QStringLiteral(TALLYFEN_BINARY));
-        app.start();
+        environment.insert("HOME", m_home->path());
+        environment.insert("XDG_CONFIG_HOME", m_home->filePath("config"));
+        environment.insert("XDG_DATA_HOME", m_home->filePath("data"));
+        environment.remove("TALLYFEN_STORE_PATH");
+        if (storePath) {
+            environment.insert("TALLYFEN_STORE_PATH", *storePath);
+        }
+        return environment;
+    }
+
+    static void expectStaysUp(QProcess& app) {
         QVERIFY2(app.waitForStarted(5000), qPrintable(app.errorString()));
         // Still running after a second and a half: the window is up and the event loop runs.
         QVERIFY2(!app.waitForFinished(1500), app.readAllStandardError().constData());
-        // There is no shutdown logic to wait for: the operator's quit is a plain termination.
+        // There is no shutdown logic to wait for: quitting is a plain termination.
         app.terminate();
         QVERIFY(app.waitForFinished(5000));
+    }
+
+private slots:
+    void init() {
+        m_home = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_home->isValid());
+    }
+
+    void storeInAMissingFolderIsFatal() {
+        QProcess app;
+        app.setProcessEnvironment(environment(m_home->filePath("no/such/folder/t.store")));
+        app.start(QStringLiteral(TALLYFEN_BINARY), {});
+        QVERIFY(app.waitForStarted(5000));
+        QVERIFY(app.waitForFinished(10000));
+        QCOMPARE(app.exitStatus(), QProcess::NormalExit);
+        QVERIFY(app.exitCode() != 0);
+        const QString errors = QString::fromUtf8(app.readAllStandardError());
+        QVERIFY2(errors.startsWith(QStringLiteral("Unable to create the local tracker store: ")),
+                 qPrintable(errors));
+        QVERIFY(errors.trimmed().size() >
+                QStringLiteral("Unable to create the local tracker store: ").size());
+        QVERIFY(app.readAllStandardOutput().isEmpty());
+        QVERIFY(!QFileInfo::exists(m_home->filePath("no")));
+    }
+
+    void storeThatIsAFolderIsFatal() {
+        QProcess app;
+        app.setProcessEnvironment(environment(m_home->path()));
+        app.start(QStringLiteral(TALLYFEN_BINARY), {});
+        QVERIFY(app.waitForFinished(10000));
+        QVERIFY(app.exitCode() != 0);
+        QVERIFY(app.readAllStandardError().startsWith("Unable to create the local tracker store: "));
+    }
+
+    void emptyVariableOpensTheDefaultStore() {
+        QProcess app;
+        app.setProcessEnvironment(environment(QString()));
+        app.start(QStringLiteral(TALLYFEN_BINARY), {});
+        expectStaysUp(app);
+        QVERIFY(QFile::exists(m_home->filePath("data/Tallyfen/Tallyfen/Tallyfen.store")));
+    }
+
+    void validPathCreatesTheFile() {
+        const QString path = m_home->filePath("chosen.store");
+        QProcess app;
+        app.setProcessEnvironment(environment(path));
+        app.start(QStringLiteral(TALLYFEN_BINARY), {});
+        expectStaysUp(app);
+        QVERIFY(QFile::exists(path));
+        QVERIFY(!QFileInfo::exists(m_home->filePath("data/Tallyfen")));
     }
 };
 

@@ -1,18 +1,133 @@
 #include "MainWindow.h"
 
-#include <QProcess>
+#include "CommandCenter.h"
+#include "ContentView.h"
+#include "SettingsWindow.h"
+#include "TrackerCommands.h"
+#include "core/CoreFixtures.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QListWidget>
+#include <QSignalSpy>
+#include <QSplitter>
 #include <QTest>
 
 class TestMainWindow final : public QObject {
     Q_OBJECT
 
 private slots:
-    void titleAndMinimumSize() {
-        MainWindow window;
+    void titleAndSizes() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
         QCOMPARE(window.windowTitle(), QStringLiteral("Tallyfen"));
         QCOMPARE(window.minimumSize(), QSize(980, 650));
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto* sidebar = window.findChild<QListWidget*>(QStringLiteral("sidebar"));
+        QVERIFY(sidebar);
+        QCOMPARE(sidebar->minimumWidth(), 230);
+        QCOMPARE(sidebar->width(), 270);
+        QCOMPARE(sidebar->maximumWidth(), QWIDGETSIZE_MAX);
+    }
+
+    void appearingRunsTheLaunchStepsOnce() {
+        CoreFixture fixture;
+        fixture.addAccount(QStringLiteral("Existing"));
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        QSignalSpy shown(&window, &MainWindow::firstShown);
+        window.show();
+        QCOMPARE(shown.count(), 1);
+        QVERIFY(content.heartbeatTimer().isActive());
+        QVERIFY(fixture.preferences->onboardingCompleted());
+        window.hide();
+        window.show();
+        QCOMPARE(shown.count(), 1);
+    }
+
+    void menuCommands_data() {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QKeySequence>("shortcut");
+        QTest::addColumn<QString>("notification");
+        QTest::newRow("add") << "Add Account" << QKeySequence(Qt::CTRL | Qt::Key_N) << "Tallyfen.addAccount";
+        QTest::newRow("refresh") << "Refresh Usage" << QKeySequence(Qt::CTRL | Qt::Key_R)
+                                 << "Tallyfen.refreshAccounts";
+        QTest::newRow("delete") << "Delete Selected Account" << QKeySequence(Qt::CTRL | Qt::Key_Delete)
+                                << "Tallyfen.deleteSelectedAccount";
+    }
+    void menuCommands() {
+        QFETCH(QString, title);
+        QFETCH(QKeySequence, shortcut);
+        QFETCH(QString, notification);
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        auto* action = window.findChild<QAction*>(notification);
+        QVERIFY(action);
+        QCOMPARE(action->text(), title);
+        QCOMPARE(action->shortcut(), shortcut);
+        QSignalSpy posted(&CommandCenter::shared(), &CommandCenter::posted);
+        action->trigger();
+        QCOMPARE(posted.count(), 1);
+        QCOMPARE(posted.first().first().toString(), notification);
+    }
+
+    void shortcutsReachTheController() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("Doomed"));
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(&window, Qt::Key_N, Qt::ControlModifier);
+        QVERIFY(content.editorState() && content.editorState()->isNew());
+
+        QTest::keyClick(&window, Qt::Key_Delete, Qt::ControlModifier);
+        QVERIFY(!content.showDeleteConfirmation()); // the overview is selected
+
+        auto* sidebar = window.findChild<QListWidget*>(QStringLiteral("sidebar"));
+        sidebar->setCurrentRow(1);
+        QCOMPARE(content.selection(), SidebarSelection::account(account->id()));
+        QTest::keyClick(&window, Qt::Key_Delete, Qt::ControlModifier);
+        QVERIFY(content.showDeleteConfirmation());
+        QCOMPARE(content.deleteTargetID(), std::optional<QUuid>(account->id()));
+    }
+
+    void sidebarAndDetailFollowTheStore() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        auto* sidebar = window.findChild<QListWidget*>(QStringLiteral("sidebar"));
+        auto* detail = window.findChild<QLabel*>(QStringLiteral("detail"));
+        QCOMPARE(sidebar->count(), 1);
+        QCOMPARE(sidebar->item(0)->text(), QStringLiteral("Overview"));
+        QVERIFY(detail->text().startsWith(QStringLiteral("Overview")));
+
+        ProviderAccount* account = fixture.addAccount(QStringLiteral(""), AIProvider::anthropic);
+        QCOMPARE(sidebar->count(), 2);
+        QCOMPARE(sidebar->item(1)->text(), QStringLiteral("Anthropic / Claude"));
+        account->setLabel(QStringLiteral("Claude Max"));
+        QCOMPARE(sidebar->item(1)->text(), QStringLiteral("Claude Max"));
+
+        sidebar->setCurrentRow(1);
+        QVERIFY(detail->text().startsWith(QStringLiteral("Claude Max")));
+        QVERIFY(detail->text().contains(QStringLiteral("Not refreshed yet")));
+
+        fixture.store->remove(account);
+        QCOMPARE(sidebar->count(), 1);
+        QVERIFY(detail->text().startsWith(QStringLiteral("Account unavailable")));
+    }
+
+    void settingsWindow() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        QVERIFY(!window.settingsWindow()->isVisible());
+        window.commands()->settingsAction()->trigger();
+        QVERIFY(window.settingsWindow()->isVisible());
+        QCOMPARE(window.settingsWindow()->windowTitle(), QStringLiteral("Settings"));
     }
 };
 

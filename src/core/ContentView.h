@@ -1,0 +1,99 @@
+#pragma once
+
+#include "AccountStore.h"
+#include "EditorState.h"
+#include "Preferences.h"
+#include "SidebarSelection.h"
+#include "Timestamp.h"
+
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QStringList>
+#include <QTimer>
+#include <QUuid>
+
+#include <optional>
+
+// The controller of the running application: the live list of accounts, what is
+// selected, which sheet or dialog is up, which accounts are refreshing or were already
+// notified, and the heartbeat. Screens read its state and call its operations; they
+// change nothing themselves. It holds no widget and runs without a window.
+class ContentView final : public QObject {
+    Q_OBJECT
+
+public:
+    // The heartbeat's period.
+    static constexpr int kHeartbeatMilliseconds = 60'000;
+
+    ContentView(AccountStore* store, Preferences* preferences, QObject* parent = nullptr);
+
+    AccountStore* store() const noexcept { return m_store; }
+    Preferences* preferences() const noexcept { return m_preferences; }
+    const QList<ProviderAccount*>& accounts() const { return m_store->accounts(); }
+
+    const SidebarSelection& selection() const noexcept { return m_selection; }
+    void setSelection(const SidebarSelection& selection);
+    const std::optional<EditorState>& editorState() const noexcept { return m_editorState; }
+    void setEditorState(const std::optional<EditorState>& state);
+    const QSet<QUuid>& refreshingIDs() const noexcept { return m_refreshingIDs; }
+    bool showDeleteConfirmation() const noexcept { return m_showDeleteConfirmation; }
+    void setShowDeleteConfirmation(bool shown);
+    std::optional<QUuid> deleteTargetID() const noexcept { return m_deleteTargetID; }
+    Timestamp heartbeat() const noexcept { return m_heartbeat; }
+    Timestamp lastAutoRefreshAt() const noexcept { return m_lastAutoRefreshAt; }
+    const QSet<QUuid>& notifiedUrgentIDs() const noexcept { return m_notifiedUrgentIDs; }
+    bool showOnboarding() const noexcept { return m_showOnboarding; }
+    bool showSampleClearConfirmation() const noexcept { return m_showSampleClearConfirmation; }
+    void setShowSampleClearConfirmation(bool shown);
+    const QTimer& heartbeatTimer() const noexcept { return m_heartbeatTimer; }
+
+    // The first appearance of the main screen: the launch steps, then the heartbeat.
+    void onAppear();
+    // One beat of the heartbeat, at `now`.
+    void tick(Timestamp now);
+    // A named in-process notification from the menu commands.
+    void handleCommand(const QString& name);
+
+    // Presents the delete dialog for one account.
+    void requestDelete(const QUuid& id);
+    // The accounts that "Refresh Usage" refreshes for the present selection.
+    QList<ProviderAccount*> accountsForSelection() const;
+
+    // Onboarding sheet wiring.
+    void finishOnboarding();
+    bool onboardingDismissDisabled() const;
+    QStringList existingLabels() const;
+    bool labelExists(const QString& candidate) const;
+
+    // ---- steps that later parts of the program fill in ----
+    // Turns records of the retired browser mode into manual ones.
+    void migrateLegacyBrowserConnections();
+    // Asks the system for permission to post notifications.
+    void requestNotificationPermission();
+    // Refreshes every account of the present selection.
+    void refreshSelection();
+
+signals:
+    // Any of the state above changed; screens redraw from it.
+    void stateChanged();
+    // The set of accounts, their order, or any field of one changed.
+    void accountsChanged();
+
+private:
+    void onPreferenceChanged(const QString& key);
+
+    AccountStore* m_store;
+    Preferences* m_preferences;
+    SidebarSelection m_selection = SidebarSelection::overview();
+    std::optional<EditorState> m_editorState;
+    QSet<QUuid> m_refreshingIDs;
+    bool m_showDeleteConfirmation = false;
+    std::optional<QUuid> m_deleteTargetID;
+    Timestamp m_heartbeat;
+    Timestamp m_lastAutoRefreshAt;
+    QSet<QUuid> m_notifiedUrgentIDs;
+    bool m_showOnboarding = false;
+    bool m_showSampleClearConfirmation = false;
+    QTimer m_heartbeatTimer;
+};

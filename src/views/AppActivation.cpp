@@ -1,0 +1,8 @@
+#include "AppActivation.h"
+
+#include <QWidget>
+
+void AppActivation::activate(QWidget* mainWindow) {
+    mainWindow->raise();
+    mainWindow->activateWindow();
+}

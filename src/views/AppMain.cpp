@@ -1,0 +1,37 @@
+#include "AppMain.h"
+
+#include "AppActivation.h"
+#include "ContentView.h"
+#include "MainWindow.h"
+#include "Preferences.h"
+#include "TallyfenApp.h"
+
+#include <QApplication>
+#include <QProcessEnvironment>
+
+#include <cstdio>
+
+int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirstShow) {
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Tallyfen"));
+    QApplication::setOrganizationName(QStringLiteral("Tallyfen"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Tallyfen"));
+
+    QString reason;
+    const std::unique_ptr<AccountStore> store =
+        TallyfenApp::openStore(QProcessEnvironment::systemEnvironment(), &reason);
+    if (!store) {
+        std::fprintf(stderr, "%s\n", qPrintable(TallyfenApp::fatalStoreMessage(reason)));
+        return EXIT_FAILURE;
+    }
+
+    Preferences preferences;
+    ContentView content(store.get(), &preferences);
+    MainWindow window(&content);
+    if (afterFirstShow) {
+        QObject::connect(&window, &MainWindow::firstShown, &window, afterFirstShow, Qt::QueuedConnection);
+    }
+    window.show();
+    AppActivation::activate(&window);
+    return QApplication::exec();
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "AccountStore.h"
+#include "Preferences.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+// A real store and real preferences in a temporary folder.
+struct CoreFixture {
+    QTemporaryDir dir;
+    std::unique_ptr<AccountStore> store;
+    std::unique_ptr<Preferences> preferences;
+
+    CoreFixture() {
+        QString error;
+        store = AccountStore::open(dir.filePath(QStringLiteral("accounts.store")), &error);
+        preferences = std::make_unique<Preferences>(dir.filePath(QStringLiteral("preferences.ini")));
+    }
+
+    ProviderAccount* addAccount(const QString& label, AIProvider provider = AIProvider::openAI,
+                                double createdAt = 0) {
+        auto* account = new ProviderAccount(ProviderAccount::Init{.provider = provider,
+                                                                  .label = label,
+                                                                  .accountKind = AccountKind::api,
+                                                                  .createdAt = Timestamp(createdAt)});
+        store->insert(account);
+        return account;
+    }
+};

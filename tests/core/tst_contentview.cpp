@@ -1,0 +1,180 @@
+#include "ContentView.h"
+
+#include "CommandCenter.h"
+#include "CoreFixtures.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+class TestContentView final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void cleanup() { Clock::setFixedNow(std::nullopt); }
+
+    void initialState() {
+        CoreFixture fixture;
+        Clock::setFixedNow(Timestamp(5000));
+        const ContentView content(fixture.store.get(), fixture.preferences.get());
+        QCOMPARE(content.selection(), SidebarSelection::overview());
+        QVERIFY(!content.editorState());
+        QVERIFY(content.refreshingIDs().isEmpty());
+        QVERIFY(!content.showDeleteConfirmation());
+        QVERIFY(!content.deleteTargetID());
+        QCOMPARE(content.heartbeat(), Timestamp(5000));
+        QVERIFY(content.lastAutoRefreshAt() < Timestamp::fromUnixSeconds(-62'000'000'000.0)); // distant past
+        QVERIFY(content.notifiedUrgentIDs().isEmpty());
+        QVERIFY(!content.showOnboarding());
+        QVERIFY(!content.showSampleClearConfirmation());
+        QVERIFY(!content.heartbeatTimer().isActive()); // nothing runs before the screen appears
+    }
+
+    void accountsAreTheStoresLiveList() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        QSignalSpy spy(&content, &ContentView::accountsChanged);
+        fixture.addAccount(QStringLiteral("b"), AIProvider::openAI, 20);
+        fixture.addAccount(QStringLiteral("a"), AIProvider::openAI, 10);
+        QCOMPARE(content.accounts().size(), 2);
+        QCOMPARE(content.accounts().first()->label(), QStringLiteral("a"));
+        content.accounts().first()->setSyncMessage(QStringLiteral("x"));
+        QCOMPARE(spy.count(), 3);
+    }
+
+    void firstLaunchWithEmptyStoreShowsOnboarding() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.onAppear();
+        QVERIFY(!content.showOnboarding()); // deferred to the next turn
+        QTRY_VERIFY(content.showOnboarding());
+        QVERIFY(content.onboardingDismissDisabled());
+        QVERIFY(!fixture.preferences->onboardingCompleted());
+
+        // The flow creates an account: the sheet may now be dismissed, the flag stays.
+        fixture.addAccount(QStringLiteral("First"));
+        QVERIFY(!content.onboardingDismissDisabled());
+        QVERIFY(!fixture.preferences->onboardingCompleted());
+
+        content.finishOnboarding();
+        QVERIFY(fixture.preferences->onboardingCompleted());
+        QVERIFY(!content.showOnboarding());
+    }
+
+    void accountsPresentCompleteOnboardingWithoutASheet() {
+        CoreFixture fixture;
+        fixture.addAccount(QStringLiteral("Existing"));
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.onAppear();
+        QVERIFY(fixture.preferences->onboardingCompleted());
+        QCoreApplication::processEvents();
+        QVERIFY(!content.showOnboarding());
+    }
+
+    void emptyStoreWithCompletedOnboardingShowsTheEmptyOverview() {
+        CoreFixture fixture;
+        fixture.preferences->setOnboardingCompleted(true);
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.onAppear();
+        QCoreApplication::processEvents();
+        QVERIFY(!content.showOnboarding());
+        QVERIFY(!content.onboardingDismissDisabled());
+        QCOMPARE(content.selection(), SidebarSelection::overview());
+    }
+
+    void appearingStartsTheClockFromNow() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        Clock::setFixedNow(Timestamp(123456));
+        content.onAppear();
+        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(123456));
+        QVERIFY(content.heartbeatTimer().isActive());
+        QCOMPARE(content.heartbeatTimer().interval(), 60'000);
+        content.tick(Timestamp(123516));
+        QCOMPARE(content.heartbeat(), Timestamp(123516));
+    }
+
+    void nothingIsRefreshedOrWrittenAtLaunch() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("Quiet"));
+        QVERIFY(fixture.store->save());
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.onAppear();
+        QCoreApplication::processEvents();
+        QVERIFY(!fixture.store->hasChanges());
+        QVERIFY(!account->lastRefreshAt());
+        QCOMPARE(account->syncMessage(), QStringLiteral("Not refreshed yet"));
+        QVERIFY(content.refreshingIDs().isEmpty());
+    }
+
+    void addAccountCommandOpensTheEditor() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        CommandCenter::shared().post(CommandCenter::kAddAccount);
+        QVERIFY(content.editorState());
+        QVERIFY(content.editorState()->isNew());
+    }
+
+    void deleteCommandNeedsOneSelectedAccount() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("One"));
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+
+        CommandCenter::shared().post(CommandCenter::kDeleteSelectedAccount);
+        QVERIFY(!content.showDeleteConfirmation());
+        QVERIFY(!content.deleteTargetID());
+
+        content.setSelection(SidebarSelection::provider(AIProvider::openAI));
+        CommandCenter::shared().post(CommandCenter::kDeleteSelectedAccount);
+        QVERIFY(!content.showDeleteConfirmation());
+
+        content.setSelection(SidebarSelection::account(account->id()));
+        CommandCenter::shared().post(CommandCenter::kDeleteSelectedAccount);
+        QVERIFY(content.showDeleteConfirmation());
+        QCOMPARE(content.deleteTargetID(), std::optional<QUuid>(account->id()));
+        QCOMPARE(content.accounts().size(), 1); // only the dialog; nothing deleted
+    }
+
+    void refreshTargetsFollowTheSelection() {
+        CoreFixture fixture;
+        ProviderAccount* openAI = fixture.addAccount(QStringLiteral("o"), AIProvider::openAI, 1);
+        ProviderAccount* claude = fixture.addAccount(QStringLiteral("c"), AIProvider::anthropic, 2);
+        ProviderAccount* claude2 = fixture.addAccount(QStringLiteral("c2"), AIProvider::anthropic, 3);
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        QCOMPARE(content.accountsForSelection(), (QList<ProviderAccount*>{openAI, claude, claude2}));
+        content.setSelection(SidebarSelection::provider(AIProvider::anthropic));
+        QCOMPARE(content.accountsForSelection(), (QList<ProviderAccount*>{claude, claude2}));
+        content.setSelection(SidebarSelection::account(claude2->id()));
+        QCOMPARE(content.accountsForSelection(), QList<ProviderAccount*>{claude2});
+        content.setSelection(SidebarSelection::account(QUuid::createUuid()));
+        QVERIFY(content.accountsForSelection().isEmpty());
+    }
+
+    void labels() {
+        CoreFixture fixture;
+        fixture.addAccount(QStringLiteral("  Work Team "), AIProvider::openAI, 1);
+        fixture.addAccount(QStringLiteral(""), AIProvider::gemini, 2);
+        fixture.addAccount(QStringLiteral("İstanbul"), AIProvider::xAI, 3);
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        QCOMPARE(content.existingLabels(),
+                 QStringList({QStringLiteral("  Work Team "), QStringLiteral("Google Gemini"),
+                              QStringLiteral("İstanbul")}));
+        QVERIFY(content.labelExists(QStringLiteral("work team")));
+        QVERIFY(content.labelExists(QStringLiteral("\nWORK TEAM\t")));
+        QVERIFY(content.labelExists(QStringLiteral("google gemini")));
+        QVERIFY(content.labelExists(QStringLiteral("İSTANBUL")));
+        QVERIFY(!content.labelExists(QStringLiteral("work")));
+        QVERIFY(!content.labelExists(QString()));
+    }
+
+    void defaultPreferencesOnAFreshMachine() {
+        CoreFixture fixture;
+        QVERIFY(!fixture.preferences->autoRefreshEnabled());
+        QCOMPARE(fixture.preferences->autoRefreshMinutes(), 30);
+        QVERIFY(!fixture.preferences->thresholdNotificationsEnabled());
+        QVERIFY(!fixture.preferences->onboardingCompleted());
+        QVERIFY(fixture.preferences->useSampleDataByDefault());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestContentView)
+#include "tst_contentview.moc"
