@@ -23,6 +23,10 @@ else()
         -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough
         # Designated initializers that leave members at their defaults are intended.
         -Wno-missing-field-initializers)
+    if(NOT APPLE)
+        # Link only the libraries a binary really uses: fewer to load at start-up.
+        target_link_options(tallyfen_strict_common INTERFACE -Wl,--as-needed)
+    endif()
     if(TALLYFEN_WERROR)
         target_compile_options(tallyfen_strict_common INTERFACE -Werror)
     endif()

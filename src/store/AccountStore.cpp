@@ -3,6 +3,7 @@
 #include "UuidText.h"
 
 #include <QFileInfo>
+#include <QPointer>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -200,6 +201,9 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
         if (!run(db, QStringLiteral("PRAGMA synchronous=FULL"), &reason)) {
             return fail(reason);
         }
+        // Reads through memory mapping: the last column sits behind each row's large
+        // history blob, and following that blob's overflow pages then copies nothing.
+        run(db, QStringLiteral("PRAGMA mmap_size=268435456"), nullptr);
 
         QSqlQuery columns(db);
         if (!columns.exec(QStringLiteral("PRAGMA table_info(%1)").arg(kTableName))) {
@@ -236,8 +240,12 @@ bool AccountStore::load(QString* errorMessage) {
     QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
     QSqlQuery query(db);
     query.setForwardOnly(true);
+    // The snapshot histories are most of the file and no screen needs them at launch:
+    // each is read when its account first asks for it.
+    QStringList columns = kColumns;
+    columns.replace(kColumns.indexOf(QStringLiteral("snapshotHistoryData")), QStringLiteral("NULL"));
     const QString select =
-        QStringLiteral("SELECT %1 FROM %2 ORDER BY createdAt, rowid").arg(kColumns.join(u", "), kTableName);
+        QStringLiteral("SELECT %1 FROM %2 ORDER BY createdAt, rowid").arg(columns.join(u", "), kTableName);
     if (!query.exec(select)) {
         *errorMessage = describe(query.lastError());
         return false;
@@ -245,10 +253,27 @@ bool AccountStore::load(QString* errorMessage) {
     while (query.next()) {
         // A row whose id can't be read is left in the file untouched.
         if (auto row = rowFrom(query)) {
-            adopt(new ProviderAccount(std::move(*row)));
+            const QUuid id = row->id;
+            adopt(new ProviderAccount(std::move(*row), [store = QPointer<AccountStore>(this), id] {
+                return store ? store->readHistory(id) : std::nullopt;
+            }));
         }
     }
     return true;
+}
+
+std::optional<std::optional<QByteArray>> AccountStore::readHistory(const QUuid& id) const {
+    QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("SELECT snapshotHistoryData FROM %1 WHERE id = ?").arg(kTableName));
+    query.addBindValue(UuidText::toText(id));
+    if (!query.exec()) {
+        return std::nullopt;
+    }
+    if (!query.next()) {
+        return std::optional<QByteArray>(); // no row: nothing stored
+    }
+    return readOptionalBytes(query.value(0));
 }
 
 ProviderAccount* AccountStore::account(const QUuid& id) const {
@@ -337,6 +362,7 @@ bool AccountStore::save(QString* errorMessage) {
         }
     }
 
+    const qsizetype historyColumn = kColumns.indexOf(QStringLiteral("snapshotHistoryData"));
     QStringList assignments;
     QStringList placeholders;
     for (const QString& column : kColumns) {
@@ -345,6 +371,12 @@ bool AccountStore::save(QString* errorMessage) {
     }
     QSqlQuery update(db);
     update.prepare(QStringLiteral("UPDATE %1 SET %2 WHERE id = ?").arg(kTableName, assignments.join(u", ")));
+    // For an account whose history was never read: every column but that one.
+    QStringList assignmentsWithoutHistory = assignments;
+    assignmentsWithoutHistory.removeAt(historyColumn);
+    QSqlQuery updateWithoutHistory(db);
+    updateWithoutHistory.prepare(QStringLiteral("UPDATE %1 SET %2 WHERE id = ?")
+                                     .arg(kTableName, assignmentsWithoutHistory.join(u", ")));
     QSqlQuery insert(db);
     insert.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
                        .arg(kTableName, kColumns.join(u", "), placeholders.join(u", ")));
@@ -352,15 +384,19 @@ bool AccountStore::save(QString* errorMessage) {
         if (!m_dirty.contains(account->id())) {
             continue;
         }
-        const QList<QVariant> values = bindings(account->row());
-        for (const QVariant& value : values) {
-            update.addBindValue(value);
+        const bool withHistory = account->isSnapshotHistoryLoaded();
+        const QList<QVariant> values = bindings(account->rowAsLoaded());
+        QSqlQuery& statement = withHistory ? update : updateWithoutHistory;
+        for (qsizetype i = 0; i < values.size(); ++i) {
+            if (withHistory || i != historyColumn) {
+                statement.addBindValue(values.at(i));
+            }
         }
-        update.addBindValue(values.first());
-        if (!update.exec()) {
-            return fail(describe(update.lastError()));
+        statement.addBindValue(values.first());
+        if (!statement.exec()) {
+            return fail(describe(statement.lastError()));
         }
-        if (update.numRowsAffected() > 0) {
+        if (statement.numRowsAffected() > 0) {
             continue;
         }
         for (const QVariant& value : values) {

@@ -54,6 +54,7 @@ private:
     AccountStore(QString path, QString connectionName);
 
     bool load(QString* errorMessage);
+    std::optional<std::optional<QByteArray>> readHistory(const QUuid& id) const;
     void adopt(ProviderAccount* account);
     void sortAccounts();
 

@@ -20,17 +20,17 @@ public:
         return *m_value;
     }
 
-private:
-    bool sameBytes(const std::optional<QByteArray>& bytes) const {
-        if (bytes.has_value() != m_bytes.has_value()) {
+    // Whether two stored values hold the same bytes. Shared data, the common case,
+    // needs no comparison of contents.
+    static bool sameBytes(const std::optional<QByteArray>& a, const std::optional<QByteArray>& b) {
+        if (a.has_value() != b.has_value()) {
             return false;
         }
-        if (!bytes) {
-            return true;
-        }
-        // Shared data is the common case and needs no comparison of contents.
-        return bytes->isSharedWith(*m_bytes) || *bytes == *m_bytes;
+        return !a || a->isSharedWith(*b) || *a == *b;
     }
+
+private:
+    bool sameBytes(const std::optional<QByteArray>& bytes) const { return sameBytes(bytes, m_bytes); }
 
     mutable std::optional<QByteArray> m_bytes;
     mutable std::optional<T> m_value;

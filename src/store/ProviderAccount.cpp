@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QTimeZone>
 
 #include <algorithm>
 #include <cmath>
@@ -71,6 +72,35 @@ ProviderAccount::ProviderAccount(ProviderAccountRow row, QObject* parent)
     : QObject(parent)
     , m_row(std::move(row)) {}
 
+ProviderAccount::ProviderAccount(ProviderAccountRow row, HistoryLoader loadHistory, QObject* parent)
+    : QObject(parent)
+    , m_row(std::move(row))
+    , m_loadHistory(std::move(loadHistory)) {
+    m_row.snapshotHistoryData.reset();
+}
+
+void ProviderAccount::ensureHistoryLoaded() const {
+    if (!m_loadHistory) {
+        return;
+    }
+    // A failed read leaves the history unread: it reads as absent and is tried again
+    // next time, and the store never writes the column over the stored bytes.
+    if (auto stored = m_loadHistory()) {
+        m_row.snapshotHistoryData = std::move(*stored);
+        m_loadHistory = nullptr;
+    }
+}
+
+const ProviderAccountRow& ProviderAccount::row() const {
+    ensureHistoryLoaded();
+    return m_row;
+}
+
+const std::optional<QByteArray>& ProviderAccount::snapshotHistoryData() const {
+    ensureHistoryLoaded();
+    return m_row.snapshotHistoryData;
+}
+
 template <typename T>
 void ProviderAccount::assign(T& field, const T& value) {
     if (field == value) {
@@ -99,7 +129,11 @@ void ProviderAccount::setLastRefreshAt(std::optional<Timestamp> value) { assign(
 void ProviderAccount::setSyncStatusRaw(const QString& value) { assign(m_row.syncStatusRaw, value); }
 void ProviderAccount::setSyncMessage(const QString& value) { assign(m_row.syncMessage, value); }
 void ProviderAccount::setSnapshotData(const std::optional<QByteArray>& value) { assign(m_row.snapshotData, value); }
-void ProviderAccount::setSnapshotHistoryData(const std::optional<QByteArray>& value) { assign(m_row.snapshotHistoryData, value); }
+void ProviderAccount::setSnapshotHistoryData(const std::optional<QByteArray>& value) {
+    ensureHistoryLoaded();
+    m_loadHistory = nullptr; // a written value replaces whatever is stored
+    assign(m_row.snapshotHistoryData, value);
+}
 void ProviderAccount::setSampleDataEnabled(bool value) { assign(m_row.sampleDataEnabled, value); }
 // clang-format on
 
@@ -226,7 +260,7 @@ const std::optional<UsageSnapshot>& ProviderAccount::cachedSnapshot() const {
 }
 
 const QList<UsageSnapshot>& ProviderAccount::cachedHistory() const {
-    return m_historyCache.get(m_row.snapshotHistoryData, decodeList<UsageSnapshot>);
+    return m_historyCache.get(snapshotHistoryData(), decodeList<UsageSnapshot>);
 }
 
 void ProviderAccount::record(const UsageSnapshot& snapshot) {
@@ -256,11 +290,27 @@ void ProviderAccount::applyDetectedMetadata(const std::optional<ProviderConnecti
 }
 
 QList<UsagePoint> ProviderAccount::trendHistory() const {
-    return dailySeries(&UsageSnapshot::history);
+    return memoizedSeries(m_trendMemo, &UsageSnapshot::history);
 }
 
 QList<UsagePoint> ProviderAccount::billingTrendHistory() const {
-    return dailySeries(&UsageSnapshot::billingHistory);
+    return memoizedSeries(m_billingTrendMemo, &UsageSnapshot::billingHistory);
+}
+
+QList<UsagePoint> ProviderAccount::memoizedSeries(std::optional<SeriesMemo>& memo,
+                                                  QList<UsagePoint> UsageSnapshot::*series) const {
+    const QByteArray zone = QTimeZone::systemTimeZoneId();
+    const bool fresh = memo && memo->timeZoneID == zone &&
+                       BlobCache<int>::sameBytes(memo->snapshotData, m_row.snapshotData) &&
+                       BlobCache<int>::sameBytes(memo->snapshotHistoryData, snapshotHistoryData());
+    if (!fresh) {
+        memo = SeriesMemo{m_row.snapshotData, snapshotHistoryData(), zone, dailySeries(series)};
+    } else {
+        // Share the caller's bytes so that the next comparison is by identity alone.
+        memo->snapshotData = m_row.snapshotData;
+        memo->snapshotHistoryData = m_row.snapshotHistoryData;
+    }
+    return memo->series;
 }
 
 QList<UsagePoint> ProviderAccount::dailySeries(QList<UsagePoint> UsageSnapshot::*series) const {
@@ -274,12 +324,18 @@ QList<UsagePoint> ProviderAccount::dailySeries(QList<UsagePoint> UsageSnapshot::
     // One point a local day: the latest one; on equal dates the earlier-recorded one stays.
     QList<UsagePoint> survivors;
     QHash<qint64, qsizetype> indexOfDay;
+    // Consecutive snapshots repeat most of their points: convert each moment once.
+    QHash<double, qint64> dayOfMoment;
     for (const UsageSnapshot& stored : cachedHistory()) {
         for (const UsagePoint& point : stored.*series) {
             if (point.unit != unit) {
                 continue;
             }
-            const qint64 day = localDayKey(point.date);
+            auto knownDay = dayOfMoment.constFind(point.date.secondsSinceReference());
+            if (knownDay == dayOfMoment.cend()) {
+                knownDay = dayOfMoment.insert(point.date.secondsSinceReference(), localDayKey(point.date));
+            }
+            const qint64 day = *knownDay;
             const auto found = indexOfDay.constFind(day);
             if (found == indexOfDay.cend()) {
                 indexOfDay.insert(day, survivors.size());

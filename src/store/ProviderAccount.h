@@ -16,6 +16,7 @@
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 // One tracked account: the only persisted record. It keeps its stored attributes raw
@@ -55,11 +56,23 @@ public:
     // How long a `current` refresh stays current, in seconds.
     static constexpr double kStaleAfterSeconds = 21600.0;
 
-    explicit ProviderAccount(const Init& init, QObject* parent = nullptr);
-    // An account as loaded from the store.
-    explicit ProviderAccount(ProviderAccountRow row, QObject* parent = nullptr);
+    // Reads the stored snapshot history on first use: the outer optional is empty when
+    // the read failed, the inner one when nothing is stored.
+    using HistoryLoader = std::function<std::optional<std::optional<QByteArray>>()>;
 
-    const ProviderAccountRow& row() const noexcept { return m_row; }
+    explicit ProviderAccount(const Init& init, QObject* parent = nullptr);
+    // An account as loaded from the store, complete.
+    explicit ProviderAccount(ProviderAccountRow row, QObject* parent = nullptr);
+    // An account whose snapshot history, the one large attribute, is read only when
+    // something first asks for it; `row.snapshotHistoryData` is not looked at.
+    ProviderAccount(ProviderAccountRow row, HistoryLoader loadHistory, QObject* parent = nullptr);
+
+    // Every stored attribute (the history is read first if it was not yet).
+    const ProviderAccountRow& row() const;
+    // The attributes as they stand, an unread history left unread (and absent here).
+    const ProviderAccountRow& rowAsLoaded() const noexcept { return m_row; }
+    // False while a lazily read history has not been read, or could not be.
+    bool isSnapshotHistoryLoaded() const noexcept { return !m_loadHistory; }
 
     // ---- stored attributes ----
     const QUuid& id() const noexcept { return m_row.id; }
@@ -101,9 +114,7 @@ public:
     void setSyncMessage(const QString& value);
     const std::optional<QByteArray>& snapshotData() const noexcept { return m_row.snapshotData; }
     void setSnapshotData(const std::optional<QByteArray>& value);
-    const std::optional<QByteArray>& snapshotHistoryData() const noexcept {
-        return m_row.snapshotHistoryData;
-    }
+    const std::optional<QByteArray>& snapshotHistoryData() const;
     void setSnapshotHistoryData(const std::optional<QByteArray>& value);
     bool sampleDataEnabled() const noexcept { return m_row.sampleDataEnabled; }
     void setSampleDataEnabled(bool value);
@@ -165,7 +176,24 @@ private:
     const QList<UsageSnapshot>& cachedHistory() const;
     QList<UsagePoint> dailySeries(QList<UsagePoint> UsageSnapshot::*series) const;
 
-    ProviderAccountRow m_row;
+    // A daily series as last computed, with everything it was computed from: the two
+    // stored blobs and the time zone that drew the day boundaries.
+    struct SeriesMemo {
+        std::optional<QByteArray> snapshotData;
+        std::optional<QByteArray> snapshotHistoryData;
+        QByteArray timeZoneID;
+        QList<UsagePoint> series;
+    };
+    QList<UsagePoint> memoizedSeries(std::optional<SeriesMemo>& memo,
+                                     QList<UsagePoint> UsageSnapshot::*series) const;
+
+    void ensureHistoryLoaded() const;
+
+    // Mutable only so that a lazily read history can arrive on a const read.
+    mutable ProviderAccountRow m_row;
+    mutable HistoryLoader m_loadHistory;
     BlobCache<std::optional<UsageSnapshot>> m_snapshotCache;
     BlobCache<QList<UsageSnapshot>> m_historyCache;
+    mutable std::optional<SeriesMemo> m_trendMemo;
+    mutable std::optional<SeriesMemo> m_billingTrendMemo;
 };

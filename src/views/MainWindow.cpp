@@ -11,6 +11,7 @@
 #include <QMenuBar>
 #include <QShowEvent>
 #include <QSplitter>
+#include <QVBoxLayout>
 
 namespace {
 constexpr int kAccountIDRole = Qt::UserRole + 1;
@@ -31,17 +32,29 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     m_sidebar->setObjectName(QStringLiteral("sidebar"));
     m_sidebar->setAccessibleName(QStringLiteral("Accounts"));
     m_sidebar->setMinimumWidth(kSidebarMinimumWidth);
+    m_sidebar->setUniformItemSizes(true);
 
-    m_detail = new QLabel(m_splitter);
+    auto* detailArea = new QWidget(m_splitter);
+    detailArea->setObjectName(QStringLiteral("detailArea"));
+    auto* detailLayout = new QVBoxLayout(detailArea);
+    detailLayout->setContentsMargins(24, 20, 24, 20);
+    detailLayout->setSpacing(10);
+    m_detailTitle = new QLabel(detailArea);
+    m_detailTitle->setObjectName(QStringLiteral("detailTitle"));
+    QFont titleFont = m_detailTitle->font();
+    titleFont.setBold(true);
+    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.5);
+    m_detailTitle->setFont(titleFont);
+    m_detail = new QLabel(detailArea);
     m_detail->setObjectName(QStringLiteral("detail"));
     m_detail->setAccessibleName(QStringLiteral("Detail"));
     m_detail->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    m_detail->setWordWrap(true);
     m_detail->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_detail->setMargin(24);
+    detailLayout->addWidget(m_detailTitle);
+    detailLayout->addWidget(m_detail, 1);
 
     m_splitter->addWidget(m_sidebar);
-    m_splitter->addWidget(m_detail);
+    m_splitter->addWidget(detailArea);
     m_splitter->setStretchFactor(0, 0);
     m_splitter->setStretchFactor(1, 1);
     m_splitter->setSizes({kSidebarIdealWidth, kMinimumWidth - kSidebarIdealWidth});
@@ -56,7 +69,10 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
         rebuildSidebar();
         updateDetail();
     });
-    connect(m_content, &ContentView::stateChanged, this, &MainWindow::updateDetail);
+    connect(m_content, &ContentView::stateChanged, this, [this] {
+        syncSidebarSelection();
+        updateDetail();
+    });
 
     rebuildSidebar();
     updateDetail();
@@ -91,6 +107,21 @@ void MainWindow::rebuildSidebar() {
     m_rebuilding = false;
 }
 
+void MainWindow::syncSidebarSelection() {
+    const std::optional<QUuid> selectedID = m_content->selection().accountID();
+    const QString wanted = selectedID ? UuidText::toText(*selectedID) : QString();
+    for (int row = 0; row < m_sidebar->count(); ++row) {
+        if (m_sidebar->item(row)->data(kAccountIDRole).toString() == wanted) {
+            if (m_sidebar->currentRow() != row) {
+                m_rebuilding = true;
+                m_sidebar->setCurrentRow(row);
+                m_rebuilding = false;
+            }
+            return;
+        }
+    }
+}
+
 void MainWindow::onSidebarRowChanged(int row) {
     if (m_rebuilding || row < 0) {
         return;
@@ -102,7 +133,8 @@ void MainWindow::onSidebarRowChanged(int row) {
 
 void MainWindow::updateDetail() {
     const DetailRoute route = DetailRoute::forSelection(m_content->selection(), m_content->accounts());
-    QStringList lines{route.title};
+    m_detailTitle->setText(route.title);
+    QStringList lines;
     switch (route.screen) {
     case DetailRoute::Screen::overview:
         for (const ProviderAccount* account : route.accounts) {
@@ -115,7 +147,9 @@ void MainWindow::updateDetail() {
         break;
     case DetailRoute::Screen::account: {
         const ProviderAccount* account = route.accounts.first();
-        lines.append(account->provider().displayName());
+        if (account->displayName() != account->provider().displayName()) {
+            lines.append(account->provider().displayName());
+        }
         lines.append(account->effectiveSyncStatus().title() + QStringLiteral(" — ") + account->syncMessage());
         break;
     }

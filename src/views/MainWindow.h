@@ -35,6 +35,7 @@ protected:
 
 private:
     void rebuildSidebar();
+    void syncSidebarSelection();
     void updateDetail();
     void onSidebarRowChanged(int row);
     void showSettings();
@@ -42,6 +43,7 @@ private:
     ContentView* m_content;
     QSplitter* m_splitter = nullptr;
     QListWidget* m_sidebar = nullptr;
+    QLabel* m_detailTitle = nullptr;
     QLabel* m_detail = nullptr;
     TrackerCommands* m_commands = nullptr;
     SettingsWindow* m_settings = nullptr;

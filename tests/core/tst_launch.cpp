@@ -11,6 +11,7 @@ class TestLaunch final : public QObject {
 
 private:
     std::unique_ptr<QTemporaryDir> m_home;
+    QTemporaryDir m_runtime;
 
     QProcessEnvironment environment(const std::optional<QString>& storePath) const {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -18,6 +19,7 @@ private:
         environment.insert("HOME", m_home->path());
         environment.insert("XDG_CONFIG_HOME", m_home->filePath("config"));
         environment.insert("XDG_DATA_HOME", m_home->filePath("data"));
+        environment.insert("XDG_RUNTIME_DIR", m_runtime.path());
         environment.remove("TALLYFEN_STORE_PATH");
         if (storePath) {
             environment.insert("TALLYFEN_STORE_PATH", *storePath);
@@ -63,7 +65,10 @@ private slots:
         app.start(QStringLiteral(TALLYFEN_BINARY), {});
         QVERIFY(app.waitForFinished(10000));
         QVERIFY(app.exitCode() != 0);
-        QVERIFY(app.readAllStandardError().startsWith("Unable to create the local tracker store: "));
+        const QString errors = QString::fromUtf8(app.readAllStandardError());
+        QVERIFY2(errors.startsWith(QStringLiteral("Unable to create the local tracker store: ")),
+                 qPrintable(errors));
+        QVERIFY(errors.contains(QStringLiteral("is a folder")));
     }
 
     void emptyVariableOpensTheDefaultStore() {

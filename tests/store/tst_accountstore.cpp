@@ -151,6 +151,62 @@ private slots:
         QVERIFY(!reopened->accounts().at(0)->agentCount().has_value());
     }
 
+    void historiesAreReadOnlyWhenAskedFor() {
+        const ProviderAccountRow full = fullRow();
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            store->insert(new ProviderAccount(full));
+            QVERIFY(store->save());
+        }
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            ProviderAccount* account = store->accounts().first();
+            QVERIFY(!account->isSnapshotHistoryLoaded());
+            // A save of other fields leaves the unread history as it is stored.
+            account->setLabel(QStringLiteral("renamed"));
+            QVERIFY(store->save());
+            QVERIFY(!account->isSnapshotHistoryLoaded());
+        }
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        ProviderAccount* account = store->accounts().first();
+        QCOMPARE(account->snapshotHistoryData(), full.snapshotHistoryData);
+        QVERIFY(account->isSnapshotHistoryLoaded());
+        QCOMPARE(account->label(), QStringLiteral("renamed"));
+    }
+
+    void anUnreadableHistoryIsNeverOverwritten() {
+        const ProviderAccountRow full = fullRow();
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            store->insert(new ProviderAccount(full));
+            QVERIFY(store->save());
+        }
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        ProviderAccount* account = store->accounts().first();
+        {
+            // Someone moves the table away for a moment: the read fails.
+            QSqlDatabase other =
+                QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("mover"));
+            other.setDatabaseName(m_path);
+            QVERIFY(other.open());
+            QSqlQuery(QStringLiteral("ALTER TABLE ProviderAccount RENAME TO Elsewhere"), other);
+            QVERIFY(!account->snapshotHistoryData().has_value());
+            QVERIFY(account->snapshotHistory().isEmpty());
+            QVERIFY(!account->isSnapshotHistoryLoaded());
+            QSqlQuery(QStringLiteral("ALTER TABLE Elsewhere RENAME TO ProviderAccount"), other);
+            other.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("mover"));
+        account->setSyncMessage(QStringLiteral("saved after the failed read"));
+        QVERIFY(store->save());
+        QCOMPARE(account->snapshotHistoryData(), full.snapshotHistoryData);
+    }
+
     void liveListIsSortedAndSignalled() {
         QString error;
         auto store = AccountStore::open(m_path, &error);

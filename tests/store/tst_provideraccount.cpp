@@ -5,6 +5,7 @@
 #include "UsageJson.h"
 #include "UuidText.h"
 
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimeZone>
@@ -476,6 +477,37 @@ private slots:
         account.setSnapshot(stored);
         QCOMPARE(account.billingTrendHistory(), QList<UsagePoint>{pointAt(d1, 4.5, UsageUnit::dollars)});
         QCOMPARE(account.trendHistory(), QList<UsagePoint>{pointAt(d1, 1)});
+    }
+
+    void repeatedReadsFollowEveryChange() {
+        ProviderAccount account(accountInit());
+        const Timestamp d1 = berlin(2026, 3, 1, 12);
+        const Timestamp d2 = berlin(2026, 3, 2, 12);
+        account.record(snapshotAt(d1, {pointAt(d1, 1)}));
+        account.setSnapshot(snapshotAt(d1, {pointAt(d1, 1)}));
+        QCOMPARE(account.trendHistory().size(), 1);
+        QCOMPARE(account.trendHistory().size(), 1);
+        account.record(snapshotAt(d2, {pointAt(d2, 2)}));
+        QCOMPARE(account.trendHistory().size(), 2);
+        // The same bytes written anew give the same answer.
+        account.setSnapshotHistoryData(
+            QByteArray(account.snapshotHistoryData()->constData(), account.snapshotHistoryData()->size()));
+        QCOMPARE(account.trendHistory().size(), 2);
+        account.setSnapshot(snapshotAt(d2, {pointAt(d2, 2, UsageUnit::dollars)}));
+        QCOMPARE(account.trendHistory(), QList<UsagePoint>{pointAt(d2, 2, UsageUnit::dollars)});
+    }
+
+    void dayBoundariesFollowTheTimeZone() {
+        ProviderAccount account(accountInit());
+        // 23:30 and 00:30 in Berlin are 17:30 and 18:30 of one day in New York.
+        const Timestamp late = berlin(2026, 3, 10, 23, 30);
+        const Timestamp early = berlin(2026, 3, 11, 0, 30);
+        account.record(snapshotAt(early, {pointAt(late, 1), pointAt(early, 2)}));
+        account.setSnapshot(snapshotAt(early, {pointAt(early, 2)}));
+        QCOMPARE(account.trendHistory().size(), 2);
+        qputenv("TZ", "America/New_York");
+        const auto restore = qScopeGuard([] { qputenv("TZ", "Europe/Berlin"); });
+        QCOMPARE(account.trendHistory(), QList<UsagePoint>{pointAt(early, 2)});
     }
 
     // ---- detected metadata ----

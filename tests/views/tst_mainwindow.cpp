@@ -103,7 +103,9 @@ private slots:
         auto* detail = window.findChild<QLabel*>(QStringLiteral("detail"));
         QCOMPARE(sidebar->count(), 1);
         QCOMPARE(sidebar->item(0)->text(), QStringLiteral("Overview"));
-        QVERIFY(detail->text().startsWith(QStringLiteral("Overview")));
+        auto* title = window.findChild<QLabel*>(QStringLiteral("detailTitle"));
+        QCOMPARE(title->text(), QStringLiteral("Overview"));
+        QCOMPARE(detail->text(), QStringLiteral("No accounts yet."));
 
         ProviderAccount* account = fixture.addAccount(QStringLiteral(""), AIProvider::anthropic);
         QCOMPARE(sidebar->count(), 2);
@@ -112,12 +114,19 @@ private slots:
         QCOMPARE(sidebar->item(1)->text(), QStringLiteral("Claude Max"));
 
         sidebar->setCurrentRow(1);
-        QVERIFY(detail->text().startsWith(QStringLiteral("Claude Max")));
+        QCOMPARE(title->text(), QStringLiteral("Claude Max"));
         QVERIFY(detail->text().contains(QStringLiteral("Not refreshed yet")));
+
+        // The controller's selection moves the sidebar too.
+        content.setSelection(SidebarSelection::overview());
+        QCOMPARE(sidebar->currentRow(), 0);
+        content.setSelection(SidebarSelection::account(account->id()));
+        QCOMPARE(sidebar->currentRow(), 1);
 
         fixture.store->remove(account);
         QCOMPARE(sidebar->count(), 1);
-        QVERIFY(detail->text().startsWith(QStringLiteral("Account unavailable")));
+        QCOMPARE(title->text(), QStringLiteral("Account unavailable"));
+        QCOMPARE(detail->text(), QStringLiteral("This account may have been removed."));
     }
 
     void settingsWindow() {

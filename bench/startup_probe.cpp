@@ -1,0 +1,8 @@
+// The real application, quitting as soon as its main window was first shown.
+#include "AppMain.h"
+
+#include <QCoreApplication>
+
+int main(int argc, char* argv[]) {
+    return AppMain::run(argc, argv, [] { QCoreApplication::quit(); });
+}

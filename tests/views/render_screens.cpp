@@ -1,0 +1,68 @@
+// Renders the application's screens offscreen into PNG files, for people to look at.
+// Usage: render_screens <output folder>
+#include "ContentView.h"
+#include "MainWindow.h"
+#include "Preferences.h"
+#include "SettingsWindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+namespace {
+void addAccount(AccountStore& store, const QString& label, AIProvider provider, SyncStatus status,
+                double createdAt) {
+    auto* account = new ProviderAccount(ProviderAccount::Init{.provider = provider,
+                                                              .label = label,
+                                                              .accountKind = AccountKind::consumer,
+                                                              .createdAt = Timestamp(createdAt),
+                                                              .syncStatus = status});
+    store.insert(account);
+}
+
+bool save(QWidget& widget, const QString& path) {
+    widget.show();
+    QApplication::processEvents();
+    const bool ok = widget.grab().save(path);
+    std::printf("%s %s\n", ok ? "wrote" : "could not write", qPrintable(path));
+    return ok;
+}
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QApplication app(argc, argv);
+    const QString output = QCoreApplication::arguments().value(1, QStringLiteral("screenshots"));
+    QDir().mkpath(output);
+    QTemporaryDir scratch;
+    QString error;
+    auto store = AccountStore::open(scratch.filePath(QStringLiteral("screens.store")), &error);
+    if (!store) {
+        std::fprintf(stderr, "%s\n", qPrintable(error));
+        return 1;
+    }
+    Preferences preferences(scratch.filePath(QStringLiteral("preferences.ini")));
+    preferences.setOnboardingCompleted(true);
+    ContentView content(store.get(), &preferences);
+
+    bool ok = true;
+    {
+        MainWindow window(&content);
+        window.resize(MainWindow::kMinimumWidth, MainWindow::kMinimumHeight);
+        ok &= save(window, QDir(output).filePath(QStringLiteral("main-empty.png")));
+    }
+    addAccount(*store, QStringLiteral("Work org"), AIProvider::openAI, SyncStatus::current, 1);
+    addAccount(*store, QStringLiteral(""), AIProvider::anthropic, SyncStatus::needsAttention, 2);
+    addAccount(*store, QStringLiteral("Grok Premium+"), AIProvider::xAI, SyncStatus::offline, 3);
+    addAccount(*store, QStringLiteral("Gemini Advanced"), AIProvider::gemini, SyncStatus::partial, 4);
+    {
+        MainWindow window(&content);
+        window.resize(MainWindow::kMinimumWidth, MainWindow::kMinimumHeight);
+        ok &= save(window, QDir(output).filePath(QStringLiteral("main-overview.png")));
+        content.setSelection(SidebarSelection::account(store->accounts().at(1)->id()));
+        ok &= save(window, QDir(output).filePath(QStringLiteral("main-account.png")));
+        ok &= save(*window.settingsWindow(), QDir(output).filePath(QStringLiteral("settings.png")));
+    }
+    return ok ? 0 : 1;
+}
