@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Builds and runs every benchmark (release build with debug info), headless.
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+"$root/scripts/bootstrap.sh"
+"$root/scripts/build.sh"
+build_dir="${TALLYFEN_BUILD_DIR:-$root/build}"
+export QT_QPA_PLATFORM=offscreen LANG=en_US.UTF-8 TZ="${TZ:-Europe/Berlin}"
+for bench in "$build_dir"/bench/bench_usagejson "$build_dir"/bench/bench_provideraccount; do
+    "$bench" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
+done
+"$build_dir/bench/bench_startup" 21 2>/dev/null
