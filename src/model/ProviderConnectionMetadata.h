@@ -1,7 +1,9 @@
 #pragma once
 
+#include "AIProvider.h"
 #include "Clock.h"
 #include "Timestamp.h"
+#include "UsageSnapshot.h"
 #include "UsageWindow.h"
 
 #include <QList>
@@ -20,6 +22,16 @@ struct ProviderConnectionMetadata {
     QString sourceDescription;
     QStringList notes = {};
     Timestamp capturedAt = Clock::now();
+
+    // The warning an account's first snapshot carries when it was made from detected limits.
+    static const QString kInitialSnapshotWarning;
+
+    // The snapshot a new account starts with, so that its detected limits show before
+    // the first refresh; absent when nothing with a window was detected.
+    std::optional<UsageSnapshot> initialSnapshot() const;
+    // Folds a refresh's facts in: limited windows replace or join the known ones, and a
+    // missing name or model scope is filled. Known names, identities and scopes stay.
+    ProviderConnectionMetadata merging(const UsageSnapshot& snapshot, AIProvider provider) const;
 
     friend bool operator==(const ProviderConnectionMetadata&, const ProviderConnectionMetadata&) = default;
 };

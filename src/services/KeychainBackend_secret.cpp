@@ -1,0 +1,240 @@
+// The Secret Service (GNOME Keyring, KWallet, KeePassXC) through libsecret.
+//
+// libsecret's blocking calls can wait without end: for a service that never answers,
+// or for an unlock prompt that nobody sees. So each operation runs libsecret's
+// asynchronous calls on a private GLib main context and waits for them there, with
+// one deadline for the whole operation; at the deadline the calls are cancelled.
+// The caller still sees a plain blocking call on its own thread.
+
+#include <libsecret/secret.h>
+
+#include "KeychainBackend.h"
+
+#include <QElapsedTimer>
+
+namespace {
+
+constexpr int kDeadlineMilliseconds = 1500;
+constexpr const char* kLabel = "Tallyfen credential";
+
+GMainContext* privateContext() {
+    static GMainContext* context = g_main_context_new();
+    return context;
+}
+
+// One keychain operation: a private context made current, a cancellable that fires
+// at the deadline, and a way to wait for each asynchronous step.
+class Operation final {
+public:
+    Operation()
+        : m_cancellable(g_cancellable_new()) {
+        g_main_context_push_thread_default(privateContext());
+        m_clock.start();
+    }
+    ~Operation() {
+        g_main_context_pop_thread_default(privateContext());
+        g_object_unref(m_cancellable);
+    }
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+
+    GCancellable* cancellable() const { return m_cancellable; }
+
+    // Starts one asynchronous call through `start(callback, userData)` and waits for
+    // it; the result is null when the deadline passed first.
+    template <typename Start>
+    GAsyncResult* await(Start&& start) {
+        GAsyncResult* result = nullptr;
+        std::forward<Start>(start)(&Operation::onReady, &result);
+        const auto remaining = [this] { return kDeadlineMilliseconds - m_clock.elapsed(); };
+        GSource* timeout = g_timeout_source_new(static_cast<guint>(std::max<qint64>(remaining(), 0)));
+        g_source_set_callback(
+            timeout,
+            [](gpointer cancellable) -> gboolean {
+                g_cancellable_cancel(static_cast<GCancellable*>(cancellable));
+                return G_SOURCE_REMOVE;
+            },
+            m_cancellable, nullptr);
+        g_source_attach(timeout, privateContext());
+        while (!result) {
+            g_main_context_iteration(privateContext(), TRUE);
+        }
+        g_source_destroy(timeout);
+        g_source_unref(timeout);
+        return result;
+    }
+
+private:
+    static void onReady(GObject*, GAsyncResult* result, gpointer slot) {
+        *static_cast<GAsyncResult**>(slot) = G_ASYNC_RESULT(g_object_ref(result));
+    }
+
+    GCancellable* m_cancellable;
+    QElapsedTimer m_clock;
+};
+
+struct ErrorHolder {
+    GError* error = nullptr;
+    ~ErrorHolder() { g_clear_error(&error); }
+};
+
+SecretService* connectService(Operation& operation) {
+    GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+        secret_service_get(SECRET_SERVICE_OPEN_SESSION, operation.cancellable(), callback, slot);
+    });
+    ErrorHolder error;
+    SecretService* service = secret_service_get_finish(result, &error.error);
+    g_object_unref(result);
+    return service;
+}
+
+GHashTable* attributesFor(const QString& service, const QString& account) {
+    GHashTable* attributes = g_hash_table_new_full(g_str_hash, g_str_equal, g_free, g_free);
+    g_hash_table_insert(attributes, g_strdup("service"), g_strdup(service.toUtf8().constData()));
+    g_hash_table_insert(attributes, g_strdup("account"), g_strdup(account.toUtf8().constData()));
+    return attributes;
+}
+
+// The first item of this service and account, or null with a status.
+SecretItem* findItem(Operation& operation, SecretService* service, const QString& serviceName,
+                     const QString& account, bool loadSecret, qint32* status) {
+    GHashTable* attributes = attributesFor(serviceName, account);
+    const auto flags = loadSecret ? SECRET_SEARCH_LOAD_SECRETS : SECRET_SEARCH_NONE;
+    GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+        secret_service_search(service, nullptr, attributes, flags, operation.cancellable(), callback, slot);
+    });
+    ErrorHolder error;
+    GList* items = secret_service_search_finish(service, result, &error.error);
+    g_object_unref(result);
+    g_hash_table_unref(attributes);
+    if (error.error) {
+        *status = KeychainBackend::kNotAvailable;
+        return nullptr;
+    }
+    if (!items) {
+        *status = KeychainBackend::kItemNotFound;
+        return nullptr;
+    }
+    auto* first = SECRET_ITEM(g_object_ref(items->data));
+    g_list_free_full(items, g_object_unref);
+    *status = KeychainBackend::kSuccess;
+    return first;
+}
+
+SecretValue* valueOf(const QByteArray& data) {
+    return secret_value_new(data.constData(), data.size(), "text/plain");
+}
+
+} // namespace
+
+qint32 KeychainBackend::copyMatching(const QString& service, const QString& account,
+                                     std::optional<QByteArray>* data) {
+    Operation operation;
+    SecretService* secrets = connectService(operation);
+    if (!secrets) {
+        return kNotAvailable;
+    }
+    qint32 status = kSuccess;
+    SecretItem* item = findItem(operation, secrets, service, account, data != nullptr, &status);
+    if (item && data) {
+        // A locked item is found but gives no value; it is never unlocked from here.
+        if (SecretValue* value = secret_item_get_secret(item)) {
+            gsize length = 0;
+            const gchar* bytes = secret_value_get(value, &length);
+            *data = QByteArray(bytes, static_cast<qsizetype>(length));
+            secret_value_unref(value);
+        } else {
+            *data = std::nullopt;
+        }
+    }
+    if (item) {
+        g_object_unref(item);
+    }
+    g_object_unref(secrets);
+    return status;
+}
+
+qint32 KeychainBackend::update(const QString& service, const QString& account, const QByteArray& data) {
+    Operation operation;
+    SecretService* secrets = connectService(operation);
+    if (!secrets) {
+        return kNotAvailable;
+    }
+    qint32 status = kSuccess;
+    SecretItem* item = findItem(operation, secrets, service, account, false, &status);
+    if (item) {
+        if (secret_item_get_locked(item)) {
+            status = kInteractionNotAllowed;
+        } else {
+            SecretValue* value = valueOf(data);
+            GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+                secret_item_set_secret(item, value, operation.cancellable(), callback, slot);
+            });
+            ErrorHolder error;
+            status = secret_item_set_secret_finish(item, result, &error.error) ? kSuccess : kNotAvailable;
+            g_object_unref(result);
+            secret_value_unref(value);
+        }
+        g_object_unref(item);
+    }
+    g_object_unref(secrets);
+    return status;
+}
+
+qint32 KeychainBackend::add(const QString& service, const QString& account, const QByteArray& data) {
+    Operation operation;
+    SecretService* secrets = connectService(operation);
+    if (!secrets) {
+        return kNotAvailable;
+    }
+    // Storing into a locked collection would raise an unlock prompt: refuse instead.
+    GAsyncResult* found = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+        secret_collection_for_alias(secrets, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE,
+                                    operation.cancellable(), callback, slot);
+    });
+    ErrorHolder lookupError;
+    SecretCollection* collection = secret_collection_for_alias_finish(found, &lookupError.error);
+    g_object_unref(found);
+    if (!collection) {
+        g_object_unref(secrets);
+        return kNotAvailable;
+    }
+    const bool locked = secret_collection_get_locked(collection);
+    g_object_unref(collection);
+    if (locked) {
+        g_object_unref(secrets);
+        return kInteractionNotAllowed;
+    }
+
+    GHashTable* attributes = attributesFor(service, account);
+    SecretValue* value = valueOf(data);
+    GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+        secret_service_store(secrets, nullptr, attributes, SECRET_COLLECTION_DEFAULT, kLabel, value,
+                             operation.cancellable(), callback, slot);
+    });
+    ErrorHolder error;
+    const bool stored = secret_service_store_finish(secrets, result, &error.error);
+    g_object_unref(result);
+    secret_value_unref(value);
+    g_hash_table_unref(attributes);
+    g_object_unref(secrets);
+    return stored ? kSuccess : kNotAvailable;
+}
+
+qint32 KeychainBackend::deleteItem(const QString& service, const QString& account) {
+    Operation operation;
+    SecretService* secrets = connectService(operation);
+    if (!secrets) {
+        return kNotAvailable;
+    }
+    GHashTable* attributes = attributesFor(service, account);
+    GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+        secret_service_clear(secrets, nullptr, attributes, operation.cancellable(), callback, slot);
+    });
+    ErrorHolder error;
+    const bool cleared = secret_service_clear_finish(secrets, result, &error.error);
+    g_object_unref(result);
+    g_hash_table_unref(attributes);
+    g_object_unref(secrets);
+    return cleared ? kSuccess : kItemNotFound;
+}
