@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AccountStore.h"
+#include "DateInterval.h"
 #include "EditorState.h"
 #include "Preferences.h"
 #include "SidebarSelection.h"
@@ -8,12 +9,20 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QSet>
 #include <QStringList>
 #include <QTimer>
 #include <QUuid>
 
+#include <QCoro/QCoroTask>
+
+#include <functional>
+#include <memory>
 #include <optional>
+
+class UsageProvider;
+class UsageProviderError;
 
 // The controller of the running application: the live list of accounts, what is
 // selected, which sheet or dialog is up, which accounts are refreshing or were already
@@ -25,6 +34,9 @@ class ContentView final : public QObject {
 public:
     // The heartbeat's period.
     static constexpr int kHeartbeatMilliseconds = 60'000;
+
+    // Makes the provider for one refresh; ProviderFactory::make unless a test says otherwise.
+    using ProviderMaker = std::function<std::unique_ptr<UsageProvider>(const ProviderAccount&)>;
 
     ContentView(AccountStore* store, Preferences* preferences, QObject* parent = nullptr);
 
@@ -66,22 +78,40 @@ public:
     QStringList existingLabels() const;
     bool labelExists(const QString& candidate) const;
 
+    // ---- refreshing ----
+    // Starts one refresh unless one is in flight for the account; returns at once.
+    void refresh(ProviderAccount* account);
+    void refreshAllAccounts();
+    // Refreshes every account of the present selection.
+    void refreshSelection();
+    static SyncStatus status(const UsageProviderError& error);
+    // From 30 calendar days before `now` to `now`, in the user's calendar.
+    static DateInterval queryRange(Timestamp now);
+    void setProviderMaker(ProviderMaker maker);
+
+    // Asks the system for permission to post notifications.
+    void requestNotificationPermission();
+
     // ---- steps that later parts of the program fill in ----
     // Turns records of the retired browser mode into manual ones.
     void migrateLegacyBrowserConnections();
-    // Asks the system for permission to post notifications.
-    void requestNotificationPermission();
-    // Refreshes every account of the present selection.
-    void refreshSelection();
 
 signals:
     // Any of the state above changed; screens redraw from it.
     void stateChanged();
     // The set of accounts, their order, or any field of one changed.
     void accountsChanged();
+    // A refresh of this account ended, whatever its outcome.
+    void refreshFinished(const QUuid& id);
 
 private:
     void onPreferenceChanged(const QString& key);
+    QCoro::Task<> runRefresh(ProviderAccount& target);
+    void recordSuccess(ProviderAccount& account, const UsageSnapshot& snapshot);
+    void updateNotificationEpisode(ProviderAccount& account);
+    // Saves on the next turn of the event loop: refreshes that end together share one
+    // transaction. A failed save is dropped; the changes stay pending for the next one.
+    void scheduleSave();
 
     AccountStore* m_store;
     Preferences* m_preferences;
@@ -96,4 +126,6 @@ private:
     bool m_showOnboarding = false;
     bool m_showSampleClearConfirmation = false;
     QTimer m_heartbeatTimer;
+    ProviderMaker m_makeProvider;
+    bool m_saveScheduled = false;
 };

@@ -76,6 +76,14 @@ std::optional<Timestamp> JsonReader::optionalTimestamp(std::string_view key) con
     return std::nullopt;
 }
 
+bool JsonReader::requiredBool(std::string_view key) const {
+    bool value = false;
+    if (requiredMember(key).get_bool().get(value) != simdjson::SUCCESS) {
+        failKey(key, QStringLiteral("is not a boolean"));
+    }
+    return value;
+}
+
 QStringList JsonReader::requiredStringList(std::string_view key) const {
     QStringList texts;
     const simdjson::dom::array elements = array(requiredMember(key), key);

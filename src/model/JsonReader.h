@@ -38,6 +38,7 @@ public:
     Timestamp requiredTimestamp(std::string_view key) const;
     std::optional<Timestamp> optionalTimestamp(std::string_view key) const;
     QStringList requiredStringList(std::string_view key) const;
+    bool requiredBool(std::string_view key) const;
 
     template <typename E>
     E requiredEnum(std::string_view key) const {

@@ -1,0 +1,4 @@
+#pragma once
+
+// Thrown by a provider operation whose wait was cancelled.
+struct ProviderCancelled {};

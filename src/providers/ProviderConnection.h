@@ -1,0 +1,12 @@
+#pragma once
+
+#include "ProviderCapabilities.h"
+#include "ProviderConnectionMetadata.h"
+
+#include <optional>
+
+// What connecting to a provider gave: what it can report, and what it detected.
+struct ProviderConnection {
+    ProviderCapabilities capabilities;
+    std::optional<ProviderConnectionMetadata> metadata = std::nullopt;
+};
