@@ -20,3 +20,35 @@ inline char* toString(const std::optional<double>& value) {
     return value ? QTest::toString(*value) : qstrdup("absent");
 }
 } // namespace QTest
+
+#include <QCoreApplication>
+#include <QEventLoop>
+
+#include <QCoro/QCoroTask>
+
+#include <exception>
+
+// Runs a provider coroutine to its end on the event loop and gives its value, or
+// rethrows what it threw. (QCoro::waitFor needs a default-constructible value.)
+template <typename T>
+T awaitTask(QCoro::Task<T>&& task) {
+    std::optional<T> result;
+    std::exception_ptr failure;
+    bool done = false;
+    auto run = [&]() -> QCoro::Task<> {
+        try {
+            result.emplace(co_await std::move(task));
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        done = true;
+    };
+    run();
+    while (!done) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+    return std::move(*result);
+}

@@ -288,6 +288,9 @@ void ContentView::recordSuccess(ProviderAccount& account, const UsageSnapshot& s
 
 void ContentView::updateNotificationEpisode(ProviderAccount& account) {
     const QUuid id = account.id();
+    if (!m_preferences->thresholdNotificationsEnabled() && !m_notifiedUrgentIDs.contains(id)) {
+        return; // nothing to post and nothing to forget
+    }
     const bool urgent = account.pulse() == UsageHealth::urgent;
     if (m_preferences->thresholdNotificationsEnabled() && urgent) {
         if (!m_notifiedUrgentIDs.contains(id)) {
@@ -304,7 +307,7 @@ void ContentView::scheduleSave() {
         return;
     }
     m_saveScheduled = true;
-    QTimer::singleShot(0, this, [this] {
+    QTimer::singleShot(kSaveDelay, this, [this] {
         m_saveScheduled = false;
         // Best effort: a failed save keeps its changes pending for the next one.
         (void)m_store->save();

@@ -59,6 +59,7 @@ public:
     bool showSampleClearConfirmation() const noexcept { return m_showSampleClearConfirmation; }
     void setShowSampleClearConfirmation(bool shown);
     const QTimer& heartbeatTimer() const noexcept { return m_heartbeatTimer; }
+    QTimer& heartbeatTimer() noexcept { return m_heartbeatTimer; }
 
     // The first appearance of the main screen: the launch steps, then the heartbeat.
     void onAppear();
@@ -109,9 +110,11 @@ private:
     QCoro::Task<> runRefresh(ProviderAccount& target);
     void recordSuccess(ProviderAccount& account, const UsageSnapshot& snapshot);
     void updateNotificationEpisode(ProviderAccount& account);
-    // Saves on the next turn of the event loop: refreshes that end together share one
-    // transaction. A failed save is dropped; the changes stay pending for the next one.
+    // Saves a moment later: refreshes that end together share one transaction, and the
+    // event loop gets a turn between their results and the write. A failed save is
+    // dropped; its changes stay pending for the next one.
     void scheduleSave();
+    static constexpr std::chrono::milliseconds kSaveDelay{10};
 
     AccountStore* m_store;
     Preferences* m_preferences;

@@ -244,8 +244,10 @@ bool AccountStore::load(QString* errorMessage) {
     // each is read when its account first asks for it.
     QStringList columns = kColumns;
     columns.replace(kColumns.indexOf(QStringLiteral("snapshotHistoryData")), QStringLiteral("NULL"));
+    columns.append(QStringLiteral("rowid"));
     const QString select =
         QStringLiteral("SELECT %1 FROM %2 ORDER BY createdAt, rowid").arg(columns.join(u", "), kTableName);
+    const int rowIDColumn = static_cast<int>(kColumns.size());
     if (!query.exec(select)) {
         *errorMessage = describe(query.lastError());
         return false;
@@ -254,6 +256,7 @@ bool AccountStore::load(QString* errorMessage) {
         // A row whose id can't be read is left in the file untouched.
         if (auto row = rowFrom(query)) {
             const QUuid id = row->id;
+            m_rowIDs.insert(id, query.value(rowIDColumn).toLongLong());
             adopt(new ProviderAccount(std::move(*row), [store = QPointer<AccountStore>(this), id] {
                 return store ? store->readHistory(id) : std::nullopt;
             }));
@@ -369,14 +372,20 @@ bool AccountStore::save(QString* errorMessage) {
         assignments.append(column + u" = ?");
         placeholders.append(QStringLiteral("?"));
     }
+    // Rows are found by the rowid they were read or written with, checked against the
+    // id; a row that moved is found by its id.
+    const QString where = QStringLiteral(" WHERE rowid = ? AND id = ?");
     QSqlQuery update(db);
-    update.prepare(QStringLiteral("UPDATE %1 SET %2 WHERE id = ?").arg(kTableName, assignments.join(u", ")));
+    update.prepare(QStringLiteral("UPDATE %1 SET %2").arg(kTableName, assignments.join(u", ")) + where);
     // For an account whose history was never read: every column but that one.
     QStringList assignmentsWithoutHistory = assignments;
     assignmentsWithoutHistory.removeAt(historyColumn);
     QSqlQuery updateWithoutHistory(db);
-    updateWithoutHistory.prepare(QStringLiteral("UPDATE %1 SET %2 WHERE id = ?")
-                                     .arg(kTableName, assignmentsWithoutHistory.join(u", ")));
+    updateWithoutHistory.prepare(
+        QStringLiteral("UPDATE %1 SET %2").arg(kTableName, assignmentsWithoutHistory.join(u", ")) + where);
+    QSqlQuery findRow(db);
+    findRow.prepare(QStringLiteral("SELECT rowid FROM %1 WHERE id = ?").arg(kTableName));
+    QHash<QUuid, qint64> rowIDs = m_rowIDs;
     QSqlQuery insert(db);
     insert.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
                        .arg(kTableName, kColumns.join(u", "), placeholders.join(u", ")));
@@ -387,16 +396,34 @@ bool AccountStore::save(QString* errorMessage) {
         const bool withHistory = account->isSnapshotHistoryLoaded();
         const QList<QVariant> values = bindings(account->rowAsLoaded());
         QSqlQuery& statement = withHistory ? update : updateWithoutHistory;
-        for (qsizetype i = 0; i < values.size(); ++i) {
-            if (withHistory || i != historyColumn) {
-                statement.addBindValue(values.at(i));
+        const auto bindRow = [&](qint64 rowID) {
+            for (qsizetype i = 0; i < values.size(); ++i) {
+                if (withHistory || i != historyColumn) {
+                    statement.addBindValue(values.at(i));
+                }
             }
-        }
-        statement.addBindValue(values.first());
+            statement.addBindValue(rowID);
+            statement.addBindValue(values.first());
+        };
+        bindRow(rowIDs.value(account->id(), -1));
         if (!statement.exec()) {
             return fail(describe(statement.lastError()));
         }
         if (statement.numRowsAffected() > 0) {
+            continue;
+        }
+        findRow.addBindValue(values.first());
+        if (!findRow.exec()) {
+            return fail(describe(findRow.lastError()));
+        }
+        if (findRow.next()) {
+            const qint64 rowID = findRow.value(0).toLongLong();
+            findRow.finish();
+            rowIDs.insert(account->id(), rowID);
+            bindRow(rowID);
+            if (!statement.exec()) {
+                return fail(describe(statement.lastError()));
+            }
             continue;
         }
         for (const QVariant& value : values) {
@@ -405,11 +432,16 @@ bool AccountStore::save(QString* errorMessage) {
         if (!insert.exec()) {
             return fail(describe(insert.lastError()));
         }
+        rowIDs.insert(account->id(), insert.lastInsertId().toLongLong());
     }
 
     if (!run(db, QStringLiteral("COMMIT"), &reason)) {
         return fail(reason);
     }
+    for (const QUuid& id : std::as_const(m_deleted)) {
+        rowIDs.remove(id);
+    }
+    m_rowIDs = std::move(rowIDs);
     m_dirty.clear();
     m_deleted.clear();
     return true;

@@ -2,6 +2,7 @@
 
 #include "ProviderAccount.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
@@ -63,4 +64,6 @@ private:
     QList<ProviderAccount*> m_accounts;
     QSet<QUuid> m_dirty;
     QSet<QUuid> m_deleted;
+    // Where each account's row sits, as far as this store knows.
+    QHash<QUuid, qint64> m_rowIDs;
 };

@@ -1,0 +1,84 @@
+#include "FakeNotificationServer.h"
+#include "NotificationService.h"
+#include "ProviderAccount.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+namespace {
+ProviderAccount::Init init(const QString& label) {
+    return ProviderAccount::Init{
+        .provider = AIProvider::openAI, .label = label, .accountKind = AccountKind::api};
+}
+} // namespace
+
+class TestNotificationService final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void requestIsAPlainValue() {
+        const ProviderAccount account(init(QStringLiteral("Work API")));
+        const UrgentNotificationRequest request = NotificationService::makeUrgentRequest(account);
+        QCOMPARE(request.title, QStringLiteral("AI subscription needs attention"));
+        QCOMPARE(request.body, QStringLiteral("Work API is at or above a tracked usage limit."));
+        QVERIFY(request.body.startsWith(QStringLiteral("Work API")));
+        QVERIFY(request.playsDefaultSound);
+        QCOMPARE(request.identifier, QStringLiteral("usage-urgent-") + account.secretReference());
+    }
+
+    void identifiersBelongToAccounts() {
+        const ProviderAccount first(init(QStringLiteral("Same")));
+        const ProviderAccount second(init(QStringLiteral("Same")));
+        QVERIFY(NotificationService::makeUrgentRequest(first).identifier !=
+                NotificationService::makeUrgentRequest(second).identifier);
+        QCOMPARE(NotificationService::makeUrgentRequest(first).identifier,
+                 NotificationService::makeUrgentRequest(first).identifier);
+    }
+
+    void blankLabelUsesTheProviderName() {
+        const ProviderAccount account(init(QStringLiteral("  ")));
+        QCOMPARE(NotificationService::makeUrgentRequest(account).body,
+                 QStringLiteral("OpenAI is at or above a tracked usage limit."));
+    }
+
+    void postsThroughTheDesktopServiceAndReplaces() {
+        FakeNotificationServer server;
+        QVERIFY(server.isRegistered());
+        const ProviderAccount account(init(QStringLiteral("Work API")));
+        const ProviderAccount other(init(QStringLiteral("Home")));
+        NotificationService::requestAuthorization();
+
+        NotificationService::postUrgent(account);
+        QTRY_COMPARE(server.calls().size(), 1);
+        const FakeNotificationServer::Call first = server.calls().first();
+        QCOMPARE(first.appName, QStringLiteral("Tallyfen"));
+        QCOMPARE(first.summary, QStringLiteral("AI subscription needs attention"));
+        QCOMPARE(first.body, QStringLiteral("Work API is at or above a tracked usage limit."));
+        QCOMPARE(first.replacesId, 0U);
+        QVERIFY(first.hints.contains(QStringLiteral("sound-name")));
+
+        // Let the reply with the server's id arrive, then post again: it replaces.
+        QTest::qWait(50);
+        NotificationService::postUrgent(account);
+        QTRY_COMPARE(server.calls().size(), 2);
+        QCOMPARE(server.calls().at(1).replacesId, first.assignedId);
+
+        NotificationService::postUrgent(other);
+        QTRY_COMPARE(server.calls().size(), 3);
+        QCOMPARE(server.calls().at(2).replacesId, 0U);
+        QVERIFY(server.calls().at(2).assignedId != first.assignedId);
+    }
+
+    void withoutAServerPostingIsSilentAndPrompt() {
+        const ProviderAccount account(init(QStringLiteral("Nobody listens")));
+        QElapsedTimer clock;
+        clock.start();
+        NotificationService::requestAuthorization();
+        NotificationService::postUrgent(account);
+        QVERIFY(clock.elapsed() < 100);
+        QTest::qWait(100); // the error reply, if any, arrives and is dropped
+    }
+};
+
+QTEST_GUILESS_MAIN(TestNotificationService)
+#include "tst_notificationservice.moc"
