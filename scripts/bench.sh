@@ -10,3 +10,4 @@ for bench in "$build_dir"/bench/bench_usagejson "$build_dir"/bench/bench_provide
     "$bench" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 done
 "$build_dir/bench/bench_startup" 21 2>/dev/null
+"$build_dir/bench/bench_refreshstorm" --idle
