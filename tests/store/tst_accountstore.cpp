@@ -153,12 +153,7 @@ private slots:
 
     void historiesAreReadOnlyWhenAskedFor() {
         const ProviderAccountRow full = fullRow();
-        {
-            QString error;
-            auto store = AccountStore::open(m_path, &error);
-            store->insert(new ProviderAccount(full));
-            QVERIFY(store->save());
-        }
+        QVERIFY(storeRows({full}));
         {
             QString error;
             auto store = AccountStore::open(m_path, &error);
@@ -179,12 +174,7 @@ private slots:
 
     void anUnreadableHistoryIsNeverOverwritten() {
         const ProviderAccountRow full = fullRow();
-        {
-            QString error;
-            auto store = AccountStore::open(m_path, &error);
-            store->insert(new ProviderAccount(full));
-            QVERIFY(store->save());
-        }
+        QVERIFY(storeRows({full}));
         QString error;
         auto store = AccountStore::open(m_path, &error);
         ProviderAccount* account = store->accounts().first();
@@ -479,6 +469,19 @@ private slots:
     }
 
 private:
+    // Writes these rows into a fresh store at m_path and closes it.
+    bool storeRows(const QList<ProviderAccountRow>& rows) {
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        if (!store) {
+            return false;
+        }
+        for (const ProviderAccountRow& row : rows) {
+            store->insert(new ProviderAccount(row));
+        }
+        return store->save(&error);
+    }
+
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_path;
 };
