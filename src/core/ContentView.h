@@ -23,6 +23,8 @@
 
 class UsageProvider;
 class UsageProviderError;
+struct OnboardingDraft;
+class OnboardingResetMode;
 
 // The controller of the running application: the live list of accounts, what is
 // selected, which sheet or dialog is up, which accounts are refreshing or were already
@@ -93,9 +95,24 @@ public:
     // Asks the system for permission to post notifications.
     void requestNotificationPermission();
 
-    // ---- steps that later parts of the program fill in ----
+    // ---- accounts as a whole ----
+    // Creates the account the guided flow describes; true when it exists and is saved.
+    bool createOnboardingAccount(const OnboardingDraft& draft);
+    static QList<UsageWindow> onboardingManualWindows(const OnboardingDraft& draft);
+    static QString manualResetNote(OnboardingResetMode mode);
+    // Seeds three sample accounts into an empty store; does nothing otherwise.
+    void createDemoAccounts();
+    // The delete dialog's confirming button.
+    void deleteSelectedAccount();
+    // Presents the dialog that confirms removing the sample accounts.
+    void requestSampleClear();
+    void clearSampleData();
+    // Signs the account out: its key goes, it becomes a manual account, its data stays.
+    void logout(ProviderAccount* account);
     // Turns records of the retired browser mode into manual ones.
     void migrateLegacyBrowserConnections();
+    // The editor saved what it worked on.
+    void editorDidSave(const EditorState& state);
 
 signals:
     // Any of the state above changed; screens redraw from it.

@@ -2,16 +2,24 @@
 
 #include "ContentView.h"
 #include "DetailRoute.h"
+#include "PlatformWording.h"
 #include "SettingsWindow.h"
 #include "TrackerCommands.h"
 #include "UuidText.h"
 
+#include <QHBoxLayout>
+#include <QIcon>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QShowEvent>
 #include <QSplitter>
+#include <QStackedWidget>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace {
 constexpr int kAccountIDRole = Qt::UserRole + 1;
@@ -34,7 +42,9 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     m_sidebar->setMinimumWidth(kSidebarMinimumWidth);
     m_sidebar->setUniformItemSizes(true);
 
-    auto* detailArea = new QWidget(m_splitter);
+    m_detailStack = new QStackedWidget(m_splitter);
+    m_detailStack->setObjectName(QStringLiteral("detailStack"));
+    auto* detailArea = new QWidget(m_detailStack);
     detailArea->setObjectName(QStringLiteral("detailArea"));
     auto* detailLayout = new QVBoxLayout(detailArea);
     detailLayout->setContentsMargins(24, 20, 24, 20);
@@ -52,9 +62,40 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     m_detail->setTextInteractionFlags(Qt::TextSelectableByMouse);
     detailLayout->addWidget(m_detailTitle);
     detailLayout->addWidget(m_detail, 1);
+    auto* actions = new QHBoxLayout;
+    m_addButton = new QPushButton(QStringLiteral("Add Account"), detailArea);
+    m_addButton->setObjectName(QStringLiteral("addAccountButton"));
+    m_addButton->setIcon(QIcon::fromTheme(QStringLiteral("list-add")));
+    connect(m_addButton, &QPushButton::clicked, this,
+            [this] { m_content->setEditorState(EditorState::newAccount()); });
+    m_clearSamplesButton = new QPushButton(QStringLiteral("Clear Sample Data"), detailArea);
+    m_clearSamplesButton->setObjectName(QStringLiteral("clearSampleDataButton"));
+    connect(m_clearSamplesButton, &QPushButton::clicked, m_content, &ContentView::requestSampleClear);
+    m_deleteButton = new QPushButton(QStringLiteral("Delete Account"), detailArea);
+    m_deleteButton->setObjectName(QStringLiteral("deleteAccountButton"));
+    m_deleteButton->setIcon(QIcon::fromTheme(QStringLiteral("edit-delete")));
+    connect(m_deleteButton, &QPushButton::clicked, this, [this] {
+        if (const auto id = m_content->selection().accountID()) {
+            m_content->requestDelete(*id);
+        }
+    });
+    m_backButton = new QPushButton(QStringLiteral("Back to Overview"), detailArea);
+    m_backButton->setObjectName(QStringLiteral("backToOverviewButton"));
+    connect(m_backButton, &QPushButton::clicked, this,
+            [this] { m_content->setSelection(SidebarSelection::overview()); });
+    actions->addWidget(m_addButton);
+    actions->addWidget(m_backButton);
+    actions->addWidget(m_clearSamplesButton);
+    actions->addWidget(m_deleteButton);
+    actions->addStretch(1);
+    detailLayout->addLayout(actions);
+
+    m_welcome = buildWelcome();
+    m_detailStack->addWidget(detailArea);
+    m_detailStack->addWidget(m_welcome);
 
     m_splitter->addWidget(m_sidebar);
-    m_splitter->addWidget(detailArea);
+    m_splitter->addWidget(m_detailStack);
     m_splitter->setStretchFactor(0, 0);
     m_splitter->setStretchFactor(1, 1);
     m_splitter->setSizes({kSidebarIdealWidth, kMinimumWidth - kSidebarIdealWidth});
@@ -72,6 +113,7 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     connect(m_content, &ContentView::stateChanged, this, [this] {
         syncSidebarSelection();
         updateDetail();
+        presentDialogs();
     });
 
     rebuildSidebar();
@@ -132,7 +174,15 @@ void MainWindow::onSidebarRowChanged(int row) {
 }
 
 void MainWindow::updateDetail() {
+    m_detailStack->setCurrentWidget(m_content->showOnboarding() ? m_welcome : m_detailStack->widget(0));
     const DetailRoute route = DetailRoute::forSelection(m_content->selection(), m_content->accounts());
+    const bool anySamples =
+        std::any_of(m_content->accounts().cbegin(), m_content->accounts().cend(),
+                    [](const ProviderAccount* account) { return account->sampleDataEnabled(); });
+    m_addButton->setVisible(route.screen == DetailRoute::Screen::overview);
+    m_clearSamplesButton->setVisible(route.screen == DetailRoute::Screen::overview && anySamples);
+    m_deleteButton->setVisible(route.screen == DetailRoute::Screen::account);
+    m_backButton->setVisible(route.screen == DetailRoute::Screen::unavailable);
     m_detailTitle->setText(route.title);
     QStringList lines;
     switch (route.screen) {
@@ -158,6 +208,93 @@ void MainWindow::updateDetail() {
         break;
     }
     m_detail->setText(lines.join(u'\n'));
+}
+
+QWidget* MainWindow::buildWelcome() {
+    // A plain welcome until the guided flow arrives: it offers the sample workspace.
+    auto* welcome = new QWidget(m_detailStack);
+    welcome->setObjectName(QStringLiteral("welcome"));
+    auto* layout = new QVBoxLayout(welcome);
+    layout->setContentsMargins(48, 48, 48, 48);
+    layout->setSpacing(14);
+    auto* heading = new QLabel(QStringLiteral("Let’s get your first account on the board."), welcome);
+    heading->setObjectName(QStringLiteral("welcomeHeading"));
+    QFont headingFont = heading->font();
+    headingFont.setBold(true);
+    headingFont.setPointSizeF(headingFont.pointSizeF() * 1.6);
+    heading->setFont(headingFont);
+    heading->setWordWrap(true);
+    auto* text =
+        new QLabel(QStringLiteral("Track each AI subscription in one calm place. Set up your first account, "
+                                  "or explore a small sample workspace before you connect anything."),
+                   welcome);
+    text->setWordWrap(true);
+    auto* sample = new QPushButton(QStringLiteral("Try sample workspace"), welcome);
+    sample->setObjectName(QStringLiteral("trySampleWorkspaceButton"));
+    sample->setDefault(true);
+    connect(sample, &QPushButton::clicked, this, [this] {
+        m_content->createDemoAccounts();
+        m_content->finishOnboarding();
+    });
+    layout->addWidget(heading);
+    layout->addWidget(text);
+    layout->addWidget(sample, 0, Qt::AlignLeft);
+    layout->addStretch(1);
+    return welcome;
+}
+
+QMessageBox* MainWindow::confirmation(const QString& objectName, const QString& title, const QString& message,
+                                      const QString& destructiveButton) {
+    auto* dialog = new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::NoButton, this);
+    dialog->setObjectName(objectName);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QPushButton* confirm = dialog->addButton(destructiveButton, QMessageBox::DestructiveRole);
+    confirm->setObjectName(QStringLiteral("confirmButton"));
+    QPushButton* cancel = dialog->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
+    cancel->setObjectName(QStringLiteral("cancelButton"));
+    dialog->setDefaultButton(cancel);
+    dialog->setEscapeButton(cancel);
+    return dialog;
+}
+
+void MainWindow::presentDialogs() {
+    if (m_content->showDeleteConfirmation() && !m_deleteDialog) {
+        m_deleteDialog = confirmation(
+            QStringLiteral("deleteDialog"), QStringLiteral("Delete this account?"),
+            PlatformWording::apply(QStringLiteral(
+                "Only this account's metadata, snapshot, and Keychain credential will be removed.")),
+            QStringLiteral("Delete Account"));
+        QMessageBox* dialog = m_deleteDialog;
+        connect(dialog, &QMessageBox::finished, this, [this, dialog] {
+            const bool confirmed =
+                dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole;
+            m_deleteDialog = nullptr;
+            m_content->setShowDeleteConfirmation(false);
+            if (confirmed) {
+                m_content->deleteSelectedAccount();
+            }
+        });
+        dialog->open();
+    }
+    if (m_content->showSampleClearConfirmation() && !m_sampleClearDialog) {
+        m_sampleClearDialog = confirmation(
+            QStringLiteral("sampleClearDialog"), QStringLiteral("Remove sample data?"),
+            QStringLiteral(
+                "This removes only accounts created in sample mode. Your manually configured and official "
+                "API accounts stay untouched."),
+            QStringLiteral("Clear Sample Data"));
+        QMessageBox* dialog = m_sampleClearDialog;
+        connect(dialog, &QMessageBox::finished, this, [this, dialog] {
+            const bool confirmed =
+                dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole;
+            m_sampleClearDialog = nullptr;
+            m_content->setShowSampleClearConfirmation(false);
+            if (confirmed) {
+                m_content->clearSampleData();
+            }
+        });
+        dialog->open();
+    }
 }
 
 void MainWindow::showSettings() {

@@ -5,6 +5,9 @@
 class ContentView;
 class QLabel;
 class QListWidget;
+class QMessageBox;
+class QPushButton;
+class QStackedWidget;
 class QSplitter;
 class SettingsWindow;
 class TrackerCommands;
@@ -24,6 +27,9 @@ public:
     ~MainWindow() override;
 
     SettingsWindow* settingsWindow() const noexcept { return m_settings; }
+    // The confirmation dialogs, while one is up.
+    QMessageBox* deleteDialog() const noexcept { return m_deleteDialog; }
+    QMessageBox* sampleClearDialog() const noexcept { return m_sampleClearDialog; }
     TrackerCommands* commands() const noexcept { return m_commands; }
 
 signals:
@@ -39,12 +45,24 @@ private:
     void updateDetail();
     void onSidebarRowChanged(int row);
     void showSettings();
+    QWidget* buildWelcome();
+    void presentDialogs();
+    QMessageBox* confirmation(const QString& objectName, const QString& title, const QString& message,
+                              const QString& destructiveButton);
 
     ContentView* m_content;
     QSplitter* m_splitter = nullptr;
     QListWidget* m_sidebar = nullptr;
+    QStackedWidget* m_detailStack = nullptr;
+    QWidget* m_welcome = nullptr;
     QLabel* m_detailTitle = nullptr;
     QLabel* m_detail = nullptr;
+    QPushButton* m_addButton = nullptr;
+    QPushButton* m_deleteButton = nullptr;
+    QPushButton* m_clearSamplesButton = nullptr;
+    QPushButton* m_backButton = nullptr;
+    QMessageBox* m_deleteDialog = nullptr;
+    QMessageBox* m_sampleClearDialog = nullptr;
     TrackerCommands* m_commands = nullptr;
     SettingsWindow* m_settings = nullptr;
     bool m_appeared = false;
