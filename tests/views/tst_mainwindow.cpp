@@ -2,6 +2,7 @@
 
 #include "CommandCenter.h"
 #include "ContentView.h"
+#include "KeychainStore.h"
 #include "SettingsWindow.h"
 #include "TrackerCommands.h"
 #include "core/CoreFixtures.h"
@@ -9,6 +10,8 @@
 #include <QAction>
 #include <QLabel>
 #include <QListWidget>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QSplitter>
 #include <QTest>
@@ -127,6 +130,120 @@ private slots:
         QCOMPARE(sidebar->count(), 1);
         QCOMPARE(title->text(), QStringLiteral("Account unavailable"));
         QCOMPARE(detail->text(), QStringLiteral("This account may have been removed."));
+    }
+
+    void sampleWorkspaceThenDeleteEndToEnd() {
+        CoreFixture fixture;
+        const QString storePath = fixture.store->path();
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+
+        // First launch on an empty store: the welcome, with the sample workspace.
+        auto* welcome = window.findChild<QWidget*>(QStringLiteral("welcome"));
+        QTRY_VERIFY(welcome->isVisible());
+        auto* sample = window.findChild<QPushButton*>(QStringLiteral("trySampleWorkspaceButton"));
+        QCOMPARE(sample->text(), QStringLiteral("Try sample workspace"));
+        QTest::mouseClick(sample, Qt::LeftButton);
+        QVERIFY(!welcome->isVisible());
+        QVERIFY(fixture.preferences->onboardingCompleted());
+
+        auto* sidebar = window.findChild<QListWidget*>(QStringLiteral("sidebar"));
+        QCOMPARE(sidebar->count(), 4);
+        QCOMPARE(sidebar->item(1)->text(), QStringLiteral("OpenAI · Work API"));
+        QCOMPARE(sidebar->item(2)->text(), QStringLiteral("Claude · Personal"));
+        QCOMPARE(sidebar->item(3)->text(), QStringLiteral("Grok · Labs"));
+
+        // Select Claude, give it a credential, and delete it from the menu.
+        sidebar->setCurrentRow(2);
+        ProviderAccount* claude = content.accounts().at(1);
+        const QUuid id = claude->id();
+        const QString reference = claude->secretReference();
+        KeychainStore::save(QStringLiteral("sk-ant-end-to-end"), reference);
+        QTest::keyClick(&window, Qt::Key_Delete, Qt::ControlModifier);
+        QTRY_VERIFY(window.deleteDialog() && window.deleteDialog()->isVisible());
+        QMessageBox* dialog = window.deleteDialog();
+        QCOMPARE(dialog->text(),
+                 QStringLiteral(
+                     "Only this account's metadata, snapshot, and Keychain credential will be removed."));
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Delete this account?"));
+        auto* confirm = dialog->findChild<QPushButton*>(QStringLiteral("confirmButton"));
+        auto* cancel = dialog->findChild<QPushButton*>(QStringLiteral("cancelButton"));
+        QCOMPARE(confirm->text(), QStringLiteral("Delete Account"));
+        QCOMPARE(dialog->buttonRole(confirm), QMessageBox::DestructiveRole);
+        QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
+        QCOMPARE(dialog->buttonRole(cancel), QMessageBox::RejectRole);
+        QTest::mouseClick(confirm, Qt::LeftButton);
+
+        QTRY_VERIFY(!window.deleteDialog());
+        QCOMPARE(content.selection(), SidebarSelection::overview());
+        QCOMPARE(sidebar->count(), 3);
+        QCOMPARE(sidebar->currentRow(), 0);
+        QVERIFY(!content.store()->account(id));
+        QVERIFY(!KeychainStore::read(reference));
+
+        fixture.store.reset();
+        QString error;
+        auto reopened = AccountStore::open(storePath, &error);
+        QVERIFY2(reopened, qPrintable(error));
+        QCOMPARE(reopened->accounts().size(), 2);
+        QVERIFY(!reopened->account(id));
+    }
+
+    void cancellingTheDeleteDialogKeepsTheAccount() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("Keep me"));
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.show();
+        content.setSelection(SidebarSelection::account(account->id()));
+        auto* deleteButton = window.findChild<QPushButton*>(QStringLiteral("deleteAccountButton"));
+        QVERIFY(deleteButton->isVisible());
+        QTest::mouseClick(deleteButton, Qt::LeftButton);
+        QTRY_VERIFY(window.deleteDialog());
+        QTest::mouseClick(window.deleteDialog()->findChild<QPushButton*>(QStringLiteral("cancelButton")),
+                          Qt::LeftButton);
+        QTRY_VERIFY(!window.deleteDialog());
+        QVERIFY(!content.showDeleteConfirmation());
+        QCOMPARE(content.selection(), SidebarSelection::account(account->id()));
+        QCOMPARE(content.accounts().size(), 1);
+    }
+
+    void sampleClearDialog() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.createDemoAccounts();
+        MainWindow window(&content);
+        window.show();
+        auto* clear = window.findChild<QPushButton*>(QStringLiteral("clearSampleDataButton"));
+        QVERIFY(clear->isVisible());
+        QTest::mouseClick(clear, Qt::LeftButton);
+        QTRY_VERIFY(window.sampleClearDialog());
+        QMessageBox* dialog = window.sampleClearDialog();
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Remove sample data?"));
+        QCOMPARE(dialog->text(),
+                 QStringLiteral("This removes only accounts created in sample mode. Your manually "
+                                "configured and official API accounts stay untouched."));
+        auto* confirm = dialog->findChild<QPushButton*>(QStringLiteral("confirmButton"));
+        QCOMPARE(confirm->text(), QStringLiteral("Clear Sample Data"));
+        QCOMPARE(dialog->buttonRole(confirm), QMessageBox::DestructiveRole);
+        QTest::mouseClick(confirm, Qt::LeftButton);
+        QTRY_VERIFY(content.accounts().isEmpty());
+        QVERIFY(!clear->isVisible());
+    }
+
+    void goneAccountOffersTheWayBack() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.show();
+        content.setSelection(SidebarSelection::account(QUuid::createUuid()));
+        auto* back = window.findChild<QPushButton*>(QStringLiteral("backToOverviewButton"));
+        QVERIFY(back->isVisible());
+        QCOMPARE(back->text(), QStringLiteral("Back to Overview"));
+        QTest::mouseClick(back, Qt::LeftButton);
+        QCOMPARE(content.selection(), SidebarSelection::overview());
     }
 
     void settingsWindow() {
