@@ -61,7 +61,6 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     m_detail->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     m_detail->setTextInteractionFlags(Qt::TextSelectableByMouse);
     detailLayout->addWidget(m_detailTitle);
-    detailLayout->addWidget(m_detail, 1);
     auto* actions = new QHBoxLayout;
     m_addButton = new QPushButton(QStringLiteral("Add Account"), detailArea);
     m_addButton->setObjectName(QStringLiteral("addAccountButton"));
@@ -88,7 +87,9 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     actions->addWidget(m_clearSamplesButton);
     actions->addWidget(m_deleteButton);
     actions->addStretch(1);
+    // The screen's actions sit under its title, as a toolbar would.
     detailLayout->addLayout(actions);
+    detailLayout->addWidget(m_detail, 1);
 
     m_welcome = buildWelcome();
     m_detailStack->addWidget(detailArea);

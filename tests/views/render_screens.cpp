@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QMessageBox>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -43,13 +44,17 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     Preferences preferences(scratch.filePath(QStringLiteral("preferences.ini")));
-    preferences.setOnboardingCompleted(true);
     ContentView content(store.get(), &preferences);
 
     bool ok = true;
     {
+        // First launch: the welcome.
         MainWindow window(&content);
         window.resize(MainWindow::kMinimumWidth, MainWindow::kMinimumHeight);
+        window.show();
+        QApplication::processEvents();
+        ok &= save(window, QDir(output).filePath(QStringLiteral("main-welcome.png")));
+        content.finishOnboarding();
         ok &= save(window, QDir(output).filePath(QStringLiteral("main-empty.png")));
     }
     addAccount(*store, QStringLiteral("Work org"), AIProvider::openAI, SyncStatus::current, 1);
@@ -62,6 +67,12 @@ int main(int argc, char* argv[]) {
         ok &= save(window, QDir(output).filePath(QStringLiteral("main-overview.png")));
         content.setSelection(SidebarSelection::account(store->accounts().at(1)->id()));
         ok &= save(window, QDir(output).filePath(QStringLiteral("main-account.png")));
+        content.requestDelete(store->accounts().at(1)->id());
+        QApplication::processEvents();
+        if (window.deleteDialog()) {
+            ok &= save(*window.deleteDialog(), QDir(output).filePath(QStringLiteral("delete-dialog.png")));
+            window.deleteDialog()->reject();
+        }
         ok &= save(*window.settingsWindow(), QDir(output).filePath(QStringLiteral("settings.png")));
     }
     return ok ? 0 : 1;
