@@ -41,10 +41,11 @@ void storm() {
     const std::array providers{AIProvider(AIProvider::openAI), AIProvider(AIProvider::anthropic),
                                AIProvider(AIProvider::xAI), AIProvider(AIProvider::gemini)};
     for (int i = 0; i < 200; ++i) {
-        store->insert(new ProviderAccount(ProviderAccount::Init{.provider = providers[static_cast<std::size_t>(i % 4)],
-                                                                .label = QStringLiteral("Sample %1").arg(i),
-                                                                .accountKind = AccountKind::consumer,
-                                                                .createdAt = Timestamp(i)}));
+        store->insert(
+            new ProviderAccount(ProviderAccount::Init{.provider = providers[static_cast<std::size_t>(i % 4)],
+                                                      .label = QStringLiteral("Sample %1").arg(i),
+                                                      .accountKind = AccountKind::consumer,
+                                                      .createdAt = Timestamp(i)}));
     }
     (void)store->save();
     Preferences preferences(dir.filePath(QStringLiteral("preferences.ini")));
@@ -62,8 +63,9 @@ void storm() {
         while (store->hasChanges()) {
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
-        std::printf("storm round %d: 200 refreshes done in %lld ms (80 ms of it the sample wait), saved at %lld ms\n",
-                    round, static_cast<long long>(allDone), static_cast<long long>(clock.elapsed()));
+        std::printf(
+            "storm round %d: 200 refreshes done in %lld ms (80 ms of it the sample wait), saved at %lld ms\n",
+            round, static_cast<long long>(allDone), static_cast<long long>(clock.elapsed()));
     }
     std::printf("peak memory: %.1f MiB (%.1f MiB before the storms)\n", peakMiB(), before);
 }

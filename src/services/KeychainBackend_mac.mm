@@ -43,7 +43,8 @@ qint32 KeychainBackend::update(const QString& service, const QString& account, c
             (__bridge id)kSecValueData : data.toNSData(),
             (__bridge id)kSecAttrAccessible : (__bridge id)kSecAttrAccessibleAfterFirstUnlockThisDeviceOnly,
         };
-        return SecItemUpdate((__bridge CFDictionaryRef)baseQuery(service, account), (__bridge CFDictionaryRef)changes);
+        return SecItemUpdate((__bridge CFDictionaryRef)baseQuery(service, account),
+                             (__bridge CFDictionaryRef)changes);
     }
 }
 

@@ -6,7 +6,7 @@
 void NotificationCenter::requestAuthorization() {
     UNUserNotificationCenter* center = [UNUserNotificationCenter currentNotificationCenter];
     [center requestAuthorizationWithOptions:(UNAuthorizationOptionAlert | UNAuthorizationOptionSound)
-                          completionHandler:^(BOOL, NSError*) {
+                          completionHandler:^(BOOL, NSError*){
                           }];
 }
 
@@ -18,9 +18,10 @@ void NotificationCenter::add(const UrgentNotificationRequest& request) {
         if (request.playsDefaultSound) {
             content.sound = [UNNotificationSound defaultSound];
         }
-        UNNotificationRequest* notification = [UNNotificationRequest requestWithIdentifier:request.identifier.toNSString()
-                                                                                   content:content
-                                                                                   trigger:nil];
+        UNNotificationRequest* notification =
+            [UNNotificationRequest requestWithIdentifier:request.identifier.toNSString()
+                                                 content:content
+                                                 trigger:nil];
         [[UNUserNotificationCenter currentNotificationCenter] addNotificationRequest:notification
                                                                withCompletionHandler:nil];
     }

@@ -3,27 +3,12 @@
 #include "ContentView.h"
 #include "OnboardingDraft.h"
 
+#include "KeyringControl.h"
+
 #include <QCoreApplication>
-#include <QDBusInterface>
-#include <QDBusObjectPath>
-#include <QDBusReply>
 #include <QTemporaryDir>
 
 #include <cstdio>
-
-namespace {
-// Locks the keyring's default collection, as a screen locker would.
-bool lockDefaultCollection() {
-    QDBusInterface service(QStringLiteral("org.freedesktop.secrets"),
-                           QStringLiteral("/org/freedesktop/secrets"),
-                           QStringLiteral("org.freedesktop.Secret.Service"));
-    const QDBusReply<QDBusObjectPath> alias =
-        service.call(QStringLiteral("ReadAlias"), QStringLiteral("default"));
-    return alias.isValid() &&
-           service.call(QStringLiteral("Lock"), QVariant::fromValue(QList<QDBusObjectPath>{alias.value()}))
-                   .type() == QDBusMessage::ReplyMessage;
-}
-} // namespace
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);

@@ -13,6 +13,8 @@
 #include "Preferences.h"
 #include "UsageJson.h"
 
+#include "KeyringControl.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -64,20 +66,6 @@ public:
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage&, const QDBusConnection&) override { return true; }
 };
-
-bool lockDefaultCollection() {
-    QDBusInterface service(QStringLiteral("org.freedesktop.secrets"),
-                           QStringLiteral("/org/freedesktop/secrets"),
-                           QStringLiteral("org.freedesktop.Secret.Service"));
-    const QDBusReply<QDBusObjectPath> alias =
-        service.call(QStringLiteral("ReadAlias"), QStringLiteral("default"));
-    if (!alias.isValid()) {
-        return false;
-    }
-    const QDBusMessage locked =
-        service.call(QStringLiteral("Lock"), QVariant::fromValue(QList<QDBusObjectPath>{alias.value()}));
-    return locked.type() == QDBusMessage::ReplyMessage;
-}
 
 int persist(const QString& folder) {
     const QString secret = QTextStream(stdin).readLine();
