@@ -26,6 +26,7 @@
 #include <QElapsedTimer>
 #include <QTextStream>
 
+#include <array>
 #include <cstdio>
 
 namespace {
@@ -67,8 +68,17 @@ public:
     bool handleMessage(const QDBusMessage&, const QDBusConnection&) override { return true; }
 };
 
+// One line from standard input, waiting for it.
+QString readLine() {
+    std::array<char, 4096> line{};
+    if (!std::fgets(line.data(), static_cast<int>(line.size()), stdin)) {
+        return QString();
+    }
+    return QString::fromUtf8(line.data()).chopped(1);
+}
+
 int persist(const QString& folder) {
-    const QString secret = QTextStream(stdin).readLine();
+    const QString secret = readLine();
     auto* account = new ProviderAccount(ProviderAccount::Init{.provider = AIProvider::openAI,
                                                               .label = QStringLiteral("Org"),
                                                               .accountKind = AccountKind::api,
@@ -104,6 +114,10 @@ int persist(const QString& folder) {
                 verified ? "verified" : "mismatch");
     std::fprintf(stderr, "stored %lld bytes of history\n",
                  static_cast<long long>(account->snapshotHistoryData()->size()));
+    std::fflush(stdout);
+    std::fflush(stderr);
+    // Stay open, with the store's write-ahead log in place, until the test has looked.
+    readLine();
     return verified ? 0 : 3;
 }
 } // namespace

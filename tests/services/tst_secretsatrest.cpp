@@ -21,11 +21,11 @@ private slots:
         probe.start(QStringLiteral(KEYCHAIN_PROBE), {QStringLiteral("persist"), folder.path()});
         QVERIFY(probe.waitForStarted());
         probe.write(secret.toUtf8() + '\n');
-        probe.closeWriteChannel();
-        QVERIFY(probe.waitForFinished(30000));
-        const QByteArray output = probe.readAllStandardOutput();
-        const QByteArray errors = probe.readAllStandardError();
-        QCOMPARE(probe.exitCode(), 0);
+        QByteArray output;
+        while (!output.contains('\n')) {
+            QVERIFY(probe.waitForReadyRead(30000));
+            output += probe.readAllStandardOutput();
+        }
         QVERIFY2(output.contains(" verified"), output.constData());
 
         // The key is really kept: in the keychain, under the account's reference.
@@ -46,9 +46,21 @@ private slots:
                 QVERIFY2(!bytes.contains(form), qPrintable(file.fileName()));
             }
         }
-        // The store with its journal files, and the preferences, were all looked at.
+        // The store with its write-ahead log and shared memory, and the preferences, were
+        // all looked at while the process still had them open.
         QVERIFY2(scanned.contains(QStringLiteral("accounts.store")), qPrintable(scanned.join(u',')));
+        QVERIFY2(scanned.contains(QStringLiteral("accounts.store-wal")), qPrintable(scanned.join(u',')));
+        QVERIFY(scanned.contains(QStringLiteral("accounts.store-shm")));
         QVERIFY(scanned.contains(QStringLiteral("preferences.ini")));
+
+        // Then everything else the process printed, to its end.
+        probe.write("done\n");
+        probe.closeWriteChannel();
+        QVERIFY(probe.waitForFinished(30000));
+        QCOMPARE(probe.exitCode(), 0);
+        output += probe.readAllStandardOutput();
+        const QByteArray errors = probe.readAllStandardError();
+        QVERIFY(errors.contains("stored"));
         for (const QByteArray& form : forms) {
             QVERIFY(!output.contains(form));
             QVERIFY(!errors.contains(form));
