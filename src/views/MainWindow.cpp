@@ -8,7 +8,6 @@
 #include "UuidText.h"
 
 #include <QHBoxLayout>
-#include <QIcon>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
@@ -64,7 +63,6 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     auto* actions = new QHBoxLayout;
     m_addButton = new QPushButton(QStringLiteral("Add Account"), detailArea);
     m_addButton->setObjectName(QStringLiteral("addAccountButton"));
-    m_addButton->setIcon(QIcon::fromTheme(QStringLiteral("list-add")));
     connect(m_addButton, &QPushButton::clicked, this,
             [this] { m_content->setEditorState(EditorState::newAccount()); });
     m_clearSamplesButton = new QPushButton(QStringLiteral("Clear Sample Data"), detailArea);
@@ -72,7 +70,6 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     connect(m_clearSamplesButton, &QPushButton::clicked, m_content, &ContentView::requestSampleClear);
     m_deleteButton = new QPushButton(QStringLiteral("Delete Account"), detailArea);
     m_deleteButton->setObjectName(QStringLiteral("deleteAccountButton"));
-    m_deleteButton->setIcon(QIcon::fromTheme(QStringLiteral("edit-delete")));
     connect(m_deleteButton, &QPushButton::clicked, this, [this] {
         if (const auto id = m_content->selection().accountID()) {
             m_content->requestDelete(*id);
@@ -91,9 +88,7 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     detailLayout->addLayout(actions);
     detailLayout->addWidget(m_detail, 1);
 
-    m_welcome = buildWelcome();
     m_detailStack->addWidget(detailArea);
-    m_detailStack->addWidget(m_welcome);
 
     m_splitter->addWidget(m_sidebar);
     m_splitter->addWidget(m_detailStack);
@@ -175,6 +170,11 @@ void MainWindow::onSidebarRowChanged(int row) {
 }
 
 void MainWindow::updateDetail() {
+    if (m_content->showOnboarding() && !m_welcome) {
+        // Built only when needed: most launches never show it.
+        m_welcome = buildWelcome();
+        m_detailStack->addWidget(m_welcome);
+    }
     m_detailStack->setCurrentWidget(m_content->showOnboarding() ? m_welcome : m_detailStack->widget(0));
     const DetailRoute route = DetailRoute::forSelection(m_content->selection(), m_content->accounts());
     const bool anySamples =

@@ -141,6 +141,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&window));
 
         // First launch on an empty store: the welcome, with the sample workspace.
+        QTRY_VERIFY(window.findChild<QWidget*>(QStringLiteral("welcome")));
         auto* welcome = window.findChild<QWidget*>(QStringLiteral("welcome"));
         QTRY_VERIFY(welcome->isVisible());
         auto* sample = window.findChild<QPushButton*>(QStringLiteral("trySampleWorkspaceButton"));
