@@ -84,6 +84,14 @@ bool JsonReader::requiredBool(std::string_view key) const {
     return value;
 }
 
+qint64 JsonReader::requiredInteger(std::string_view key) const {
+    int64_t value = 0;
+    if (requiredMember(key).get_int64().get(value) != simdjson::SUCCESS) {
+        failKey(key, QStringLiteral("is not a 64-bit integer"));
+    }
+    return static_cast<qint64>(value);
+}
+
 QStringList JsonReader::requiredStringList(std::string_view key) const {
     QStringList texts;
     const simdjson::dom::array elements = array(requiredMember(key), key);

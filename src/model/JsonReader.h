@@ -39,6 +39,8 @@ public:
     std::optional<Timestamp> optionalTimestamp(std::string_view key) const;
     QStringList requiredStringList(std::string_view key) const;
     bool requiredBool(std::string_view key) const;
+    // A JSON integer that fits 64 bits; a fraction or a string is a failure.
+    qint64 requiredInteger(std::string_view key) const;
 
     template <typename E>
     E requiredEnum(std::string_view key) const {

@@ -1,0 +1,74 @@
+#include "HeaderValues.h"
+
+#include <QRegularExpression>
+
+HeaderValues::HeaderValues(const QList<QPair<QByteArray, QByteArray>>& rawHeaders) {
+    for (const auto& [name, value] : rawHeaders) {
+        m_values.insert(QString::fromLatin1(name).toLower(), QString::fromLatin1(value));
+    }
+}
+
+std::optional<QString> HeaderValues::string(const QString& name) const {
+    const auto found = m_values.constFind(name.toLower());
+    if (found == m_values.cend()) {
+        return std::nullopt;
+    }
+    return *found;
+}
+
+std::optional<double> HeaderValues::number(const QString& name) const {
+    const std::optional<QString> text = string(name);
+    if (!text) {
+        return std::nullopt;
+    }
+    // The whole text must be the number: no blanks around it, the C locale's grammar.
+    bool ok = false;
+    const double value = text->toDouble(&ok);
+    if (!ok || text->trimmed().size() != text->size()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::optional<Timestamp> HeaderValues::resetDate(const QString& name, Timestamp now) const {
+    const std::optional<QString> text = string(name);
+    if (!text) {
+        return std::nullopt;
+    }
+    const std::optional<double> seconds = duration(*text);
+    if (!seconds) {
+        return std::nullopt;
+    }
+    return now.addingSeconds(*seconds);
+}
+
+std::optional<double> HeaderValues::duration(const QString& text) {
+    // "ms" stands before "m" so that milliseconds are never read as minutes.
+    static const QRegularExpression part(QStringLiteral("([0-9]+(?:\\.[0-9]+)?)(ms|s|m|h|d)"));
+    if (!part.isValid()) {
+        return std::nullopt;
+    }
+    double total = 0.0;
+    bool matched = false;
+    auto matches = part.globalMatch(text);
+    while (matches.hasNext()) {
+        const QRegularExpressionMatch match = matches.next();
+        matched = true;
+        if (match.lastCapturedIndex() != 2) {
+            continue;
+        }
+        bool ok = false;
+        const double amount = match.captured(1).toDouble(&ok);
+        if (!ok) {
+            continue;
+        }
+        const QString unit = match.captured(2);
+        const double factor = unit == u"ms"  ? 0.001
+                              : unit == u"s" ? 1.0
+                              : unit == u"m" ? 60.0
+                              : unit == u"h" ? 3600.0
+                                             : 86400.0;
+        total += amount * factor;
+    }
+    return matched ? std::optional<double>(total) : std::nullopt;
+}
