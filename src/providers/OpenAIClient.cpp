@@ -1,0 +1,157 @@
+#include "OpenAIClient.h"
+
+#include "UsageProviderError.h"
+
+#include <QNetworkAccessManager>
+#include <QUrlQuery>
+
+#include <QCoro/QCoroNetworkReply>
+
+#include <cmath>
+#include <memory>
+
+const QUrl OpenAIClient::kAPIBase(QStringLiteral("https://api.openai.com"));
+
+namespace {
+QNetworkAccessManager& sharedManager() {
+    // Requests run on the main thread; one manager serves them all, as one session would.
+    static QNetworkAccessManager manager;
+    return manager;
+}
+
+// A project id as a path segment: percent-encoded as a URL path allows.
+QString pathSegment(const QString& id) {
+    const QByteArray encoded = QUrl::toPercentEncoding(id, QByteArrayLiteral("!$&'()*+,;=:@"));
+    return encoded.isEmpty() ? id : QString::fromLatin1(encoded);
+}
+
+QString seconds(Timestamp moment) {
+    return QString::number(static_cast<qint64>(std::trunc(moment.unixSeconds())));
+}
+
+template <typename T>
+T decoded(JsonResult<T>&& result) {
+    if (!result) {
+        throw OpenAIClient::DecodingError{result.error()};
+    }
+    return std::move(result).value();
+}
+} // namespace
+
+OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds timeout)
+    : m_apiKey(std::move(apiKey))
+    , m_base(std::move(base))
+    , m_timeout(timeout) {}
+
+QNetworkRequest OpenAIClient::request(const QUrl& url) const {
+    QNetworkRequest request(url);
+    request.setTransferTimeout(static_cast<int>(m_timeout.count()));
+    request.setRawHeader(QByteArrayLiteral("Authorization"),
+                         QByteArrayLiteral("Bearer ") + m_apiKey.toUtf8());
+    request.setRawHeader(QByteArrayLiteral("Accept"), QByteArrayLiteral("application/json"));
+    return request;
+}
+
+QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
+    std::unique_ptr<QNetworkReply> reply(sharedManager().get(request(url)));
+    QNetworkReply* pending = reply.get();
+    bool tooLarge = false;
+    QObject::connect(pending, &QNetworkReply::downloadProgress, pending,
+                     [pending, &tooLarge](qint64 received, qint64) {
+                         if (received > kMaxBodyBytes) {
+                             tooLarge = true;
+                             pending->abort();
+                         }
+                     });
+    co_await reply.get();
+    if (tooLarge) {
+        throw TransportError{QNetworkReply::UnknownContentError,
+                             QStringLiteral("The response was larger than %1 bytes.").arg(kMaxBodyBytes)};
+    }
+    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    if (reply->error() != QNetworkReply::NoError && !status.isValid()) {
+        throw TransportError{reply->error(), reply->errorString()};
+    }
+    if (!status.isValid()) {
+        throw UsageProviderError::malformedResponse(); // not an HTTP response
+    }
+    co_return Response{status.toInt(), reply->readAll(), HeaderValues(reply->rawHeaderPairs())};
+}
+
+void OpenAIClient::judge(const Response& response, const QString& otherStatusText) {
+    if (const auto error = UsageProviderError::fromHTTPStatus(response.status)) {
+        throw *error;
+    }
+    if (response.status >= 200 && response.status <= 299) {
+        return;
+    }
+    throw UsageProviderError::server(otherStatusText);
+}
+
+QString OpenAIClient::serviceText(const QString& service, int status) {
+    return QStringLiteral("%1 returned HTTP %2.").arg(service).arg(status);
+}
+
+QUrl OpenAIClient::endpoint(const QString& path) const {
+    QUrl url = m_base;
+    url.setPath(m_base.path() + path, QUrl::StrictMode);
+    return url;
+}
+
+QUrl OpenAIClient::projectsURL() const {
+    QUrl url = endpoint(QStringLiteral("/v1/organization/projects"));
+    url.setQuery(QStringLiteral("limit=100&include_archived=false"));
+    return url;
+}
+
+QUrl OpenAIClient::projectURL(const QString& projectID) const {
+    return endpoint(QStringLiteral("/v1/organization/projects/") + pathSegment(projectID));
+}
+
+QUrl OpenAIClient::projectRateLimitsURL(const QString& projectID) const {
+    QUrl url = endpoint(QStringLiteral("/v1/organization/projects/") + pathSegment(projectID) +
+                        QStringLiteral("/rate_limits"));
+    url.setQuery(QStringLiteral("limit=100"));
+    return url;
+}
+
+QUrl OpenAIClient::costsURL(DateInterval range, const QString& projectFilter) const {
+    QUrl url = endpoint(QStringLiteral("/v1/organization/costs"));
+    QUrlQuery query;
+    query.addQueryItem(QStringLiteral("start_time"), seconds(range.start));
+    query.addQueryItem(QStringLiteral("end_time"), seconds(range.end));
+    query.addQueryItem(QStringLiteral("bucket_width"), QStringLiteral("1d"));
+    query.addQueryItem(QStringLiteral("limit"), QStringLiteral("31"));
+    const QString project = projectFilter.trimmed();
+    if (!project.isEmpty()) {
+        query.addQueryItem(QStringLiteral("project_ids[]"), project);
+    }
+    url.setQuery(query);
+    return url;
+}
+
+QCoro::Task<QList<OpenAIRecords::Project>> OpenAIClient::fetchProjects() const {
+    const Response response = co_await get(projectsURL());
+    judge(response, serviceText(QStringLiteral("OpenAI projects"), response.status));
+    co_return decoded(OpenAIRecords::decodeProjects(response.body));
+}
+
+QCoro::Task<OpenAIRecords::Project> OpenAIClient::fetchProject(QString projectID) const {
+    const Response response = co_await get(projectURL(projectID));
+    judge(response, serviceText(QStringLiteral("OpenAI project"), response.status));
+    co_return decoded(OpenAIRecords::decodeProject(response.body));
+}
+
+QCoro::Task<QList<OpenAIRecords::ProjectRateLimit>>
+OpenAIClient::fetchProjectRateLimits(QString projectID) const {
+    const Response response = co_await get(projectRateLimitsURL(projectID));
+    judge(response, serviceText(QStringLiteral("OpenAI project rate limits"), response.status));
+    co_return decoded(OpenAIRecords::decodeRateLimits(response.body));
+}
+
+QCoro::Task<OpenAIRecords::CostResponse> OpenAIClient::fetchCosts(QString projectFilter,
+                                                                  DateInterval range) const {
+    const Response response = co_await get(costsURL(range, projectFilter));
+    judge(response, QStringLiteral("OpenAI returned HTTP %1 for costs.").arg(response.status));
+    co_return decoded(OpenAIRecords::decodeCosts(response.body));
+}

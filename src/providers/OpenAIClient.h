@@ -1,0 +1,75 @@
+#pragma once
+
+#include "DateInterval.h"
+#include "HeaderValues.h"
+#include "OpenAIRecords.h"
+
+#include <QByteArray>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QString>
+#include <QUrl>
+
+#include <QCoro/QCoroTask>
+
+#include <chrono>
+#include <optional>
+
+// The wire layer of the OpenAI connector: authorized GET requests against the
+// organization endpoints, how their responses are judged, and their bodies decoded.
+// It keeps no state between calls; requests of one operation run one after another.
+class OpenAIClient final {
+public:
+    // Where OpenAI's API lives. Tests pass a local server to the constructor instead.
+    static const QUrl kAPIBase;
+    static constexpr std::chrono::milliseconds kTimeout{12'000};
+    // A body larger than this is no real response; it is cut off and fails like a
+    // broken connection.
+    static constexpr qint64 kMaxBodyBytes = 32LL * 1024 * 1024;
+
+    // What the network layer reports when a request gets no complete response.
+    struct TransportError {
+        QNetworkReply::NetworkError code;
+        QString message;
+    };
+    // A 2xx body that is not the record the endpoint promises.
+    struct DecodingError {
+        QString reason;
+    };
+
+    struct Response {
+        int status = 0;
+        QByteArray body;
+        HeaderValues headers;
+    };
+
+    explicit OpenAIClient(QString apiKey, QUrl base = kAPIBase, std::chrono::milliseconds timeout = kTimeout);
+
+    QNetworkRequest request(const QUrl& url) const;
+    // Sends the GET and waits for the whole response. Throws TransportError.
+    QCoro::Task<Response> get(QUrl url) const;
+
+    // Throws the UsageProviderError a response stands for: the status's own error, or
+    // `server` with `otherStatusText` for any other status outside 200 to 299.
+    static void judge(const Response& response, const QString& otherStatusText);
+    // The text of a service's call for an unexpected status: "{service} returned HTTP {status}."
+    static QString serviceText(const QString& service, int status);
+
+    QUrl projectsURL() const;
+    QUrl projectURL(const QString& projectID) const;
+    QUrl projectRateLimitsURL(const QString& projectID) const;
+    // Costs by day for the range, filtered to one project when one is given.
+    QUrl costsURL(DateInterval range, const QString& projectFilter) const;
+
+    QCoro::Task<QList<OpenAIRecords::Project>> fetchProjects() const;
+    QCoro::Task<OpenAIRecords::Project> fetchProject(QString projectID) const;
+    QCoro::Task<QList<OpenAIRecords::ProjectRateLimit>> fetchProjectRateLimits(QString projectID) const;
+    QCoro::Task<OpenAIRecords::CostResponse> fetchCosts(QString projectFilter, DateInterval range) const;
+
+private:
+    QUrl endpoint(const QString& path) const;
+
+    QString m_apiKey;
+    QUrl m_base;
+    std::chrono::milliseconds m_timeout;
+};

@@ -1,0 +1,209 @@
+#include "OpenAIClient.h"
+#include "UsageProviderError.h"
+
+#include "FakeOpenAIServer.h"
+#include "TestSupport.h"
+
+#include <QElapsedTimer>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+
+namespace {
+const QByteArray kProjects =
+    R"({"object":"list","data":[{"id":"proj_abc","object":"organization.project","name":"Research",)"
+    R"("created_at":1711471533,"archived_at":null,"status":"active"}],"first_id":"proj_abc","last_id":"proj_abc",)"
+    R"("has_more":false})";
+
+template <typename T>
+std::optional<UsageProviderError> providerError(QCoro::Task<T>&& task) {
+    try {
+        awaitTask(std::move(task));
+    } catch (const UsageProviderError& error) {
+        return error;
+    }
+    return std::nullopt;
+}
+} // namespace
+
+class TestOpenAIClient final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void projectListRequest() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("projects"), {200, kProjects, {}});
+        const OpenAIClient client(QStringLiteral("sk-admin-test"), server.base());
+        const QList<OpenAIRecords::Project> projects = awaitTask(client.fetchProjects());
+        QCOMPARE(projects.size(), 1);
+        QCOMPARE(projects.first().name, QStringLiteral("Research"));
+        QCOMPARE(server.requests().size(), 1);
+        const FakeOpenAIServer::Request& request = server.requests().first();
+        QCOMPARE(request.path, QStringLiteral("/v1/organization/projects"));
+        QCOMPARE(request.query, QStringLiteral("limit=100&include_archived=false"));
+        QCOMPARE(request.headers.value(QStringLiteral("authorization")), QByteArray("Bearer sk-admin-test"));
+        QCOMPARE(request.headers.value(QStringLiteral("accept")), QByteArray("application/json"));
+    }
+
+    void projectIdentifiersArePercentEncoded() {
+        FakeOpenAIServer server;
+        server.setReply(
+            QStringLiteral("project"),
+            {200, R"({"id":"proj x","object":"organization.project","name":"X","status":"active"})", {}});
+        server.setReply(QStringLiteral("rate_limits"), {200, R"({"object":"list","data":[]})", {}});
+        const OpenAIClient client(QStringLiteral("k"), server.base());
+        QCOMPARE(awaitTask(client.fetchProject(QStringLiteral("proj x"))).id, QStringLiteral("proj x"));
+        QCOMPARE(server.requests().last().path, QStringLiteral("/v1/organization/projects/proj%20x"));
+        QVERIFY(awaitTask(client.fetchProjectRateLimits(QStringLiteral("proj_1"))).isEmpty());
+        QCOMPARE(server.requests().last().path,
+                 QStringLiteral("/v1/organization/projects/proj_1/rate_limits"));
+        QCOMPARE(server.requests().last().query, QStringLiteral("limit=100"));
+    }
+
+    void costsQueryInOrder() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("costs"),
+                        {200, R"({"object":"page","data":[],"has_more":false})", {}});
+        const OpenAIClient client(QStringLiteral("k"), server.base());
+        const DateInterval range{Timestamp::fromUnixSeconds(1763510400.9),
+                                 Timestamp::fromUnixSeconds(1766102400.2)};
+        awaitTask(client.fetchCosts(QStringLiteral("  proj_abc \n"), range));
+        QCOMPARE(server.requests().last().path, QStringLiteral("/v1/organization/costs"));
+        QCOMPARE(server.requests().last().query,
+                 QStringLiteral("start_time=1763510400&end_time=1766102400&bucket_width=1d&limit=31&"
+                                "project_ids[]=proj_abc")); // brackets as OpenAI documents them
+        awaitTask(client.fetchCosts(QString(), range));
+        QVERIFY(!server.requests().last().query.contains(QStringLiteral("project_ids")));
+    }
+
+    void statusesAndWhatTheyBecome_data() {
+        QTest::addColumn<QString>("endpoint");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("description");
+        const QString unauthorized = QStringLiteral("The provider rejected this credential.");
+        const QString later = QStringLiteral("The provider asked the app to try again later.");
+        const QList<QPair<QString, QString>> services{{"projects", "OpenAI projects"},
+                                                      {"project", "OpenAI project"},
+                                                      {"rate_limits", "OpenAI project rate limits"}};
+        for (const auto& [endpoint, service] : services) {
+            QTest::addRow("%s 401", qPrintable(endpoint)) << endpoint << 401 << unauthorized;
+            QTest::addRow("%s 403", qPrintable(endpoint)) << endpoint << 403 << unauthorized;
+            QTest::addRow("%s 429", qPrintable(endpoint)) << endpoint << 429 << later;
+            QTest::addRow("%s 404", qPrintable(endpoint))
+                << endpoint << 404 << QStringLiteral("%1 returned HTTP 404.").arg(service);
+            QTest::addRow("%s 503", qPrintable(endpoint))
+                << endpoint << 503 << "Provider server error (503).";
+        }
+        QTest::newRow("costs 401") << "costs" << 401 << unauthorized;
+        QTest::newRow("costs 429") << "costs" << 429 << later;
+        QTest::newRow("costs 404") << "costs" << 404 << "OpenAI returned HTTP 404 for costs.";
+        QTest::newRow("costs 503") << "costs" << 503 << "Provider server error (503).";
+    }
+    void statusesAndWhatTheyBecome() {
+        QFETCH(QString, endpoint);
+        QFETCH(int, status);
+        QFETCH(QString, description);
+        FakeOpenAIServer server;
+        server.setReply(endpoint, {status,
+                                   FakeOpenAIServer::errorBody("Nope", "invalid_request_error", "x"),
+                                   {{"Retry-After", "1"}}});
+        const OpenAIClient client(QStringLiteral("k"), server.base());
+        std::optional<UsageProviderError> error;
+        if (endpoint == u"projects") {
+            error = providerError(client.fetchProjects());
+        } else if (endpoint == u"project") {
+            error = providerError(client.fetchProject(QStringLiteral("proj_1")));
+        } else if (endpoint == u"rate_limits") {
+            error = providerError(client.fetchProjectRateLimits(QStringLiteral("proj_1")));
+        } else {
+            error = providerError(client.fetchCosts(QString(), DateInterval{Timestamp(0), Timestamp(1)}));
+        }
+        QVERIFY(error);
+        QCOMPARE(error->errorDescription(), description);
+        QCOMPARE(server.requests().size(), 1); // no retry
+    }
+
+    void emptyOrBrokenBodiesFailInTheDecoder() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("projects"), {204, QByteArray(), {}});
+        const OpenAIClient client(QStringLiteral("k"), server.base());
+        bool decoding = false;
+        try {
+            awaitTask(client.fetchProjects());
+        } catch (const OpenAIClient::DecodingError&) {
+            decoding = true;
+        }
+        QVERIFY(decoding);
+        server.setReply(QStringLiteral("projects"), {200, QByteArray("<html>gateway</html>"), {}});
+        decoding = false;
+        try {
+            awaitTask(client.fetchProjects());
+        } catch (const OpenAIClient::DecodingError&) {
+            decoding = true;
+        }
+        QVERIFY(decoding);
+    }
+
+    void silentServerEndsAtTheTimeout() {
+        // Accepts the connection and never answers.
+        QTcpServer silent;
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        QList<QTcpSocket*> held;
+        connect(&silent, &QTcpServer::newConnection, this,
+                [&silent, &held] { held.append(silent.nextPendingConnection()); });
+        const OpenAIClient client(QStringLiteral("k"),
+                                  QUrl(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort())),
+                                  std::chrono::milliseconds(300));
+        QElapsedTimer clock;
+        clock.start();
+        bool transport = false;
+        try {
+            awaitTask(client.fetchProjects());
+        } catch (const OpenAIClient::TransportError&) {
+            transport = true;
+        }
+        QVERIFY(transport);
+        QVERIFY2(clock.elapsed() >= 250 && clock.elapsed() < 5000,
+                 qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(held.size(), 1);
+    }
+
+    void hugeBodyIsCutOff() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("projects"),
+                        {200, QByteArray(OpenAIClient::kMaxBodyBytes + 1024 * 1024, ' '), {}});
+        const OpenAIClient client(QStringLiteral("k"), server.base());
+        bool transport = false;
+        try {
+            awaitTask(client.fetchProjects());
+        } catch (const OpenAIClient::TransportError& error) {
+            transport = error.message.contains(QStringLiteral("larger"));
+        }
+        QVERIFY(transport);
+    }
+
+    void headersArriveWithTheResponse() {
+        FakeOpenAIServer server;
+        server.setReply(
+            QStringLiteral("projects"),
+            {200, kProjects, {{"X-RateLimit-Reset-Requests", "1s"}, {"x-ratelimit-limit-tokens", "150000"}}});
+        const OpenAIClient client(QStringLiteral("k"), server.base());
+        const OpenAIClient::Response response = awaitTask(client.get(client.projectsURL()));
+        QCOMPARE(response.status, 200);
+        QCOMPARE(response.headers.number(QStringLiteral("x-ratelimit-limit-tokens")), OptionalDouble(150000));
+        QCOMPARE(response.headers.resetDate(QStringLiteral("x-ratelimit-reset-requests"), Timestamp(10)),
+                 std::optional<Timestamp>(Timestamp(11)));
+    }
+
+    void theRealHost() {
+        QCOMPARE(OpenAIClient::kAPIBase.toString(), QStringLiteral("https://api.openai.com"));
+        const OpenAIClient client(QStringLiteral("k"));
+        QCOMPARE(client.projectsURL().toString(),
+                 QStringLiteral(
+                     "https://api.openai.com/v1/organization/projects?limit=100&include_archived=false"));
+        QCOMPARE(client.request(client.projectsURL()).transferTimeout(), 12000);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestOpenAIClient)
+#include "tst_openaiclient.moc"
