@@ -3,6 +3,7 @@
 #include "KeychainStore.h"
 #include "ManualUsageProvider.h"
 #include "MockUsageProvider.h"
+#include "OpenAIUsageProvider.h"
 #include "ProviderAccount.h"
 #include "UnsupportedUsageProvider.h"
 
@@ -18,8 +19,7 @@ std::unique_ptr<UsageProvider> ProviderFactory::make(const ProviderAccount& acco
             // A key that can't be read counts as no key.
             const std::optional<QString> key = KeychainStore::read(account.secretReference());
             if (key && !key->isEmpty()) {
-                // The live OpenAI connector is not part of this build yet.
-                return std::make_unique<UnsupportedUsageProvider>(provider);
+                return std::make_unique<OpenAIUsageProvider>(*key);
             }
         }
         return std::make_unique<UnsupportedUsageProvider>(provider);

@@ -3,6 +3,7 @@
 #include "ManualUsageProvider.h"
 #include "MockDataFactory.h"
 #include "MockUsageProvider.h"
+#include "OpenAIUsageProvider.h"
 #include "ProviderAccount.h"
 #include "ProviderCancelled.h"
 #include "ProviderFactory.h"
@@ -271,6 +272,8 @@ private slots:
             QVERIFY(dynamic_cast<MockUsageProvider*>(result.get()));
         } else if (made == u"manual") {
             QVERIFY(dynamic_cast<ManualUsageProvider*>(result.get()));
+        } else if (made == u"openai") {
+            QVERIFY(dynamic_cast<OpenAIUsageProvider*>(result.get()));
         } else {
             QVERIFY(dynamic_cast<UnsupportedUsageProvider*>(result.get()));
         }

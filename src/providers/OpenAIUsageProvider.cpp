@@ -1,0 +1,314 @@
+#include "OpenAIUsageProvider.h"
+
+#include "Clock.h"
+#include "NaturalOrder.h"
+#include "ProviderAccount.h"
+#include "UsageProviderError.h"
+
+#include <QMap>
+#include <QSet>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+const QChar kGroupSeparator(0x001F);
+
+QStringList trimmedPieces(const QString& text) {
+    QStringList pieces;
+    for (const QString& piece : text.split(u',', Qt::SkipEmptyParts)) {
+        const QString trimmed = piece.trimmed();
+        if (!trimmed.isEmpty()) {
+            pieces.append(trimmed);
+        }
+    }
+    return pieces;
+}
+
+QString unixSeconds(Timestamp moment) {
+    return QString::number(static_cast<qint64>(std::trunc(moment.unixSeconds())));
+}
+
+UsageWindow rateWindow(const HeaderValues& headers, Timestamp now, const QString& kind, UsageUnit unit,
+                       const QString& title, const QString& note) {
+    const std::optional<double> limit = headers.number(QStringLiteral("x-ratelimit-limit-") + kind);
+    const std::optional<double> remaining = headers.number(QStringLiteral("x-ratelimit-remaining-") + kind);
+    return UsageWindow{.id = kind + QStringLiteral("-rate-window"),
+                       .title = title,
+                       .unit = unit,
+                       .horizon = UsageHorizon::shortTerm,
+                       .used = limit && remaining ? std::optional<double>(*limit - *remaining) : std::nullopt,
+                       .limit = limit,
+                       .reportedRemaining = remaining,
+                       .resetAt = headers.resetDate(QStringLiteral("x-ratelimit-reset-") + kind, now),
+                       .note = note};
+}
+
+UsageWindow historicalWindow(const QString& id, const QString& title, UsageUnit unit,
+                             std::optional<QString> model, std::optional<QString> agent, double used,
+                             const QString& note) {
+    return UsageWindow{.id = id,
+                       .title = title,
+                       .unit = unit,
+                       .horizon = UsageHorizon::historical,
+                       .modelName = std::move(model),
+                       .agentLabel = std::move(agent),
+                       .used = used,
+                       .note = note};
+}
+
+struct Totals {
+    double requests = 0;
+    double tokens = 0;
+};
+
+void add(Totals& totals, const OpenAIRecords::UsageResult& row) {
+    totals.requests += row.modelRequests.value_or(0.0);
+    totals.tokens += row.inputTokens.value_or(0.0) + row.outputTokens.value_or(0.0);
+}
+
+QList<UsageModelSummary> modelSummaries(const QList<OpenAIRecords::UsageResult>& rows) {
+    QMap<QString, Totals> groups; // by group key
+    QStringList order;
+    for (const OpenAIRecords::UsageResult& row : rows) {
+        if (!row.model || row.model->isEmpty()) {
+            continue;
+        }
+        const QString agent = row.userID ? *row.userID : row.apiKeyID.value_or(QString());
+        const QString key = *row.model + kGroupSeparator + agent;
+        if (!groups.contains(key)) {
+            order.append(key);
+        }
+        add(groups[key], row);
+    }
+    QList<UsageModelSummary> summaries;
+    for (const QString& key : order) {
+        const qsizetype split = key.indexOf(kGroupSeparator);
+        const QString model = split > 0 ? key.left(split) : QStringLiteral("Unknown model");
+        const QString agentText = split >= 0 ? key.mid(split + 1) : QString();
+        const std::optional<QString> agent =
+            agentText.isEmpty() ? std::nullopt : std::optional<QString>(agentText);
+        const QString note = QStringLiteral("Historical model usage; not a rate-limit ceiling");
+        const Totals& totals = groups[key];
+        summaries.append(UsageModelSummary{
+            .modelName = agent ? model + QStringLiteral(" · ") + *agent : model,
+            .windows = {historicalWindow(QStringLiteral("model-") + key + QStringLiteral("-requests"),
+                                         QStringLiteral("Requests / selected range"), UsageUnit::requests,
+                                         model, agent, totals.requests, note),
+                        historicalWindow(QStringLiteral("model-") + key + QStringLiteral("-tokens"),
+                                         QStringLiteral("Tokens / selected range"), UsageUnit::tokens, model,
+                                         agent, totals.tokens, note)}});
+    }
+    // As a person sorts names: digits inside them compare by value.
+    std::stable_sort(summaries.begin(), summaries.end(), [](const auto& a, const auto& b) {
+        return NaturalOrder::lessThan(a.modelName, b.modelName);
+    });
+    return summaries;
+}
+} // namespace
+
+OpenAIUsageProvider::OpenAIUsageProvider(QString apiKey, QUrl base, std::chrono::milliseconds timeout)
+    : m_client(apiKey, std::move(base), timeout)
+    , m_apiKey(std::move(apiKey)) {}
+
+QStringList OpenAIUsageProvider::selectedModels(const ProviderAccount& account) {
+    return trimmedPieces(account.modelScopeText());
+}
+
+void OpenAIUsageProvider::appendAgentFilters(const ProviderAccount& account, QUrlQuery& query) {
+    for (const QString& piece : account.agentScopeText().split(u',')) {
+        const QString entry = piece.trimmed();
+        const QString lower = entry.toLower();
+        if (lower.startsWith(u"key:")) {
+            query.addQueryItem(QStringLiteral("api_key_ids[]"), entry.mid(4));
+        } else if (lower.startsWith(u"user:")) {
+            query.addQueryItem(QStringLiteral("user_ids[]"), entry.mid(5));
+        }
+    }
+}
+
+QUrl OpenAIUsageProvider::usageURL(const ProviderAccount& account, DateInterval range, bool probe) const {
+    QUrl url = m_client.projectsURL(); // same base; the path and query are replaced
+    url.setPath(url.path().replace(QStringLiteral("/v1/organization/projects"),
+                                   QStringLiteral("/v1/organization/usage/completions")));
+    QUrlQuery query;
+    query.addQueryItem(QStringLiteral("start_time"), unixSeconds(range.start));
+    query.addQueryItem(QStringLiteral("end_time"), unixSeconds(range.end));
+    query.addQueryItem(QStringLiteral("bucket_width"), probe ? QStringLiteral("1h") : QStringLiteral("1d"));
+    query.addQueryItem(QStringLiteral("limit"), probe ? QStringLiteral("1") : QStringLiteral("30"));
+    if (!probe) {
+        for (const char* group : {"model", "api_key_id", "user_id"}) {
+            query.addQueryItem(QStringLiteral("group_by[]"), QString::fromLatin1(group));
+        }
+    }
+    const QString project = account.identityText().trimmed();
+    if (!project.isEmpty()) {
+        query.addQueryItem(QStringLiteral("project_ids[]"), project);
+    }
+    for (const QString& model : selectedModels(account)) {
+        query.addQueryItem(QStringLiteral("models[]"), model);
+    }
+    appendAgentFilters(account, query);
+    url.setQuery(query);
+    return url;
+}
+
+QCoro::Task<ProviderCapabilities> OpenAIUsageProvider::validate(const ProviderAccount& account) {
+    if (m_apiKey.isEmpty()) {
+        throw UsageProviderError::missingCredential();
+    }
+    const Timestamp now = Clock::now();
+    const OpenAIClient::Response response =
+        co_await m_client.get(usageURL(account, {now.addingSeconds(-3600), now}, true));
+    OpenAIClient::judge(response, QStringLiteral("OpenAI returned HTTP %1.").arg(response.status));
+    if (const auto decoded = OpenAIRecords::decodeUsage(response.body); !decoded) {
+        throw OpenAIClient::DecodingError{decoded.error()};
+    }
+    co_return ProviderCapabilities{.historicalUsage = true,
+                                   .cost = false,
+                                   .shortWindow = true,
+                                   .longWindow = false,
+                                   .remainingRequests = true,
+                                   .remainingTokens = true,
+                                   .resetTimestamps = true};
+}
+
+QCoro::Task<UsageSnapshot> OpenAIUsageProvider::fetchUsage(const ProviderAccount& account,
+                                                           DateInterval range) {
+    // Everything read from the account is read before the first wait.
+    const QUrl usage = usageURL(account, range);
+    const QString project = account.identityText();
+    const OpenAIClient client = m_client;
+
+    const OpenAIClient::Response response = co_await client.get(usage);
+    OpenAIClient::judge(response, QStringLiteral("OpenAI returned HTTP %1.").arg(response.status));
+    auto decoded = OpenAIRecords::decodeUsage(response.body);
+    if (!decoded) {
+        throw OpenAIClient::DecodingError{decoded.error()};
+    }
+    const Timestamp now = Clock::now();
+
+    CostOutcome costs;
+    try {
+        costs = co_await client.fetchCosts(project, range);
+    } catch (...) {
+        // Costs only add to the snapshot: any failure becomes a warning.
+    }
+    co_return assemble(decoded.value(), response.headers, now, costs);
+}
+
+UsageSnapshot OpenAIUsageProvider::assemble(const OpenAIRecords::UsageResponse& usage,
+                                            const HeaderValues& headers, Timestamp now,
+                                            const CostOutcome& costs) {
+    QList<OpenAIRecords::UsageResult> rows;
+    for (const OpenAIRecords::UsageBucket& bucket : usage.data) {
+        rows.append(bucket.results);
+    }
+    Totals totals;
+    QStringList models;
+    for (const OpenAIRecords::UsageResult& row : rows) {
+        add(totals, row);
+        if (row.model && !models.contains(*row.model)) {
+            models.append(*row.model);
+        }
+    }
+    std::sort(models.begin(), models.end(),
+              [](const QString& a, const QString& b) { return a.toUcs4() < b.toUcs4(); });
+    const std::optional<QString> modelList =
+        models.isEmpty() ? std::nullopt : std::optional<QString>(models.join(QStringLiteral(", ")));
+
+    QList<UsageWindow> windows{
+        rateWindow(headers, now, QStringLiteral("requests"), UsageUnit::requests,
+                   QStringLiteral("Requests / current rate window"),
+                   QStringLiteral("From the official OpenAI usage response and rate-limit headers")),
+        rateWindow(headers, now, QStringLiteral("tokens"), UsageUnit::tokens,
+                   QStringLiteral("Tokens / current rate window"),
+                   QStringLiteral("Input + output token rate limit; unavailable when headers are absent")),
+        historicalWindow(
+            QStringLiteral("requests-selected-range"), QStringLiteral("Requests / selected range"),
+            UsageUnit::requests, modelList, std::nullopt, totals.requests,
+            QStringLiteral("Historical usage from the official organization endpoint; not a rate-limit "
+                           "ceiling")),
+        historicalWindow(QStringLiteral("tokens-selected-range"), QStringLiteral("Tokens / selected range"),
+                         UsageUnit::tokens, modelList, std::nullopt, totals.tokens,
+                         QStringLiteral("Historical input + output tokens; not a rate-limit ceiling"))};
+
+    QList<UsagePoint> history;
+    for (const OpenAIRecords::UsageBucket& bucket : usage.data) {
+        double requests = 0;
+        for (const OpenAIRecords::UsageResult& row : bucket.results) {
+            requests += row.modelRequests.value_or(0.0);
+        }
+        history.append(UsagePoint{.date = Timestamp::fromUnixSeconds(static_cast<double>(bucket.startTime)),
+                                  .value = requests,
+                                  .unit = UsageUnit::requests});
+    }
+
+    QStringList warnings;
+    if (!windows[0].limit || !windows[1].limit) {
+        warnings.append(
+            QStringLiteral("OpenAI did not include one or more rate-limit ceilings in this response."));
+    }
+    if (usage.data.isEmpty()) {
+        warnings.append(QStringLiteral("The official endpoint returned no usage buckets for this range."));
+    }
+
+    QList<UsagePoint> billing;
+    if (!costs) {
+        warnings.append(QStringLiteral(
+            "OpenAI cost data was not available for this range; usage limits remain current."));
+    } else {
+        QList<double> amounts;
+        QSet<QString> currencies;
+        for (const OpenAIRecords::CostBucket& bucket : costs->data) {
+            for (const OpenAIRecords::CostResult& row : bucket.results) {
+                if (row.amount && row.amount->value) {
+                    amounts.append(*row.amount->value);
+                }
+                if (row.amount && row.amount->currency) {
+                    currencies.insert(row.amount->currency->toLower());
+                }
+            }
+        }
+        if (amounts.isEmpty()) {
+            warnings.append(
+                QStringLiteral("OpenAI returned no cost amounts for this range; spend remains unavailable."));
+        } else if (currencies.isEmpty() || currencies == QSet<QString>{QStringLiteral("usd")}) {
+            double total = 0;
+            for (const double amount : amounts) {
+                total += amount;
+            }
+            for (const OpenAIRecords::CostBucket& bucket : costs->data) {
+                double day = 0;
+                for (const OpenAIRecords::CostResult& row : bucket.results) {
+                    if (row.amount && row.amount->value) {
+                        day += *row.amount->value;
+                    }
+                }
+                billing.append(
+                    UsagePoint{.date = Timestamp::fromUnixSeconds(static_cast<double>(bucket.startTime)),
+                               .value = day,
+                               .unit = UsageUnit::dollars});
+            }
+            windows.append(UsageWindow{
+                .id = QStringLiteral("spend-selected-range"),
+                .title = QStringLiteral("API spend / selected range"),
+                .unit = UsageUnit::dollars,
+                .horizon = UsageHorizon::billing,
+                .used = total,
+                .note = QStringLiteral(
+                    "Cost from the official organization costs endpoint; no budget ceiling reported")});
+        } else {
+            warnings.append(
+                QStringLiteral("OpenAI returned a non-USD or mixed cost currency; spend was not combined."));
+        }
+    }
+
+    return UsageSnapshot{.source = UsageSource::officialAPI,
+                         .capturedAt = now,
+                         .windows = windows,
+                         .history = history,
+                         .billingHistory = billing,
+                         .warnings = warnings,
+                         .modelSummaries = modelSummaries(rows)};
+}
