@@ -44,6 +44,25 @@ UsageWindow rateWindow(const HeaderValues& headers, Timestamp now, const QString
                        .note = note};
 }
 
+// The two rate windows of a usage response, from its headers.
+QList<UsageWindow> rateWindows(const HeaderValues& headers, Timestamp now) {
+    return {
+        rateWindow(headers, now, QStringLiteral("requests"), UsageUnit::requests,
+                   QStringLiteral("Requests / current rate window"),
+                   QStringLiteral("From the official OpenAI usage response and rate-limit headers")),
+        rateWindow(headers, now, QStringLiteral("tokens"), UsageUnit::tokens,
+                   QStringLiteral("Tokens / current rate window"),
+                   QStringLiteral("Input + output token rate limit; unavailable when headers are absent"))};
+}
+
+// Without duplicates, in plain order of Unicode scalar values, joined with ", ".
+QString sortedJoined(QStringList texts) {
+    texts.removeDuplicates();
+    std::sort(texts.begin(), texts.end(),
+              [](const QString& a, const QString& b) { return a.toUcs4() < b.toUcs4(); });
+    return texts.join(QStringLiteral(", "));
+}
+
 UsageWindow historicalWindow(const QString& id, const QString& title, UsageUnit unit,
                              std::optional<QString> model, std::optional<QString> agent, double used,
                              const QString& note) {
@@ -154,23 +173,180 @@ QUrl OpenAIUsageProvider::usageURL(const ProviderAccount& account, DateInterval 
 }
 
 QCoro::Task<ProviderCapabilities> OpenAIUsageProvider::validate(const ProviderAccount& account) {
+    const ProviderConnection connection = co_await connect(account);
+    co_return connection.capabilities;
+}
+
+QCoro::Task<ProviderConnection> OpenAIUsageProvider::connect(const ProviderAccount& account) {
     if (m_apiKey.isEmpty()) {
         throw UsageProviderError::missingCredential();
     }
+    // Everything read from the account is read before the first wait.
+    const QString projectID = account.identityText().trimmed();
+    const QStringList models = selectedModels(account);
+    const QString projectFilter = account.identityText();
+    const ConnectionProbe probe = co_await fetchConnectionProbe(account);
+
+    bool cost = false;
+    try {
+        const Timestamp now = Clock::now();
+        co_await m_client.fetchCosts(projectFilter, DateInterval{now.addingSeconds(-3600), now});
+        cost = true;
+    } catch (...) {
+        // Only a test: a key that may not read costs still connects.
+    }
+    ProviderConnectionMetadata metadata = co_await detectedMetadata(projectID, models, probe);
+    co_return ProviderConnection{.capabilities = ProviderCapabilities{.historicalUsage = true,
+                                                                      .cost = cost,
+                                                                      .shortWindow = true,
+                                                                      .longWindow = false,
+                                                                      .remainingRequests = true,
+                                                                      .remainingTokens = true,
+                                                                      .resetTimestamps = true},
+                                 .metadata = std::move(metadata)};
+}
+
+QCoro::Task<OpenAIUsageProvider::ConnectionProbe>
+OpenAIUsageProvider::fetchConnectionProbe(const ProviderAccount& account) const {
     const Timestamp now = Clock::now();
-    const OpenAIClient::Response response =
-        co_await m_client.get(usageURL(account, {now.addingSeconds(-3600), now}, true));
+    const QUrl url = usageURL(account, DateInterval{now.addingSeconds(-3600), now}, true);
+    const OpenAIClient::Response response = co_await m_client.get(url);
     OpenAIClient::judge(response, QStringLiteral("OpenAI returned HTTP %1.").arg(response.status));
-    if (const auto decoded = OpenAIRecords::decodeUsage(response.body); !decoded) {
+    const auto decoded = OpenAIRecords::decodeUsage(response.body);
+    if (!decoded) {
         throw OpenAIClient::DecodingError{decoded.error()};
     }
-    co_return ProviderCapabilities{.historicalUsage = true,
-                                   .cost = false,
-                                   .shortWindow = true,
-                                   .longWindow = false,
-                                   .remainingRequests = true,
-                                   .remainingTokens = true,
-                                   .resetTimestamps = true};
+    const Timestamp capturedAt = Clock::now();
+    QStringList models;
+    for (const OpenAIRecords::UsageBucket& bucket : decoded->data) {
+        for (const OpenAIRecords::UsageResult& row : bucket.results) {
+            if (row.model && !models.contains(*row.model)) {
+                models.append(*row.model);
+            }
+        }
+    }
+    QList<UsageWindow> limited;
+    for (const UsageWindow& window : rateWindows(response.headers, capturedAt)) {
+        if (window.limit) {
+            limited.append(window);
+        }
+    }
+    co_return ConnectionProbe{
+        .modelScope = sortedJoined(models), .headerWindows = limited, .capturedAt = capturedAt};
+}
+
+QCoro::Task<ProviderConnectionMetadata> OpenAIUsageProvider::detectedMetadata(QString projectID,
+                                                                              QStringList selectedModels,
+                                                                              ConnectionProbe probe) const {
+    QString displayName = QStringLiteral("OpenAI API organization");
+    std::optional<QString> identityDetail;
+    QString modelScope =
+        probe.modelScope.isEmpty() ? selectedModels.join(QStringLiteral(", ")) : probe.modelScope;
+    QList<UsageWindow> windows = probe.headerWindows;
+    QStringList notes{QStringLiteral("Detected from official OpenAI organization usage data."),
+                      QStringLiteral("OpenAI exposes project names and rate-limit ceilings, not a consumer "
+                                     "subscription tier.")};
+
+    if (projectID.isEmpty()) {
+        try {
+            const QList<OpenAIRecords::Project> projects = co_await m_client.fetchProjects();
+            QList<OpenAIRecords::Project> active;
+            for (const OpenAIRecords::Project& project : projects) {
+                if (project.status == u"active") {
+                    active.append(project);
+                }
+            }
+            if (active.size() == 1) {
+                projectID = active.first().id;
+                notes.append(QStringLiteral(
+                    "One active project was detected automatically and used to scope its limits."));
+            } else if (active.size() > 1) {
+                notes.append(QStringLiteral("Multiple active projects were found; response headers are shown "
+                                            "until a project is selected in Edit Subscription."));
+            }
+        } catch (...) {
+            notes.append(
+                QStringLiteral("The project list was unavailable; response headers are used when present."));
+        }
+    }
+    if (projectID.isEmpty()) {
+        notes.append(QStringLiteral(
+            "Add a project ID to detect its friendly name and per-model rate-limit ceilings."));
+    } else {
+        try {
+            const OpenAIRecords::Project project = co_await m_client.fetchProject(projectID);
+            displayName = QStringLiteral("OpenAI API · ") + project.name;
+            identityDetail = project.name;
+        } catch (...) {
+            notes.append(QStringLiteral(
+                "The project name could not be read; the project ID remains the connection identity."));
+        }
+        try {
+            const QList<OpenAIRecords::ProjectRateLimit> records =
+                co_await m_client.fetchProjectRateLimits(projectID);
+            QList<UsageWindow> detected;
+            QStringList limitedModels;
+            for (const OpenAIRecords::ProjectRateLimit& record : records) {
+                detected.append(rateLimitWindows(record));
+                if (!record.model.isEmpty() && !limitedModels.contains(record.model)) {
+                    limitedModels.append(record.model);
+                }
+            }
+            if (!detected.isEmpty()) {
+                windows = detected;
+            }
+            if (!limitedModels.isEmpty()) {
+                modelScope = sortedJoined(limitedModels);
+            }
+        } catch (...) {
+            notes.append(QStringLiteral(
+                "Project rate-limit ceilings were unavailable; response headers are used when present."));
+        }
+    }
+    if (windows.isEmpty()) {
+        notes.append(QStringLiteral("No rate-limit ceiling was returned by the provider."));
+    }
+    co_return ProviderConnectionMetadata{
+        .displayName = displayName,
+        .identityDetail = identityDetail,
+        .connectionIdentifier = projectID.isEmpty() ? std::nullopt : std::optional<QString>(projectID),
+        .modelScope = modelScope.isEmpty() ? std::nullopt : std::optional<QString>(modelScope),
+        .windows = windows,
+        .sourceDescription = QStringLiteral("Official OpenAI organization usage and project rate-limit APIs"),
+        .notes = notes,
+        .capturedAt = probe.capturedAt};
+}
+
+QList<UsageWindow> OpenAIUsageProvider::rateLimitWindows(const OpenAIRecords::ProjectRateLimit& record) {
+    const QString note = QStringLiteral("Detected from the official OpenAI project rate-limit endpoint");
+    const auto window = [&record](const QString& suffix, const QString& title, UsageUnit unit,
+                                  UsageHorizon horizon, double limit, const QString& text) {
+        return UsageWindow{.id = QStringLiteral("detected-") + record.id + suffix,
+                           .title = record.model + QStringLiteral(" · ") + title,
+                           .unit = unit,
+                           .horizon = horizon,
+                           .modelName = record.model,
+                           .limit = limit,
+                           .note = text};
+    };
+    QList<UsageWindow> windows;
+    if (record.maxRequestsPerMinute) {
+        windows.append(window(QStringLiteral("-requests-minute"), QStringLiteral("Requests / minute"),
+                              UsageUnit::requests, UsageHorizon::shortTerm, *record.maxRequestsPerMinute,
+                              note));
+    }
+    if (record.maxTokensPerMinute) {
+        windows.append(window(QStringLiteral("-tokens-minute"), QStringLiteral("Tokens / minute"),
+                              UsageUnit::tokens, UsageHorizon::shortTerm, *record.maxTokensPerMinute, note));
+    }
+    if (record.maxRequestsPerDay) {
+        // Filed under billing on purpose: a daily ceiling is not a short-term window.
+        windows.append(window(
+            QStringLiteral("-requests-day"), QStringLiteral("Requests / day"), UsageUnit::requests,
+            UsageHorizon::billing, *record.maxRequestsPerDay,
+            QStringLiteral("Detected daily project ceiling; OpenAI does not report a weekly cap here")));
+    }
+    return windows;
 }
 
 QCoro::Task<UsageSnapshot> OpenAIUsageProvider::fetchUsage(const ProviderAccount& account,
@@ -217,13 +393,8 @@ UsageSnapshot OpenAIUsageProvider::assemble(const OpenAIRecords::UsageResponse& 
     const std::optional<QString> modelList =
         models.isEmpty() ? std::nullopt : std::optional<QString>(models.join(QStringLiteral(", ")));
 
-    QList<UsageWindow> windows{
-        rateWindow(headers, now, QStringLiteral("requests"), UsageUnit::requests,
-                   QStringLiteral("Requests / current rate window"),
-                   QStringLiteral("From the official OpenAI usage response and rate-limit headers")),
-        rateWindow(headers, now, QStringLiteral("tokens"), UsageUnit::tokens,
-                   QStringLiteral("Tokens / current rate window"),
-                   QStringLiteral("Input + output token rate limit; unavailable when headers are absent")),
+    QList<UsageWindow> windows = rateWindows(headers, now);
+    windows += QList<UsageWindow>{
         historicalWindow(
             QStringLiteral("requests-selected-range"), QStringLiteral("Requests / selected range"),
             UsageUnit::requests, modelList, std::nullopt, totals.requests,

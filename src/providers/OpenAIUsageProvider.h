@@ -13,9 +13,19 @@ public:
     explicit OpenAIUsageProvider(QString apiKey, QUrl base = OpenAIClient::kAPIBase,
                                  std::chrono::milliseconds timeout = OpenAIClient::kTimeout);
 
+    // What the first request of a connection found.
+    struct ConnectionProbe {
+        QString modelScope;
+        QList<UsageWindow> headerWindows; // the rate windows that have a limit
+        Timestamp capturedAt;
+    };
+
     AIProvider provider() const override { return AIProvider::openAI; }
-    // Proves the key against the usage endpoint (the last hour, one bucket).
+    // connect() without the metadata.
     QCoro::Task<ProviderCapabilities> validate(const ProviderAccount& account) override;
+    // Proves the key (only this first request can fail), tests the costs endpoint, and
+    // detects the project, its name and its per-model ceilings.
+    QCoro::Task<ProviderConnection> connect(const ProviderAccount& account) override;
     QCoro::Task<UsageSnapshot> fetchUsage(const ProviderAccount& account, DateInterval range) override;
 
     // The account's model scope as a list: comma-separated, trimmed, blanks left out.
@@ -24,6 +34,12 @@ public:
     static void appendAgentFilters(const ProviderAccount& account, QUrlQuery& query);
     // The usage request of a refresh, or of a probe (one hourly bucket).
     QUrl usageURL(const ProviderAccount& account, DateInterval range, bool probe = false) const;
+
+    QCoro::Task<ConnectionProbe> fetchConnectionProbe(const ProviderAccount& account) const;
+    // Never fails: what can't be read becomes a note.
+    QCoro::Task<ProviderConnectionMetadata> detectedMetadata(QString projectID, QStringList selectedModels,
+                                                             ConnectionProbe probe) const;
+    static QList<UsageWindow> rateLimitWindows(const OpenAIRecords::ProjectRateLimit& record);
 
     // What the costs request gave: a response, or nothing when it failed in any way.
     using CostOutcome = std::optional<OpenAIRecords::CostResponse>;
