@@ -168,6 +168,27 @@ private slots:
         QCOMPARE(held.size(), 1);
     }
 
+    void theRealTimeOutIsTwelveSeconds() {
+        QTcpServer silent;
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        QList<QTcpSocket*> held;
+        connect(&silent, &QTcpServer::newConnection, this,
+                [&silent, &held] { held.append(silent.nextPendingConnection()); });
+        const OpenAIClient client(QStringLiteral("k"),
+                                  QUrl(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort())));
+        QElapsedTimer clock;
+        clock.start();
+        bool transport = false;
+        try {
+            awaitTask(client.fetchProjects());
+        } catch (const OpenAIClient::TransportError&) {
+            transport = true;
+        }
+        QVERIFY(transport);
+        QVERIFY2(clock.elapsed() >= 11500 && clock.elapsed() < 16000,
+                 qPrintable(QString::number(clock.elapsed())));
+    }
+
     void hugeBodyIsCutOff() {
         FakeOpenAIServer server;
         server.setReply(QStringLiteral("projects"),

@@ -7,6 +7,8 @@
 #include "FakeOpenAIServer.h"
 #include "TestSupport.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrlQuery>
@@ -293,6 +295,64 @@ private slots:
         QCOMPARE(server.requests().first().headers.value(QStringLiteral("authorization")),
                  QByteArray("Bearer sk-admin-e2e"));
         KeychainStore::deleteItem(account->secretReference());
+    }
+
+    void hangingServerLeavesNoAccountInFlight() {
+        QTcpServer silent;
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        QList<QTcpSocket*> held;
+        connect(&silent, &QTcpServer::newConnection, this,
+                [&silent, &held] { held.append(silent.nextPendingConnection()); });
+        QTemporaryDir dir;
+        QString error;
+        auto store = AccountStore::open(dir.filePath(QStringLiteral("hang.store")), &error);
+        Preferences preferences(dir.filePath(QStringLiteral("p.ini")));
+        auto* account = new ProviderAccount(openAIAccount());
+        store->insert(account);
+        ContentView content(store.get(), &preferences);
+        const QUrl base(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort()));
+        content.setProviderMaker([base](const ProviderAccount&) -> std::unique_ptr<UsageProvider> {
+            return std::make_unique<OpenAIUsageProvider>(QStringLiteral("sk-admin-hang"), base,
+                                                         std::chrono::milliseconds(300));
+        });
+        content.refresh(account);
+        QTRY_VERIFY(content.refreshingIDs().isEmpty());
+        QCOMPARE(account->syncStatus(), SyncStatus(SyncStatus::offline));
+        QCOMPARE(account->syncMessage(), QStringLiteral("Refresh failed; existing snapshot was kept"));
+    }
+
+    void usageStatuses_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("description");
+        QTest::newRow("401") << 401 << "The provider rejected this credential.";
+        QTest::newRow("403") << 403 << "The provider rejected this credential.";
+        QTest::newRow("429") << 429 << "The provider asked the app to try again later.";
+        QTest::newRow("404") << 404 << "OpenAI returned HTTP 404.";
+        QTest::newRow("503") << 503 << "Provider server error (503).";
+    }
+    void usageStatuses() {
+        QFETCH(int, status);
+        QFETCH(QString, description);
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"),
+                        {status, FakeOpenAIServer::errorBody("x", "server_error", nullptr), {}});
+        const ProviderAccount account(openAIAccount());
+        OpenAIUsageProvider provider(QStringLiteral("sk-admin-x"), server.base());
+        for (const bool probe : {false, true}) {
+            std::optional<UsageProviderError> error;
+            try {
+                if (probe) {
+                    awaitTask(provider.connect(account));
+                } else {
+                    awaitTask(provider.fetchUsage(account, {Timestamp(0), Timestamp(1)}));
+                }
+            } catch (const UsageProviderError& thrown) {
+                error = thrown;
+            }
+            QVERIFY(error);
+            QCOMPARE(error->errorDescription(), description);
+        }
+        QCOMPARE(server.requests().size(), 2); // one usage request each, nothing after it
     }
 
     void usageFailureEndsTheRefresh() {
