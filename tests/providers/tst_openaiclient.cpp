@@ -2,11 +2,10 @@
 #include "UsageProviderError.h"
 
 #include "FakeOpenAIServer.h"
+#include "SilentServer.h"
 #include "TestSupport.h"
 
 #include <QElapsedTimer>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 
 namespace {
@@ -145,15 +144,8 @@ private slots:
     }
 
     void silentServerEndsAtTheTimeout() {
-        // Accepts the connection and never answers.
-        QTcpServer silent;
-        QVERIFY(silent.listen(QHostAddress::LocalHost));
-        QList<QTcpSocket*> held;
-        connect(&silent, &QTcpServer::newConnection, this,
-                [&silent, &held] { held.append(silent.nextPendingConnection()); });
-        const OpenAIClient client(QStringLiteral("k"),
-                                  QUrl(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort())),
-                                  std::chrono::milliseconds(300));
+        SilentServer silent; // accepts the connection and never answers
+        const OpenAIClient client(QStringLiteral("k"), silent.base(), std::chrono::milliseconds(300));
         QElapsedTimer clock;
         clock.start();
         bool transport = false;
@@ -165,17 +157,12 @@ private slots:
         QVERIFY(transport);
         QVERIFY2(clock.elapsed() >= 250 && clock.elapsed() < 5000,
                  qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(held.size(), 1);
+        QCOMPARE(silent.connectionCount(), 1);
     }
 
     void theRealTimeOutIsTwelveSeconds() {
-        QTcpServer silent;
-        QVERIFY(silent.listen(QHostAddress::LocalHost));
-        QList<QTcpSocket*> held;
-        connect(&silent, &QTcpServer::newConnection, this,
-                [&silent, &held] { held.append(silent.nextPendingConnection()); });
-        const OpenAIClient client(QStringLiteral("k"),
-                                  QUrl(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort())));
+        SilentServer silent; // accepts the connection and never answers
+        const OpenAIClient client(QStringLiteral("k"), silent.base());
         QElapsedTimer clock;
         clock.start();
         bool transport = false;

@@ -5,10 +5,9 @@
 #include "UsageProviderError.h"
 
 #include "FakeOpenAIServer.h"
+#include "SilentServer.h"
 #include "TestSupport.h"
 
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrlQuery>
@@ -298,11 +297,7 @@ private slots:
     }
 
     void hangingServerLeavesNoAccountInFlight() {
-        QTcpServer silent;
-        QVERIFY(silent.listen(QHostAddress::LocalHost));
-        QList<QTcpSocket*> held;
-        connect(&silent, &QTcpServer::newConnection, this,
-                [&silent, &held] { held.append(silent.nextPendingConnection()); });
+        SilentServer silent; // accepts the connection and never answers
         QTemporaryDir dir;
         QString error;
         auto store = AccountStore::open(dir.filePath(QStringLiteral("hang.store")), &error);
@@ -310,7 +305,7 @@ private slots:
         auto* account = new ProviderAccount(openAIAccount());
         store->insert(account);
         ContentView content(store.get(), &preferences);
-        const QUrl base(QStringLiteral("http://127.0.0.1:%1").arg(silent.serverPort()));
+        const QUrl base = silent.base();
         content.setProviderMaker([base](const ProviderAccount&) -> std::unique_ptr<UsageProvider> {
             return std::make_unique<OpenAIUsageProvider>(QStringLiteral("sk-admin-hang"), base,
                                                          std::chrono::milliseconds(300));
