@@ -55,6 +55,8 @@ public:
     // The text of a service's call for an unexpected status: "{service} returned HTTP {status}."
     static QString serviceText(const QString& service, int status);
 
+    // The base URL with this path.
+    QUrl endpoint(const QString& path) const;
     QUrl projectsURL() const;
     QUrl projectURL(const QString& projectID) const;
     QUrl projectRateLimitsURL(const QString& projectID) const;
@@ -67,8 +69,6 @@ public:
     QCoro::Task<OpenAIRecords::CostResponse> fetchCosts(QString projectFilter, DateInterval range) const;
 
 private:
-    QUrl endpoint(const QString& path) const;
-
     QString m_apiKey;
     QUrl m_base;
     std::chrono::milliseconds m_timeout;

@@ -147,9 +147,7 @@ void OpenAIUsageProvider::appendAgentFilters(const ProviderAccount& account, QUr
 }
 
 QUrl OpenAIUsageProvider::usageURL(const ProviderAccount& account, DateInterval range, bool probe) const {
-    QUrl url = m_client.projectsURL(); // same base; the path and query are replaced
-    url.setPath(url.path().replace(QStringLiteral("/v1/organization/projects"),
-                                   QStringLiteral("/v1/organization/usage/completions")));
+    QUrl url = m_client.endpoint(QStringLiteral("/v1/organization/usage/completions"));
     QUrlQuery query;
     query.addQueryItem(QStringLiteral("start_time"), unixSeconds(range.start));
     query.addQueryItem(QStringLiteral("end_time"), unixSeconds(range.end));
