@@ -437,7 +437,7 @@ void ContentView::refresh(ProviderAccount* account) {
         return;
     }
     m_refreshingIDs.insert(account->id());
-    Q_EMIT stateChanged();
+    Q_EMIT refreshingChanged();
     // Not kept: the task runs to its end on its own, and nothing cancels it.
     runRefresh(*account);
 }
@@ -518,7 +518,7 @@ QCoro::Task<> ContentView::runRefresh(ProviderAccount& target) {
     }
     m_refreshingIDs.remove(id);
     Q_EMIT refreshFinished(id);
-    Q_EMIT stateChanged();
+    Q_EMIT refreshingChanged();
 }
 
 void ContentView::recordSuccess(ProviderAccount& account, const UsageSnapshot& snapshot) {

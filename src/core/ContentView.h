@@ -121,6 +121,8 @@ signals:
     void accountsChanged();
     // A refresh of this account ended, whatever its outcome.
     void refreshFinished(const QUuid& id);
+    // An account entered or left refreshingIDs.
+    void refreshingChanged();
 
 private:
     void onPreferenceChanged(const QString& key);

@@ -291,14 +291,10 @@ void AccountStore::adopt(ProviderAccount* account) {
     connect(account, &ProviderAccount::changed, this, [this, account] {
         m_dirty.insert(account->id());
         Q_EMIT accountChanged(account);
-        const bool sorted = std::is_sorted(m_accounts.cbegin(), m_accounts.cend(),
-                                           [](const ProviderAccount* a, const ProviderAccount* b) {
-                                               return a->createdAt() < b->createdAt();
-                                           });
-        if (!sorted) {
-            sortAccounts();
-            Q_EMIT accountsChanged();
-        }
+    });
+    connect(account, &ProviderAccount::createdAtChanged, this, [this] {
+        sortAccounts();
+        Q_EMIT accountsChanged();
     });
 }
 

@@ -20,6 +20,13 @@ public:
         return *m_value;
     }
 
+    // Remembers `value` as what `bytes` decode to. Only for a value the bytes were just
+    // encoded from, so that the pair stays true.
+    void prime(const std::optional<QByteArray>& bytes, T value) const {
+        m_bytes = bytes;
+        m_value = std::move(value);
+    }
+
     // Whether two stored values hold the same bytes. Shared data, the common case,
     // needs no comparison of contents.
     static bool sameBytes(const std::optional<QByteArray>& a, const std::optional<QByteArray>& b) {

@@ -124,7 +124,13 @@ void ProviderAccount::setAgentBudgetsData(const std::optional<QByteArray>& value
 void ProviderAccount::setAgentCount(std::optional<qint64> value) { assign(m_row.agentCount, value); }
 void ProviderAccount::setRenewalDate(std::optional<Timestamp> value) { assign(m_row.renewalDate, value); }
 void ProviderAccount::setConnectionModeRaw(const QString& value) { assign(m_row.connectionModeRaw, value); }
-void ProviderAccount::setCreatedAt(Timestamp value) { assign(m_row.createdAt, value); }
+void ProviderAccount::setCreatedAt(Timestamp value) {
+    if (m_row.createdAt == value) {
+        return;
+    }
+    assign(m_row.createdAt, value);
+    Q_EMIT createdAtChanged();
+}
 void ProviderAccount::setLastRefreshAt(std::optional<Timestamp> value) { assign(m_row.lastRefreshAt, value); }
 void ProviderAccount::setSyncStatusRaw(const QString& value) { assign(m_row.syncStatusRaw, value); }
 void ProviderAccount::setSyncMessage(const QString& value) { assign(m_row.syncMessage, value); }
@@ -241,6 +247,9 @@ std::optional<UsageSnapshot> ProviderAccount::snapshot() const {
 
 void ProviderAccount::setSnapshot(const std::optional<UsageSnapshot>& snapshot) {
     setSnapshotData(encodeOptional(snapshot));
+    if (snapshot && m_row.snapshotData) {
+        m_snapshotCache.prime(m_row.snapshotData, snapshot);
+    }
 }
 
 QList<AgentBudget> ProviderAccount::agentBudgets() const {
@@ -270,6 +279,9 @@ void ProviderAccount::record(const UsageSnapshot& snapshot) {
         history.remove(0, history.size() - kHistoryLimit);
     }
     setSnapshotHistoryData(UsageJson::encode(history).toOptional());
+    if (m_row.snapshotHistoryData) {
+        m_historyCache.prime(m_row.snapshotHistoryData, std::move(history));
+    }
 }
 
 void ProviderAccount::applyDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata) {

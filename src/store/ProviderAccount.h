@@ -167,12 +167,16 @@ public:
 
 signals:
     void changed();
+    // `createdAt` changed, which can move the account in a list sorted by it.
+    void createdAtChanged();
 
 private:
     template <typename T>
     void assign(T& field, const T& value);
 
     const std::optional<UsageSnapshot>& cachedSnapshot() const;
+    // Writes a blob and remembers the value it was made from, so that the next read
+    // need not decode what was just encoded.
     const QList<UsageSnapshot>& cachedHistory() const;
     QList<UsagePoint> dailySeries(QList<UsagePoint> UsageSnapshot::*series) const;
 

@@ -16,6 +16,7 @@
 #include <QShowEvent>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -102,10 +103,14 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     connect(m_commands, &TrackerCommands::settingsRequested, this, &MainWindow::showSettings);
 
     connect(m_sidebar, &QListWidget::currentRowChanged, this, &MainWindow::onSidebarRowChanged);
-    connect(m_content, &ContentView::accountsChanged, this, [this] {
+    // The list itself changing rebuilds the sidebar; a field changing touches one row,
+    // so that a burst of refreshes costs one redraw rather than one per field.
+    connect(m_content->store(), &AccountStore::accountsChanged, this, [this] {
         rebuildSidebar();
         updateDetail();
     });
+    connect(m_content->store(), &AccountStore::accountChanged, this, &MainWindow::accountChanged);
+    connect(m_content, &ContentView::refreshingChanged, this, &MainWindow::scheduleDetailUpdate);
     connect(m_content, &ContentView::stateChanged, this, [this] {
         syncSidebarSelection();
         updateDetail();
@@ -130,6 +135,7 @@ void MainWindow::showEvent(QShowEvent* event) {
 void MainWindow::rebuildSidebar() {
     m_rebuilding = true;
     m_sidebar->clear();
+    m_sidebarItems.clear();
     auto* overview = new QListWidgetItem(QStringLiteral("Overview"), m_sidebar);
     overview->setData(kAccountIDRole, QString());
     int selectedRow = 0;
@@ -137,12 +143,33 @@ void MainWindow::rebuildSidebar() {
     for (const ProviderAccount* account : m_content->accounts()) {
         auto* item = new QListWidgetItem(account->displayName(), m_sidebar);
         item->setData(kAccountIDRole, UuidText::toText(account->id()));
+        m_sidebarItems.insert(account->id(), item);
         if (selectedID && *selectedID == account->id()) {
             selectedRow = m_sidebar->count() - 1;
         }
     }
     m_sidebar->setCurrentRow(selectedRow);
     m_rebuilding = false;
+}
+
+void MainWindow::accountChanged(ProviderAccount* account) {
+    if (QListWidgetItem* item = m_sidebarItems.value(account->id())) {
+        const QString name = account->displayName();
+        if (item->text() != name) {
+            item->setText(name);
+        }
+    }
+    scheduleDetailUpdate();
+}
+
+void MainWindow::scheduleDetailUpdate() {
+    if (!m_detailUpdateScheduled) {
+        m_detailUpdateScheduled = true;
+        QTimer::singleShot(0, this, [this] {
+            m_detailUpdateScheduled = false;
+            updateDetail();
+        });
+    }
 }
 
 void MainWindow::syncSidebarSelection() {

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <QHash>
 #include <QMainWindow>
+#include <QUuid>
 
 class ContentView;
+class ProviderAccount;
 class QLabel;
 class QListWidget;
+class QListWidgetItem;
 class QMessageBox;
 class QPushButton;
 class QStackedWidget;
@@ -41,6 +45,10 @@ protected:
 
 private:
     void rebuildSidebar();
+    // A field of one account changed: its row now, the detail once this turn is over.
+    void accountChanged(ProviderAccount* account);
+    // Redraws the detail once the present turn of the event loop is over.
+    void scheduleDetailUpdate();
     void syncSidebarSelection();
     void updateDetail();
     void onSidebarRowChanged(int row);
@@ -67,4 +75,6 @@ private:
     SettingsWindow* m_settings = nullptr;
     bool m_appeared = false;
     bool m_rebuilding = false;
+    bool m_detailUpdateScheduled = false;
+    QHash<QUuid, QListWidgetItem*> m_sidebarItems;
 };

@@ -1,16 +1,26 @@
 #include "ContentView.h"
 
 #include "CoreFixtures.h"
+#include "MainWindow.h"
 
 #include <QElapsedTimer>
+#include <QEventLoop>
+
 #include <QTest>
+#include <functional>
 
 // 200 sample accounts refreshed by selection at once, with a watchdog on the main thread.
 class TestRefreshStorm final : public QObject {
     Q_OBJECT
 
 private slots:
+    void twoHundredSampleAccounts_data() {
+        QTest::addColumn<bool>("withWindow");
+        QTest::newRow("controller alone") << false;
+        QTest::newRow("with the main window on screen") << true;
+    }
     void twoHundredSampleAccounts() {
+        QFETCH(bool, withWindow);
         CoreFixture fixture;
         const std::array providers{AIProvider(AIProvider::openAI), AIProvider(AIProvider::anthropic),
                                    AIProvider(AIProvider::xAI), AIProvider(AIProvider::gemini)};
@@ -20,6 +30,12 @@ private slots:
         }
         QVERIFY(fixture.store->save());
         ContentView content(fixture.store.get(), fixture.preferences.get());
+        std::unique_ptr<MainWindow> window;
+        if (withWindow) {
+            fixture.preferences->setOnboardingCompleted(true);
+            window = std::make_unique<MainWindow>(&content);
+            window->show();
+        }
         QHash<QUuid, int> finishedCount;
         connect(&content, &ContentView::refreshFinished, this,
                 [&finishedCount](const QUuid& id) { ++finishedCount[id]; });
@@ -31,17 +47,38 @@ private slots:
         QTimer watchdog;
         watchdog.setTimerType(Qt::PreciseTimer);
         watchdog.setInterval(1);
-        connect(&watchdog, &QTimer::timeout, this,
-                [&] { longestGap = std::max(longestGap, sinceLastTick.restart()); });
+        QList<qint64> longGaps;
+        connect(&watchdog, &QTimer::timeout, this, [&] {
+            const qint64 gap = sinceLastTick.restart();
+            if (gap > 3) {
+                longGaps.append(gap);
+            }
+            longestGap = std::max(longestGap, gap);
+        });
         watchdog.start();
         sinceLastTick.start();
-        QTest::qWait(20); // the watchdog settles
+        // QTest's waiting sleeps in 10 ms steps, which the watchdog would count: run the
+        // event loop itself instead.
+        const auto runFor = [](int milliseconds) {
+            QEventLoop loop;
+            QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+            loop.exec();
+        };
+        const auto runUntil = [](const std::function<bool()>& done) {
+            QElapsedTimer limit;
+            limit.start();
+            while (!done() && limit.elapsed() < 10000) {
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            }
+            return done();
+        };
+        runFor(20); // the watchdog settles
 
         content.refreshSelection(); // the overview is selected: every account
         QCOMPARE(content.refreshingIDs().size(), 200);
-        QTRY_VERIFY_WITH_TIMEOUT(content.refreshingIDs().isEmpty(), 10000);
-        QTRY_VERIFY(!fixture.store->hasChanges());
-        QTest::qWait(20);
+        QVERIFY(runUntil([&content] { return content.refreshingIDs().isEmpty(); }));
+        QVERIFY(runUntil([&fixture] { return !fixture.store->hasChanges(); }));
+        runFor(20);
         watchdog.stop();
 
         QCOMPARE(finishedCount.size(), 200);
@@ -53,6 +90,11 @@ private slots:
         QVERIFY2(longestGap <= 16,
                  qPrintable(QStringLiteral("the main thread was busy for %1 ms").arg(longestGap)));
         qInfo("longest gap between watchdog ticks: %lld ms", static_cast<long long>(longestGap));
+        QStringList gaps;
+        for (const qint64 gap : longGaps) {
+            gaps.append(QString::number(gap));
+        }
+        qInfo("gaps above 3 ms: %s", qPrintable(gaps.join(u' ')));
 
         // Saved: a fresh look at the file finds every refresh.
         QString error;
@@ -65,5 +107,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestRefreshStorm)
+QTEST_MAIN(TestRefreshStorm)
 #include "tst_refreshstorm.moc"
