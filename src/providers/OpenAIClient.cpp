@@ -3,6 +3,7 @@
 #include "UsageProviderError.h"
 
 #include <QNetworkAccessManager>
+#include <QTimer>
 #include <QUrlQuery>
 
 #include <QCoro/QCoroNetworkReply>
@@ -45,7 +46,6 @@ OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds 
 
 QNetworkRequest OpenAIClient::request(const QUrl& url) const {
     QNetworkRequest request(url);
-    request.setTransferTimeout(static_cast<int>(m_timeout.count()));
     request.setRawHeader(QByteArrayLiteral("Authorization"),
                          QByteArrayLiteral("Bearer ") + m_apiKey.toUtf8());
     request.setRawHeader(QByteArrayLiteral("Accept"), QByteArrayLiteral("application/json"));
@@ -53,17 +53,40 @@ QNetworkRequest OpenAIClient::request(const QUrl& url) const {
 }
 
 QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
-    std::unique_ptr<QNetworkReply> reply(sharedManager().get(request(url)));
+    // Deleted later, never inside its own signals, which resume this coroutine.
+    const auto deleteLater = [](QNetworkReply* finished) { finished->deleteLater(); };
+    std::unique_ptr<QNetworkReply, decltype(deleteLater)> reply(sharedManager().get(request(url)),
+                                                                deleteLater);
     QNetworkReply* pending = reply.get();
+    // The time-out counts from the last sign of life, on a precise timer: Qt's own
+    // transfer time-out runs on a coarse one that may fire up to 5 % early.
+    QTimer idle;
+    idle.setSingleShot(true);
+    idle.setTimerType(Qt::PreciseTimer);
+    idle.setInterval(m_timeout);
+    bool timedOut = false;
+    QObject::connect(&idle, &QTimer::timeout, pending, [pending, &timedOut] {
+        timedOut = true;
+        // Aborting finishes the reply and resumes this coroutine, which owns the timer:
+        // do it once the timer's signal is over.
+        QTimer::singleShot(0, pending, [pending] { pending->abort(); });
+    });
     bool tooLarge = false;
     QObject::connect(pending, &QNetworkReply::downloadProgress, pending,
-                     [pending, &tooLarge](qint64 received, qint64) {
+                     [pending, &tooLarge, &idle](qint64 received, qint64) {
+                         idle.start();
                          if (received > kMaxBodyBytes) {
                              tooLarge = true;
                              pending->abort();
                          }
                      });
+    idle.start();
     co_await reply.get();
+    idle.stop();
+    if (timedOut) {
+        throw TransportError{QNetworkReply::TimeoutError,
+                             QStringLiteral("The request timed out after %1 ms.").arg(m_timeout.count())};
+    }
     if (tooLarge) {
         throw TransportError{QNetworkReply::UnknownContentError,
                              QStringLiteral("The response was larger than %1 bytes.").arg(kMaxBodyBytes)};

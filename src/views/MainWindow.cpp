@@ -214,15 +214,21 @@ void MainWindow::updateDetail() {
     m_detailTitle->setText(route.title);
     QStringList lines;
     switch (route.screen) {
-    case DetailRoute::Screen::overview:
-        for (const ProviderAccount* account : route.accounts) {
+    case DetailRoute::Screen::overview: {
+        // A summary: the sidebar lists every account.
+        constexpr qsizetype kShown = 30;
+        for (const ProviderAccount* account : route.accounts.mid(0, kShown)) {
             lines.append(account->displayName() + QStringLiteral(" — ") +
                          account->effectiveSyncStatus().title());
+        }
+        if (route.accounts.size() > kShown) {
+            lines.append(QStringLiteral("… and %1 more").arg(route.accounts.size() - kShown));
         }
         if (route.accounts.isEmpty()) {
             lines.append(QStringLiteral("No accounts yet."));
         }
         break;
+    }
     case DetailRoute::Screen::account: {
         const ProviderAccount* account = route.accounts.first();
         if (account->displayName() != account->provider().displayName()) {
