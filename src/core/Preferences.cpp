@@ -20,8 +20,12 @@ bool Preferences::boolValue(const QString& key, bool fallback) const {
 }
 
 void Preferences::write(const QString& key, const QVariant& value) {
-    m_settings.setValue(key, value);
-    m_settings.sync();
+    // Writing the settings file syncs it to disk: skip that when nothing would change.
+    const QVariant stored = m_settings.value(key);
+    if (!stored.isValid() || stored.toString() != value.toString()) {
+        m_settings.setValue(key, value);
+        m_settings.sync();
+    }
     Q_EMIT changed(key);
 }
 
