@@ -17,7 +17,9 @@ JsonReader::JsonReader(simdjson::dom::element element, std::string_view record)
     }
 }
 
-simdjson::dom::element JsonReader::parse(simdjson::dom::parser& parser, QByteArrayView json) {
+simdjson::dom::element JsonReader::parse(QByteArrayView json) {
+    // One parser keeps its buffers between documents, whatever record they hold.
+    static thread_local simdjson::dom::parser parser;
     simdjson::dom::element root;
     const auto error =
         parser.parse(json.data(), static_cast<std::size_t>(json.size()), /*realloc_if_needed=*/true)

@@ -25,8 +25,9 @@ public:
 
     JsonReader(simdjson::dom::element element, std::string_view record);
 
-    // Parses a whole document; the element lives until the parser parses again.
-    static simdjson::dom::element parse(simdjson::dom::parser& parser, QByteArrayView json);
+    // Parses a whole document with the main thread's one parser; the element lives until
+    // the next parse, so callers read it to the end before anything else decodes.
+    static simdjson::dom::element parse(QByteArrayView json);
 
     std::optional<simdjson::dom::element> member(std::string_view key) const;
     simdjson::dom::element requiredMember(std::string_view key) const;

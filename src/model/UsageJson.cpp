@@ -263,12 +263,6 @@ QList<T> readList(simdjson::dom::element element, std::string_view context) {
     return values;
 }
 
-simdjson::dom::parser& sharedParser() {
-    // All decoding happens on the main thread; the parser keeps its buffers between calls.
-    static thread_local simdjson::dom::parser parser;
-    return parser;
-}
-
 } // namespace
 
 template <typename T>
@@ -288,7 +282,7 @@ JsonResult<QByteArray> UsageJson::encode(const T& value) {
 template <typename T>
 JsonResult<T> UsageJson::decode(QByteArrayView json) {
     try {
-        return JsonResult<T>::success(read<T>(JsonReader::parse(sharedParser(), json)));
+        return JsonResult<T>::success(read<T>(JsonReader::parse(json)));
     } catch (const JsonReader::Failure& failure) {
         return JsonResult<T>::failure(failure.reason);
     }

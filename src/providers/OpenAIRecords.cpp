@@ -3,11 +3,6 @@
 #include "JsonReader.h"
 
 namespace {
-simdjson::dom::parser& parser() {
-    static thread_local simdjson::dom::parser shared;
-    return shared;
-}
-
 template <typename T, typename Read>
 QList<T> listOf(const JsonReader& in, std::string_view key, Read read) {
     QList<T> values;
@@ -69,7 +64,7 @@ OpenAIRecords::ProjectRateLimit rateLimit(simdjson::dom::element element) {
 template <typename T, typename Read>
 JsonResult<T> decode(QByteArrayView body, Read read) {
     try {
-        return JsonResult<T>::success(read(JsonReader::parse(parser(), body)));
+        return JsonResult<T>::success(read(JsonReader::parse(body)));
     } catch (const JsonReader::Failure& failure) {
         return JsonResult<T>::failure(failure.reason);
     }

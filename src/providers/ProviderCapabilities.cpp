@@ -35,9 +35,8 @@ QByteArray ProviderCapabilities::toJson() const {
 }
 
 JsonResult<ProviderCapabilities> ProviderCapabilities::fromJson(QByteArrayView json) {
-    static thread_local simdjson::dom::parser parser;
     try {
-        const JsonReader in(JsonReader::parse(parser, json), "ProviderCapabilities");
+        const JsonReader in(JsonReader::parse(json), "ProviderCapabilities");
         ProviderCapabilities capabilities = unsupported;
         for (const auto& [key, field] : kFields) {
             capabilities.*field = in.requiredBool(key);
