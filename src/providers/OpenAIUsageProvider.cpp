@@ -218,7 +218,7 @@ OpenAIUsageProvider::fetchConnectionProbe(const ProviderAccount& account) const 
     QStringList models;
     for (const OpenAIRecords::UsageBucket& bucket : decoded->data) {
         for (const OpenAIRecords::UsageResult& row : bucket.results) {
-            if (row.model && !models.contains(*row.model)) {
+            if (row.model) { // sortedJoined drops the duplicates
                 models.append(*row.model);
             }
         }
@@ -352,9 +352,8 @@ QCoro::Task<UsageSnapshot> OpenAIUsageProvider::fetchUsage(const ProviderAccount
     // Everything read from the account is read before the first wait.
     const QUrl usage = usageURL(account, range);
     const QString project = account.identityText();
-    const OpenAIClient client = m_client;
 
-    const OpenAIClient::Response response = co_await client.get(usage);
+    const OpenAIClient::Response response = co_await m_client.get(usage);
     OpenAIClient::judge(response, QStringLiteral("OpenAI returned HTTP %1.").arg(response.status));
     auto decoded = OpenAIRecords::decodeUsage(response.body);
     if (!decoded) {
@@ -364,7 +363,7 @@ QCoro::Task<UsageSnapshot> OpenAIUsageProvider::fetchUsage(const ProviderAccount
 
     CostOutcome costs;
     try {
-        costs = co_await client.fetchCosts(project, range);
+        costs = co_await m_client.fetchCosts(project, range);
     } catch (...) {
         // Costs only add to the snapshot: any failure becomes a warning.
     }
@@ -382,14 +381,12 @@ UsageSnapshot OpenAIUsageProvider::assemble(const OpenAIRecords::UsageResponse& 
     QStringList models;
     for (const OpenAIRecords::UsageResult& row : rows) {
         add(totals, row);
-        if (row.model && !models.contains(*row.model)) {
+        if (row.model) { // sortedJoined drops the duplicates
             models.append(*row.model);
         }
     }
-    std::sort(models.begin(), models.end(),
-              [](const QString& a, const QString& b) { return a.toUcs4() < b.toUcs4(); });
     const std::optional<QString> modelList =
-        models.isEmpty() ? std::nullopt : std::optional<QString>(models.join(QStringLiteral(", ")));
+        models.isEmpty() ? std::nullopt : std::optional<QString>(sortedJoined(models));
 
     QList<UsageWindow> windows = rateWindows(headers, now);
     windows += QList<UsageWindow>{
