@@ -1,6 +1,7 @@
 #include "ContentView.h"
 
 #include "CoreFixtures.h"
+#include "FileProtection.h"
 #include "KeychainStore.h"
 #include "MockDataFactory.h"
 #include "OnboardingDraft.h"
@@ -9,8 +10,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <unistd.h>
 
 namespace {
 OnboardingDraft manualDraft() {
@@ -22,13 +21,6 @@ OnboardingDraft manualDraft() {
     return draft;
 }
 
-bool makeReadOnly(const QString& path, bool readOnly) {
-    if (geteuid() == 0) {
-        return QProcess::execute(QStringLiteral("chattr"),
-                                 {readOnly ? QStringLiteral("+i") : QStringLiteral("-i"), path}) == 0;
-    }
-    return QFile::setPermissions(path, readOnly ? QFile::ReadOwner : (QFile::ReadOwner | QFile::WriteOwner));
-}
 } // namespace
 
 class TestLifecycle final : public QObject {

@@ -1,5 +1,6 @@
 #include "AccountStore.h"
 
+#include "FileProtection.h"
 #include "StoreFixtures.h"
 #include "UuidText.h"
 
@@ -11,9 +12,6 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 ProviderAccountRow fullRow() {
@@ -61,14 +59,6 @@ QByteArray digest(const QString& path) {
     return QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256);
 }
 
-// Makes a file unwritable even for root (the immutable attribute), or by mode otherwise.
-bool makeReadOnly(const QString& path, bool readOnly) {
-    if (geteuid() == 0) {
-        return QProcess::execute(QStringLiteral("chattr"),
-                                 {readOnly ? QStringLiteral("+i") : QStringLiteral("-i"), path}) == 0;
-    }
-    return ::chmod(QFile::encodeName(path).constData(), readOnly ? 0444 : 0644) == 0;
-}
 } // namespace
 
 class TestAccountStore final : public QObject {
