@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ProviderAccount.h"
-#include "UsageJson.h"
+#include "model/UsageJson.h"
+#include "store/ProviderAccount.h"
 
 // Accounts as they look after three months of refreshes: a snapshot with 5 windows and
 // 30 daily points, and 90 such snapshots recorded.

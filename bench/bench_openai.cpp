@@ -1,7 +1,7 @@
 // The OpenAI connector's hot spots: decoding and assembling a month of usage with
 // 2,000 rows, and a whole refresh against a local server.
-#include "OpenAIUsageProvider.h"
-#include "ProviderAccount.h"
+#include "providers/OpenAIUsageProvider.h"
+#include "store/ProviderAccount.h"
 
 #include "providers/FakeOpenAIServer.h"
 

@@ -1,5 +1,5 @@
-#include "AccountStore.h"
 #include "BenchFixtures.h"
+#include "store/AccountStore.h"
 
 #include <QTemporaryDir>
 

@@ -1,8 +1,8 @@
 // Wall time and peak memory of refreshing 200 sample accounts by selection, in
 // process, on a real store; and the idle CPU of the running application.
-#include "AccountStore.h"
-#include "ContentView.h"
-#include "Preferences.h"
+#include "core/ContentView.h"
+#include "core/Preferences.h"
+#include "store/AccountStore.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

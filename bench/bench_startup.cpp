@@ -1,7 +1,7 @@
 // Cold start of the whole process to its first shown window, offscreen, on a store of
 // 50 accounts with 90 recorded snapshots each; beside a bare Qt window for scale.
-#include "AccountStore.h"
 #include "BenchFixtures.h"
+#include "store/AccountStore.h"
 
 #include <QTemporaryDir>
 

@@ -1,5 +1,5 @@
 // The real application, quitting as soon as its main window was first shown.
-#include "AppMain.h"
+#include "views/widgets/AppMain.h"
 
 #include <QCoreApplication>
 

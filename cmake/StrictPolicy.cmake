@@ -10,9 +10,7 @@ target_compile_definitions(tallyfen_strict_common INTERFACE
     QT_NO_CONTEXTLESS_CONNECT
     QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
     QT_NO_FOREACH
-    QT_NO_KEYWORDS_FOR_OPTIONAL
     QT_USE_QSTRINGBUILDER
-    QT_STRICT_ITERATORS
     QT_DISABLE_DEPRECATED_UP_TO=0x060400)
 if(MSVC)
     target_compile_options(tallyfen_strict_common INTERFACE /W4 /permissive-)

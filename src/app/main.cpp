@@ -1,4 +1,4 @@
-#include "AppMain.h"
+#include "views/widgets/AppMain.h"
 
 int main(int argc, char* argv[]) {
     return AppMain::run(argc, argv);

@@ -1,4 +1,4 @@
-#include "CommandCenter.h"
+#include "core/CommandCenter.h"
 
 const QString CommandCenter::kAddAccount = QStringLiteral("Tallyfen.addAccount");
 const QString CommandCenter::kRefreshAccounts = QStringLiteral("Tallyfen.refreshAccounts");

@@ -1,7 +1,7 @@
-#include "EditorState.h"
+#include "core/EditorState.h"
 
-#include "ProviderAccount.h"
-#include "UuidText.h"
+#include "model/UuidText.h"
+#include "store/ProviderAccount.h"
 
 QString EditorState::id() const {
     return m_editID ? UuidText::toText(*m_editID) : QStringLiteral("new");

@@ -1,4 +1,4 @@
-#include "Preferences.h"
+#include "core/Preferences.h"
 
 const QString Preferences::kAutoRefreshEnabled = QStringLiteral("autoRefreshEnabled");
 const QString Preferences::kAutoRefreshMinutes = QStringLiteral("autoRefreshMinutes");

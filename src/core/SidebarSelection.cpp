@@ -1,4 +1,4 @@
-#include "SidebarSelection.h"
+#include "core/SidebarSelection.h"
 
 std::optional<QUuid> SidebarSelection::accountID() const {
     if (m_kind != Kind::account) {

@@ -1,4 +1,4 @@
-#include "StoreLocation.h"
+#include "core/StoreLocation.h"
 
 #include <QDir>
 #include <QStandardPaths>

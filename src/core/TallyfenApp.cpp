@@ -1,6 +1,6 @@
-#include "TallyfenApp.h"
+#include "core/TallyfenApp.h"
 
-#include "StoreLocation.h"
+#include "core/StoreLocation.h"
 
 #include <QDir>
 #include <QFileInfo>

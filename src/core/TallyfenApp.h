@@ -1,6 +1,6 @@
 #pragma once
 
-#include "AccountStore.h"
+#include "store/AccountStore.h"
 
 #include <QProcessEnvironment>
 #include <QString>

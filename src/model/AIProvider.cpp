@@ -1,4 +1,4 @@
-#include "AIProvider.h"
+#include "model/AIProvider.h"
 
 QString AIProvider::displayName() const {
     switch (value()) {

@@ -1,4 +1,4 @@
-#include "AccountKind.h"
+#include "model/AccountKind.h"
 
 QString AccountKind::title() const {
     switch (value()) {

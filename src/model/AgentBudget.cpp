@@ -1,7 +1,7 @@
-#include "AgentBudget.h"
+#include "model/AgentBudget.h"
 
-#include "UsageWindow.h"
-#include "ValueHashing.h"
+#include "model/UsageWindow.h"
+#include "model/ValueHashing.h"
 
 UsageHealth AgentBudget::health() const {
     const UsageWindow shortWindow{.id = name + u"-short",

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UsageHealth.h"
-#include "UsageUnit.h"
+#include "model/UsageHealth.h"
+#include "model/UsageUnit.h"
 
 #include <QString>
 

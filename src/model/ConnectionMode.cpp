@@ -1,4 +1,4 @@
-#include "ConnectionMode.h"
+#include "model/ConnectionMode.h"
 
 QString ConnectionMode::title() const {
     switch (value()) {

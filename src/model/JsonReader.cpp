@@ -1,4 +1,4 @@
-#include "JsonReader.h"
+#include "model/JsonReader.h"
 
 namespace {
 QString fromView(std::string_view text) {

@@ -3,7 +3,7 @@
 // Reading side of the stored JSON format, on top of simdjson's DOM. Only source files
 // include this header, so that the rest of the program never sees simdjson.
 
-#include "Timestamp.h"
+#include "model/Timestamp.h"
 
 #include <QByteArrayView>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "JsonWriter.h"
+#include "model/JsonWriter.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "NaturalOrder.h"
+#include "model/NaturalOrder.h"
 
 #include <QLocale>
 

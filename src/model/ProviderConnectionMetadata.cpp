@@ -1,6 +1,6 @@
-#include "ProviderConnectionMetadata.h"
+#include "model/ProviderConnectionMetadata.h"
 
-#include "ValueHashing.h"
+#include "model/ValueHashing.h"
 
 #include <algorithm>
 

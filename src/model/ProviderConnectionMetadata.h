@@ -1,10 +1,10 @@
 #pragma once
 
-#include "AIProvider.h"
-#include "Clock.h"
-#include "Timestamp.h"
-#include "UsageSnapshot.h"
-#include "UsageWindow.h"
+#include "model/AIProvider.h"
+#include "model/Clock.h"
+#include "model/Timestamp.h"
+#include "model/UsageSnapshot.h"
+#include "model/UsageWindow.h"
 
 #include <QList>
 #include <QString>

@@ -1,4 +1,4 @@
-#include "SyncStatus.h"
+#include "model/SyncStatus.h"
 
 QString SyncStatus::title() const {
     switch (value()) {

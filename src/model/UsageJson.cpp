@@ -1,7 +1,7 @@
-#include "UsageJson.h"
+#include "model/UsageJson.h"
 
-#include "JsonReader.h"
-#include "JsonWriter.h"
+#include "model/JsonReader.h"
+#include "model/JsonWriter.h"
 
 #include <type_traits>
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "AgentBudget.h"
-#include "JsonResult.h"
-#include "ProviderConnectionMetadata.h"
-#include "UsageModelSummary.h"
-#include "UsagePoint.h"
-#include "UsageSnapshot.h"
-#include "UsageWindow.h"
+#include "model/AgentBudget.h"
+#include "model/JsonResult.h"
+#include "model/ProviderConnectionMetadata.h"
+#include "model/UsageModelSummary.h"
+#include "model/UsagePoint.h"
+#include "model/UsageSnapshot.h"
+#include "model/UsageWindow.h"
 
 #include <QByteArray>
 #include <QByteArrayView>

@@ -1,7 +1,7 @@
-#include "UsageModelSummary.h"
+#include "model/UsageModelSummary.h"
 
-#include "ValueHashing.h"
-#include "WindowSelection.h"
+#include "model/ValueHashing.h"
+#include "model/WindowSelection.h"
 
 #include <algorithm>
 

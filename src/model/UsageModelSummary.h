@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UsageHealth.h"
-#include "UsageWindow.h"
+#include "model/UsageHealth.h"
+#include "model/UsageWindow.h"
 
 #include <QList>
 #include <QString>

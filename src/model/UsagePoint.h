@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Timestamp.h"
-#include "UsageUnit.h"
+#include "model/Timestamp.h"
+#include "model/UsageUnit.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
-#include "UsageSnapshot.h"
+#include "model/UsageSnapshot.h"
 
-#include "ValueHashing.h"
-#include "WindowSelection.h"
+#include "model/ValueHashing.h"
+#include "model/WindowSelection.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Timestamp.h"
-#include "UsageHealth.h"
-#include "UsageModelSummary.h"
-#include "UsagePoint.h"
-#include "UsageSource.h"
-#include "UsageWindow.h"
+#include "model/Timestamp.h"
+#include "model/UsageHealth.h"
+#include "model/UsageModelSummary.h"
+#include "model/UsagePoint.h"
+#include "model/UsageSource.h"
+#include "model/UsageWindow.h"
 
 #include <QList>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "UsageSource.h"
+#include "model/UsageSource.h"
 
 QString UsageSource::title() const {
     switch (value()) {

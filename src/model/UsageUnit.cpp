@@ -1,4 +1,4 @@
-#include "UsageUnit.h"
+#include "model/UsageUnit.h"
 
 QString UsageUnit::title() const {
     switch (value()) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RawEnum.h"
+#include "model/RawEnum.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
-#include "UsageWindow.h"
+#include "model/UsageWindow.h"
 
-#include "QuotaMath.h"
-#include "ValueHashing.h"
+#include "model/QuotaMath.h"
+#include "model/ValueHashing.h"
 
 namespace {
 // The 64-bit floats nearest 0.9 and 0.7; both bounds are inclusive.

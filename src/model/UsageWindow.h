@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Timestamp.h"
-#include "UsageHealth.h"
-#include "UsageHorizon.h"
-#include "UsageUnit.h"
+#include "model/Timestamp.h"
+#include "model/UsageHealth.h"
+#include "model/UsageHorizon.h"
+#include "model/UsageUnit.h"
 
 #include <QString>
 

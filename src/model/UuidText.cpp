@@ -1,4 +1,4 @@
-#include "UuidText.h"
+#include "model/UuidText.h"
 
 QString UuidText::toText(const QUuid& uuid) {
     return uuid.toString(QUuid::WithoutBraces).toUpper();

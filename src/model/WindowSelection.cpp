@@ -1,4 +1,4 @@
-#include "WindowSelection.h"
+#include "model/WindowSelection.h"
 
 QList<UsageWindow> WindowSelection::withHorizon(const QList<UsageWindow>& windows, UsageHorizon horizon) {
     QList<UsageWindow> selected;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "UsageHealth.h"
-#include "UsageHorizon.h"
-#include "UsageWindow.h"
+#include "model/UsageHealth.h"
+#include "model/UsageHorizon.h"
+#include "model/UsageWindow.h"
 
 #include <QList>
 

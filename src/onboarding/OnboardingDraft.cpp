@@ -1,4 +1,4 @@
-#include "OnboardingDraft.h"
+#include "onboarding/OnboardingDraft.h"
 
 QString OnboardingDraft::normalizedLabel() const {
     const QString trimmed = label.trimmed();

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "AIProvider.h"
-#include "AccountKind.h"
-#include "ConnectionMode.h"
-#include "OnboardingResetMode.h"
-#include "ProviderConnectionMetadata.h"
-#include "Timestamp.h"
-#include "UsageUnit.h"
+#include "model/AIProvider.h"
+#include "model/AccountKind.h"
+#include "model/ConnectionMode.h"
+#include "model/ProviderConnectionMetadata.h"
+#include "model/Timestamp.h"
+#include "model/UsageUnit.h"
+#include "onboarding/OnboardingResetMode.h"
 
 #include <QString>
 

@@ -1,4 +1,4 @@
-#include "OnboardingPage.h"
+#include "onboarding/OnboardingPage.h"
 
 QString OnboardingPage::label() const {
     switch (m_value) {

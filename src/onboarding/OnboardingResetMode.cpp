@@ -1,4 +1,4 @@
-#include "OnboardingResetMode.h"
+#include "onboarding/OnboardingResetMode.h"
 
 QString OnboardingResetMode::title() const {
     switch (value()) {

@@ -1,4 +1,4 @@
-#include "OnboardingSavedDraft.h"
+#include "onboarding/OnboardingSavedDraft.h"
 
 const QString OnboardingSavedDraft::kLabel = QStringLiteral("onboardingDraftLabel");
 const QString OnboardingSavedDraft::kProvider = QStringLiteral("onboardingDraftProvider");

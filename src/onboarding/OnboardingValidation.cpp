@@ -1,4 +1,4 @@
-#include "OnboardingValidation.h"
+#include "onboarding/OnboardingValidation.h"
 
 #include <QLocale>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Clock.h"
-#include "OnboardingResetMode.h"
+#include "model/Clock.h"
+#include "onboarding/OnboardingResetMode.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "CancellableWait.h"
+#include "providers/CancellableWait.h"
 
 CancellableWait::CancellableWait(std::chrono::milliseconds duration, QObject* parent)
     : QObject(parent) {

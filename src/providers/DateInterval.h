@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Timestamp.h"
+#include "model/Timestamp.h"
 
 // A span of time from `start` to `end`.
 struct DateInterval {

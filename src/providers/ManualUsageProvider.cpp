@@ -1,7 +1,7 @@
-#include "ManualUsageProvider.h"
+#include "providers/ManualUsageProvider.h"
 
-#include "ProviderAccount.h"
-#include "UsageProviderError.h"
+#include "providers/UsageProviderError.h"
+#include "store/ProviderAccount.h"
 
 QCoro::Task<ProviderCapabilities> ManualUsageProvider::validate(const ProviderAccount&) {
     co_return ProviderCapabilities{.historicalUsage = false,

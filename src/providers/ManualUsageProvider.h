@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UsageProvider.h"
+#include "providers/UsageProvider.h"
 
 // Limits the operator typed in: a refresh renews the stored snapshot's time.
 class ManualUsageProvider final : public UsageProvider {

@@ -1,7 +1,7 @@
-#include "MockDataFactory.h"
+#include "providers/MockDataFactory.h"
 
-#include "ProviderAccount.h"
-#include "UuidText.h"
+#include "model/UuidText.h"
+#include "store/ProviderAccount.h"
 
 #include <QMap>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "AIProvider.h"
-#include "Clock.h"
-#include "UsageSnapshot.h"
+#include "model/AIProvider.h"
+#include "model/Clock.h"
+#include "model/UsageSnapshot.h"
 
 #include <QUuid>
 

@@ -1,8 +1,8 @@
-#include "MockUsageProvider.h"
+#include "providers/MockUsageProvider.h"
 
-#include "MockDataFactory.h"
-#include "ProviderAccount.h"
-#include "ProviderCancelled.h"
+#include "providers/MockDataFactory.h"
+#include "providers/ProviderCancelled.h"
+#include "store/ProviderAccount.h"
 
 #include <QCoro/QCoroSignal>
 

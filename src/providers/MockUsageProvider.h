@@ -1,8 +1,8 @@
 #pragma once
 
-#include "UsageProvider.h"
+#include "providers/UsageProvider.h"
 
-#include "CancellableWait.h"
+#include "providers/CancellableWait.h"
 
 #include <QPointer>
 

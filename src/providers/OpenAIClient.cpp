@@ -1,8 +1,10 @@
-#include "OpenAIClient.h"
+#include "providers/OpenAIClient.h"
 
-#include "UsageProviderError.h"
+#include "providers/UsageProviderError.h"
 
+#include <QCoreApplication>
 #include <QNetworkAccessManager>
+#include <QPointer>
 #include <QTimer>
 #include <QUrlQuery>
 
@@ -15,9 +17,13 @@ const QUrl OpenAIClient::kAPIBase(QStringLiteral("https://api.openai.com"));
 
 namespace {
 QNetworkAccessManager& sharedManager() {
-    // Requests run on the main thread; one manager serves them all, as one session would.
-    static QNetworkAccessManager manager;
-    return manager;
+    // Requests run on the main thread; one manager serves them all, as one session
+    // would. The application object owns it, so it never outlives the application.
+    static QPointer<QNetworkAccessManager> manager;
+    if (!manager) {
+        manager = new QNetworkAccessManager(QCoreApplication::instance());
+    }
+    return *manager;
 }
 
 // A project id as a path segment: percent-encoded as a URL path allows.

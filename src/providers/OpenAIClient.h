@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DateInterval.h"
-#include "HeaderValues.h"
-#include "OpenAIRecords.h"
+#include "providers/DateInterval.h"
+#include "providers/HeaderValues.h"
+#include "providers/OpenAIRecords.h"
 
 #include <QByteArray>
 #include <QNetworkReply>

@@ -1,6 +1,6 @@
-#include "OpenAIRecords.h"
+#include "providers/OpenAIRecords.h"
 
-#include "JsonReader.h"
+#include "model/JsonReader.h"
 
 namespace {
 template <typename T, typename Read>

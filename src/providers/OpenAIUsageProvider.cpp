@@ -1,9 +1,9 @@
-#include "OpenAIUsageProvider.h"
+#include "providers/OpenAIUsageProvider.h"
 
-#include "Clock.h"
-#include "NaturalOrder.h"
-#include "ProviderAccount.h"
-#include "UsageProviderError.h"
+#include "model/Clock.h"
+#include "model/NaturalOrder.h"
+#include "providers/UsageProviderError.h"
+#include "store/ProviderAccount.h"
 
 #include <QMap>
 #include <QSet>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "OpenAIClient.h"
-#include "UsageProvider.h"
+#include "providers/OpenAIClient.h"
+#include "providers/UsageProvider.h"
 
 #include <QStringList>
 #include <QUrlQuery>

@@ -1,7 +1,7 @@
-#include "ProviderCapabilities.h"
+#include "providers/ProviderCapabilities.h"
 
-#include "JsonReader.h"
-#include "JsonWriter.h"
+#include "model/JsonReader.h"
+#include "model/JsonWriter.h"
 
 #include <QHashFunctions>
 

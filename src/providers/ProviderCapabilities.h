@@ -1,6 +1,6 @@
 #pragma once
 
-#include "JsonResult.h"
+#include "model/JsonResult.h"
 
 #include <QByteArray>
 #include <QByteArrayView>

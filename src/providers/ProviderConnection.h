@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ProviderCapabilities.h"
-#include "ProviderConnectionMetadata.h"
+#include "model/ProviderConnectionMetadata.h"
+#include "providers/ProviderCapabilities.h"
 
 #include <optional>
 

@@ -1,11 +1,11 @@
-#include "ProviderFactory.h"
+#include "providers/ProviderFactory.h"
 
-#include "KeychainStore.h"
-#include "ManualUsageProvider.h"
-#include "MockUsageProvider.h"
-#include "OpenAIUsageProvider.h"
-#include "ProviderAccount.h"
-#include "UnsupportedUsageProvider.h"
+#include "providers/ManualUsageProvider.h"
+#include "providers/MockUsageProvider.h"
+#include "providers/OpenAIUsageProvider.h"
+#include "providers/UnsupportedUsageProvider.h"
+#include "services/KeychainStore.h"
+#include "store/ProviderAccount.h"
 
 std::unique_ptr<UsageProvider> ProviderFactory::make(const ProviderAccount& account) {
     const AIProvider provider = account.provider();

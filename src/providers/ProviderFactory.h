@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UsageProvider.h"
+#include "providers/UsageProvider.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
-#include "UnsupportedUsageProvider.h"
+#include "providers/UnsupportedUsageProvider.h"
 
-#include "UsageProviderError.h"
+#include "providers/UsageProviderError.h"
 
 const QString UnsupportedUsageProvider::kMessage =
     QStringLiteral("Live usage is not available from a documented provider API for this account type.");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UsageProvider.h"
+#include "providers/UsageProvider.h"
 
 // An account that no documented provider API serves: every call fails, in one sentence.
 class UnsupportedUsageProvider final : public UsageProvider {

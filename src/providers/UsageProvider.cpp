@@ -1,4 +1,4 @@
-#include "UsageProvider.h"
+#include "providers/UsageProvider.h"
 
 UsageProvider::~UsageProvider() = default;
 

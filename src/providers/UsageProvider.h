@@ -1,10 +1,10 @@
 #pragma once
 
-#include "AIProvider.h"
-#include "DateInterval.h"
-#include "ProviderCapabilities.h"
-#include "ProviderConnection.h"
-#include "UsageSnapshot.h"
+#include "model/AIProvider.h"
+#include "model/UsageSnapshot.h"
+#include "providers/DateInterval.h"
+#include "providers/ProviderCapabilities.h"
+#include "providers/ProviderConnection.h"
 
 #include <QCoro/QCoroTask>
 

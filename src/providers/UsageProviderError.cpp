@@ -1,4 +1,4 @@
-#include "UsageProviderError.h"
+#include "providers/UsageProviderError.h"
 
 std::optional<UsageProviderError> UsageProviderError::fromHTTPStatus(qint64 status) {
     if (status == 401 || status == 403) {

@@ -1,4 +1,4 @@
-#include "CredentialLifecycle.h"
+#include "services/CredentialLifecycle.h"
 
 bool CredentialLifecycle::shouldDeleteCredential(ConnectionMode previousMode, ConnectionMode newMode,
                                                  bool providerChanged) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ConnectionMode.h"
+#include "model/ConnectionMode.h"
 
 // When a change to an account makes its stored credential worthless.
 class CredentialLifecycle final {

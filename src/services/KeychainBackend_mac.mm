@@ -1,5 +1,5 @@
 // Apple platforms: generic-password items through the Security framework.
-#include "KeychainBackend.h"
+#include "services/KeychainBackend.h"
 
 #import <Foundation/Foundation.h>
 #import <Security/Security.h>

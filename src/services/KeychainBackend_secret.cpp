@@ -8,7 +8,7 @@
 
 #include <libsecret/secret.h>
 
-#include "KeychainBackend.h"
+#include "services/KeychainBackend.h"
 
 #include <QElapsedTimer>
 

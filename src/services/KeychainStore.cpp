@@ -1,6 +1,6 @@
-#include "KeychainStore.h"
+#include "services/KeychainStore.h"
 
-#include "KeychainBackend.h"
+#include "services/KeychainBackend.h"
 
 #include <QStringDecoder>
 

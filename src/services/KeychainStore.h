@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KeychainError.h"
+#include "services/KeychainError.h"
 
 #include <QString>
 

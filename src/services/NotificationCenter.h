@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UrgentNotificationRequest.h"
+#include "services/UrgentNotificationRequest.h"
 
 // The platform's notification centre: the freedesktop notification service over D-Bus
 // on Linux, UserNotifications on Apple platforms. Both calls return at once; the

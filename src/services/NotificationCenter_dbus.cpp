@@ -1,5 +1,5 @@
 // The freedesktop notification service (org.freedesktop.Notifications) on the session bus.
-#include "NotificationCenter.h"
+#include "services/NotificationCenter.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,5 +1,5 @@
 // Apple platforms: UserNotifications.
-#include "NotificationCenter.h"
+#include "services/NotificationCenter.h"
 
 #import <UserNotifications/UserNotifications.h>
 

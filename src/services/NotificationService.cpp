@@ -1,7 +1,7 @@
-#include "NotificationService.h"
+#include "services/NotificationService.h"
 
-#include "NotificationCenter.h"
-#include "ProviderAccount.h"
+#include "services/NotificationCenter.h"
+#include "store/ProviderAccount.h"
 
 void NotificationService::requestAuthorization() {
     NotificationCenter::requestAuthorization();

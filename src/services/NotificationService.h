@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UrgentNotificationRequest.h"
+#include "services/UrgentNotificationRequest.h"
 
 class ProviderAccount;
 

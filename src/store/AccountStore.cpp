@@ -1,6 +1,6 @@
-#include "AccountStore.h"
+#include "store/AccountStore.h"
 
-#include "UuidText.h"
+#include "model/UuidText.h"
 
 #include <QFileInfo>
 #include <QPointer>
@@ -288,9 +288,9 @@ ProviderAccount* AccountStore::account(const QUuid& id) const {
 void AccountStore::adopt(ProviderAccount* account) {
     account->setParent(this);
     m_accounts.append(account);
-    connect(account, &ProviderAccount::changed, this, [this, account] {
+    connect(account, &ProviderAccount::changed, this, [this, account](ProviderAccount::Fields fields) {
         m_dirty.insert(account->id());
-        Q_EMIT accountChanged(account);
+        Q_EMIT accountChanged(account, fields);
     });
     connect(account, &ProviderAccount::createdAtChanged, this, [this] {
         sortAccounts();

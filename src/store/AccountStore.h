@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ProviderAccount.h"
+#include "store/ProviderAccount.h"
 
 #include <QHash>
 #include <QList>
@@ -48,8 +48,8 @@ public:
 signals:
     // The set of accounts or their order changed.
     void accountsChanged();
-    // A field of one account changed.
-    void accountChanged(ProviderAccount* account);
+    // Fields of one account changed, in the groups given.
+    void accountChanged(ProviderAccount* account, ProviderAccount::Fields fields);
 
 private:
     AccountStore(QString path, QString connectionName);

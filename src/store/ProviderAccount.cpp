@@ -1,7 +1,7 @@
-#include "ProviderAccount.h"
+#include "store/ProviderAccount.h"
 
-#include "UsageJson.h"
-#include "UuidText.h"
+#include "model/UsageJson.h"
+#include "model/UuidText.h"
 
 #include <QDateTime>
 #include <QHash>
@@ -102,45 +102,45 @@ const std::optional<QByteArray>& ProviderAccount::snapshotHistoryData() const {
 }
 
 template <typename T>
-void ProviderAccount::assign(T& field, const T& value) {
+void ProviderAccount::assign(T& field, const T& value, Field group) {
     if (field == value) {
         return;
     }
     field = value;
-    Q_EMIT changed();
+    Q_EMIT changed(group);
 }
 
 // clang-format off
-void ProviderAccount::setProviderRaw(const QString& value) { assign(m_row.providerRaw, value); }
-void ProviderAccount::setLabel(const QString& value) { assign(m_row.label, value); }
-void ProviderAccount::setAccountKindRaw(const QString& value) { assign(m_row.accountKindRaw, value); }
-void ProviderAccount::setPlanName(const QString& value) { assign(m_row.planName, value); }
-void ProviderAccount::setDetectedMetadataData(const std::optional<QByteArray>& value) { assign(m_row.detectedMetadataData, value); }
-void ProviderAccount::setIdentityDetail(const std::optional<QString>& value) { assign(m_row.identityDetail, value); }
-void ProviderAccount::setModelScope(const std::optional<QString>& value) { assign(m_row.modelScope, value); }
-void ProviderAccount::setAgentScope(const std::optional<QString>& value) { assign(m_row.agentScope, value); }
-void ProviderAccount::setAgentRosterText(const std::optional<QString>& value) { assign(m_row.agentRosterText, value); }
-void ProviderAccount::setAgentBudgetsData(const std::optional<QByteArray>& value) { assign(m_row.agentBudgetsData, value); }
-void ProviderAccount::setAgentCount(std::optional<qint64> value) { assign(m_row.agentCount, value); }
-void ProviderAccount::setRenewalDate(std::optional<Timestamp> value) { assign(m_row.renewalDate, value); }
-void ProviderAccount::setConnectionModeRaw(const QString& value) { assign(m_row.connectionModeRaw, value); }
+void ProviderAccount::setProviderRaw(const QString& value) { assign(m_row.providerRaw, value, Field::identity); }
+void ProviderAccount::setLabel(const QString& value) { assign(m_row.label, value, Field::identity); }
+void ProviderAccount::setAccountKindRaw(const QString& value) { assign(m_row.accountKindRaw, value, Field::identity); }
+void ProviderAccount::setPlanName(const QString& value) { assign(m_row.planName, value, Field::identity); }
+void ProviderAccount::setDetectedMetadataData(const std::optional<QByteArray>& value) { assign(m_row.detectedMetadataData, value, Field::connection); }
+void ProviderAccount::setIdentityDetail(const std::optional<QString>& value) { assign(m_row.identityDetail, value, Field::identity); }
+void ProviderAccount::setModelScope(const std::optional<QString>& value) { assign(m_row.modelScope, value, Field::identity); }
+void ProviderAccount::setAgentScope(const std::optional<QString>& value) { assign(m_row.agentScope, value, Field::agents); }
+void ProviderAccount::setAgentRosterText(const std::optional<QString>& value) { assign(m_row.agentRosterText, value, Field::agents); }
+void ProviderAccount::setAgentBudgetsData(const std::optional<QByteArray>& value) { assign(m_row.agentBudgetsData, value, Field::agents); }
+void ProviderAccount::setAgentCount(std::optional<qint64> value) { assign(m_row.agentCount, value, Field::agents); }
+void ProviderAccount::setRenewalDate(std::optional<Timestamp> value) { assign(m_row.renewalDate, value, Field::identity); }
+void ProviderAccount::setConnectionModeRaw(const QString& value) { assign(m_row.connectionModeRaw, value, Field::connection); }
 void ProviderAccount::setCreatedAt(Timestamp value) {
     if (m_row.createdAt == value) {
         return;
     }
-    assign(m_row.createdAt, value);
+    assign(m_row.createdAt, value, Field::identity);
     Q_EMIT createdAtChanged();
 }
-void ProviderAccount::setLastRefreshAt(std::optional<Timestamp> value) { assign(m_row.lastRefreshAt, value); }
-void ProviderAccount::setSyncStatusRaw(const QString& value) { assign(m_row.syncStatusRaw, value); }
-void ProviderAccount::setSyncMessage(const QString& value) { assign(m_row.syncMessage, value); }
-void ProviderAccount::setSnapshotData(const std::optional<QByteArray>& value) { assign(m_row.snapshotData, value); }
+void ProviderAccount::setLastRefreshAt(std::optional<Timestamp> value) { assign(m_row.lastRefreshAt, value, Field::status); }
+void ProviderAccount::setSyncStatusRaw(const QString& value) { assign(m_row.syncStatusRaw, value, Field::status); }
+void ProviderAccount::setSyncMessage(const QString& value) { assign(m_row.syncMessage, value, Field::status); }
+void ProviderAccount::setSnapshotData(const std::optional<QByteArray>& value) { assign(m_row.snapshotData, value, Field::usage); }
 void ProviderAccount::setSnapshotHistoryData(const std::optional<QByteArray>& value) {
     ensureHistoryLoaded();
     m_loadHistory = nullptr; // a written value replaces whatever is stored
-    assign(m_row.snapshotHistoryData, value);
+    assign(m_row.snapshotHistoryData, value, Field::usage);
 }
-void ProviderAccount::setSampleDataEnabled(bool value) { assign(m_row.sampleDataEnabled, value); }
+void ProviderAccount::setSampleDataEnabled(bool value) { assign(m_row.sampleDataEnabled, value, Field::connection); }
 // clang-format on
 
 AIProvider ProviderAccount::provider() const {

@@ -1,17 +1,17 @@
 #pragma once
 
-#include "AIProvider.h"
-#include "AccountKind.h"
-#include "AgentBudget.h"
-#include "BlobCache.h"
-#include "Clock.h"
-#include "ConnectionMode.h"
-#include "ProviderAccountRow.h"
-#include "ProviderConnectionMetadata.h"
-#include "SyncStatus.h"
-#include "UsageHealth.h"
-#include "UsagePoint.h"
-#include "UsageSnapshot.h"
+#include "model/AIProvider.h"
+#include "model/AccountKind.h"
+#include "model/AgentBudget.h"
+#include "model/Clock.h"
+#include "model/ConnectionMode.h"
+#include "model/ProviderConnectionMetadata.h"
+#include "model/SyncStatus.h"
+#include "model/UsageHealth.h"
+#include "model/UsagePoint.h"
+#include "model/UsageSnapshot.h"
+#include "store/BlobCache.h"
+#include "store/ProviderAccountRow.h"
 
 #include <QObject>
 #include <QStringList>
@@ -21,11 +21,28 @@
 
 // One tracked account: the only persisted record. It keeps its stored attributes raw
 // and derives everything the screens and the refresh engine need from them. Every
-// change of a field emits changed(); the store saves it on the next save().
+// change of a field emits changed() with the group of the field, so a screen redraws
+// only for what it reads; the store saves the change on the next save().
 class ProviderAccount final : public QObject {
     Q_OBJECT
 
 public:
+    // The stored attributes in groups, as screens read them.
+    enum class Field : unsigned {
+        // provider, label, kind, plan, identity, model scope, renewal, created
+        identity = 1U << 0U,
+        // agent scope, roster, budgets and count
+        agents = 1U << 1U,
+        // connection mode, detected metadata, sample flag
+        connection = 1U << 2U,
+        // last refresh, sync status and message
+        status = 1U << 3U,
+        // snapshot and its history
+        usage = 1U << 4U,
+    };
+    Q_DECLARE_FLAGS(Fields, Field)
+    static constexpr Fields kAllFields{0x1F};
+
     // The initialiser's parameters and their defaults.
     struct Init {
         QUuid id = QUuid::createUuid();
@@ -166,13 +183,13 @@ public:
     UsageHealth pulse() const;
 
 signals:
-    void changed();
+    void changed(ProviderAccount::Fields fields);
     // `createdAt` changed, which can move the account in a list sorted by it.
     void createdAtChanged();
 
 private:
     template <typename T>
-    void assign(T& field, const T& value);
+    void assign(T& field, const T& value, Field group);
 
     const std::optional<UsageSnapshot>& cachedSnapshot() const;
     // Writes a blob and remembers the value it was made from, so that the next read
@@ -201,3 +218,5 @@ private:
     mutable std::optional<SeriesMemo> m_trendMemo;
     mutable std::optional<SeriesMemo> m_billingTrendMemo;
 };
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(ProviderAccount::Fields)

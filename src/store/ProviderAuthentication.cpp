@@ -1,4 +1,4 @@
-#include "ProviderAuthentication.h"
+#include "store/ProviderAuthentication.h"
 
 namespace {
 const QString kOpenAIConsole = QStringLiteral("https://platform.openai.com");

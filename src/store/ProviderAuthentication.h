@@ -1,6 +1,6 @@
 #pragma once
 
-#include "AIProvider.h"
+#include "model/AIProvider.h"
 
 #include <QString>
 #include <QUrl>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "AccountStore.h"
-#include "Preferences.h"
+#include "core/Preferences.h"
+#include "store/AccountStore.h"
 
 #include <QTemporaryDir>
 #include <QTest>

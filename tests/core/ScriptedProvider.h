@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ProviderCancelled.h"
-#include "UsageProvider.h"
-#include "UsageProviderError.h"
+#include "providers/ProviderCancelled.h"
+#include "providers/UsageProvider.h"
+#include "providers/UsageProviderError.h"
 
 #include <QCoro/QCoroTimer>
 

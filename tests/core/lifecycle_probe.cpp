@@ -1,7 +1,7 @@
 // Creates an API-key account from a draft in a process of its own, on whatever
 // keychain the environment gives, and prints what came of it.
-#include "ContentView.h"
-#include "OnboardingDraft.h"
+#include "core/ContentView.h"
+#include "onboarding/OnboardingDraft.h"
 
 #include "KeyringControl.h"
 

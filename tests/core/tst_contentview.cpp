@@ -1,7 +1,7 @@
-#include "ContentView.h"
+#include "core/ContentView.h"
 
-#include "CommandCenter.h"
 #include "CoreFixtures.h"
+#include "core/CommandCenter.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -32,13 +32,18 @@ private slots:
     void accountsAreTheStoresLiveList() {
         CoreFixture fixture;
         ContentView content(fixture.store.get(), fixture.preferences.get());
-        QSignalSpy spy(&content, &ContentView::accountsChanged);
+        QSignalSpy listSpy(&content, &ContentView::accountListChanged);
+        QSignalSpy fieldSpy(&content, &ContentView::accountChanged);
         fixture.addAccount(QStringLiteral("b"), AIProvider::openAI, 20);
         fixture.addAccount(QStringLiteral("a"), AIProvider::openAI, 10);
         QCOMPARE(content.accounts().size(), 2);
         QCOMPARE(content.accounts().first()->label(), QStringLiteral("a"));
         content.accounts().first()->setSyncMessage(QStringLiteral("x"));
-        QCOMPARE(spy.count(), 3);
+        QCOMPARE(listSpy.count(), 2);
+        QCOMPARE(fieldSpy.count(), 1);
+        QCOMPARE(fieldSpy.first().at(0).value<ProviderAccount*>(), content.accounts().first());
+        QCOMPARE(fieldSpy.first().at(1).value<ProviderAccount::Fields>(),
+                 ProviderAccount::Fields(ProviderAccount::Field::status));
     }
 
     void firstLaunchWithEmptyStoreShowsOnboarding() {

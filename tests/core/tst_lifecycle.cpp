@@ -1,10 +1,10 @@
-#include "ContentView.h"
+#include "core/ContentView.h"
 
 #include "CoreFixtures.h"
 #include "FileProtection.h"
-#include "KeychainStore.h"
-#include "MockDataFactory.h"
-#include "OnboardingDraft.h"
+#include "onboarding/OnboardingDraft.h"
+#include "providers/MockDataFactory.h"
+#include "services/KeychainStore.h"
 
 #include <QProcess>
 #include <QSignalSpy>

@@ -1,8 +1,8 @@
-#include "ContentView.h"
+#include "core/ContentView.h"
 
-#include "CommandCenter.h"
 #include "CoreFixtures.h"
 #include "ScriptedProvider.h"
+#include "core/CommandCenter.h"
 #include "services/FakeNotificationServer.h"
 
 #include <QSignalSpy>

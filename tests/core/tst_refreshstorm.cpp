@@ -1,7 +1,7 @@
-#include "ContentView.h"
+#include "core/ContentView.h"
 
 #include "CoreFixtures.h"
-#include "MainWindow.h"
+#include "views/widgets/MainWindow.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>

@@ -1,6 +1,6 @@
-#include "DetailRoute.h"
-#include "EditorState.h"
-#include "SidebarSelection.h"
+#include "core/EditorState.h"
+#include "core/SidebarSelection.h"
+#include "views/DetailRoute.h"
 
 #include "CoreFixtures.h"
 

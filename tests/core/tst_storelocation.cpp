@@ -1,5 +1,5 @@
-#include "StoreLocation.h"
-#include "TallyfenApp.h"
+#include "core/StoreLocation.h"
+#include "core/TallyfenApp.h"
 
 #include <QDir>
 #include <QStandardPaths>

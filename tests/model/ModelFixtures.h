@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UsageWindow.h"
+#include "model/UsageWindow.h"
 
 #include <QString>
 

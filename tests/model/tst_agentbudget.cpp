@@ -1,4 +1,4 @@
-#include "AgentBudget.h"
+#include "model/AgentBudget.h"
 
 #include "TestSupport.h"
 

@@ -1,4 +1,4 @@
-#include "QuotaMath.h"
+#include "model/QuotaMath.h"
 
 #include "TestSupport.h"
 

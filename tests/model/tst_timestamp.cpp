@@ -1,6 +1,6 @@
-#include "Clock.h"
-#include "Timestamp.h"
-#include "UuidText.h"
+#include "model/Clock.h"
+#include "model/Timestamp.h"
+#include "model/UuidText.h"
 
 #include <QTest>
 #include <QTimeZone>

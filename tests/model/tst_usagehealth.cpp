@@ -1,4 +1,4 @@
-#include "UsageHealth.h"
+#include "model/UsageHealth.h"
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include "UsageHorizon.h"
+#include "model/UsageHorizon.h"
 
 #include <QTest>
 

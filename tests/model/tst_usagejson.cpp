@@ -1,4 +1,4 @@
-#include "UsageJson.h"
+#include "model/UsageJson.h"
 
 #include "ModelFixtures.h"
 

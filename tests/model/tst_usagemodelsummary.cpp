@@ -1,4 +1,4 @@
-#include "UsageModelSummary.h"
+#include "model/UsageModelSummary.h"
 
 #include "ModelFixtures.h"
 

@@ -1,4 +1,4 @@
-#include "UsageSnapshot.h"
+#include "model/UsageSnapshot.h"
 
 #include "ModelFixtures.h"
 

@@ -1,5 +1,5 @@
-#include "QuotaMath.h"
-#include "UsageWindow.h"
+#include "model/QuotaMath.h"
+#include "model/UsageWindow.h"
 
 #include "TestSupport.h"
 

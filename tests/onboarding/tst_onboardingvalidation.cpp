@@ -1,7 +1,7 @@
-#include "OnboardingDraft.h"
-#include "OnboardingPage.h"
-#include "OnboardingSavedDraft.h"
-#include "OnboardingValidation.h"
+#include "onboarding/OnboardingDraft.h"
+#include "onboarding/OnboardingPage.h"
+#include "onboarding/OnboardingSavedDraft.h"
+#include "onboarding/OnboardingValidation.h"
 
 #include "TestSupport.h"
 

@@ -1,4 +1,4 @@
-#include "HeaderValues.h"
+#include "providers/HeaderValues.h"
 
 #include "TestSupport.h"
 

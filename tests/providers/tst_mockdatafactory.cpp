@@ -1,5 +1,5 @@
-#include "MockDataFactory.h"
-#include "ProviderAccount.h"
+#include "providers/MockDataFactory.h"
+#include "store/ProviderAccount.h"
 
 #include <QTest>
 #include <QTimeZone>

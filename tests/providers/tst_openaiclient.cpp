@@ -1,5 +1,5 @@
-#include "OpenAIClient.h"
-#include "UsageProviderError.h"
+#include "providers/OpenAIClient.h"
+#include "providers/UsageProviderError.h"
 
 #include "FakeOpenAIServer.h"
 #include "SilentServer.h"

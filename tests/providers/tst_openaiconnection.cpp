@@ -1,6 +1,6 @@
-#include "OpenAIUsageProvider.h"
-#include "ProviderAccount.h"
-#include "UsageProviderError.h"
+#include "providers/OpenAIUsageProvider.h"
+#include "providers/UsageProviderError.h"
+#include "store/ProviderAccount.h"
 
 #include "FakeOpenAIServer.h"
 #include "TestSupport.h"

@@ -1,4 +1,4 @@
-#include "OpenAIRecords.h"
+#include "providers/OpenAIRecords.h"
 
 #include <QTest>
 

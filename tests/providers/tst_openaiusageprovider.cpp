@@ -1,8 +1,8 @@
-#include "ContentView.h"
-#include "KeychainStore.h"
-#include "OpenAIUsageProvider.h"
-#include "ProviderAccount.h"
-#include "UsageProviderError.h"
+#include "core/ContentView.h"
+#include "providers/OpenAIUsageProvider.h"
+#include "providers/UsageProviderError.h"
+#include "services/KeychainStore.h"
+#include "store/ProviderAccount.h"
 
 #include "FakeOpenAIServer.h"
 #include "SilentServer.h"

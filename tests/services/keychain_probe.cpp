@@ -8,10 +8,10 @@
 //   keychain_probe hang       claim the Secret Service name and never answer, then try
 //   keychain_probe persist D  read a secret from standard input, keep it in the keychain
 //                             and an account in the store and preferences in folder D
-#include "AccountStore.h"
-#include "KeychainStore.h"
-#include "Preferences.h"
-#include "UsageJson.h"
+#include "core/Preferences.h"
+#include "model/UsageJson.h"
+#include "services/KeychainStore.h"
+#include "store/AccountStore.h"
 
 #include "KeyringControl.h"
 

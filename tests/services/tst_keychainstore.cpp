@@ -1,7 +1,7 @@
 #include <libsecret/secret.h>
 
-#include "CredentialLifecycle.h"
-#include "KeychainStore.h"
+#include "services/CredentialLifecycle.h"
+#include "services/KeychainStore.h"
 
 #include <QElapsedTimer>
 #include <QProcess>

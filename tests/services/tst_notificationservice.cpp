@@ -1,6 +1,6 @@
 #include "FakeNotificationServer.h"
-#include "NotificationService.h"
-#include "ProviderAccount.h"
+#include "services/NotificationService.h"
+#include "store/ProviderAccount.h"
 
 #include <QElapsedTimer>
 #include <QTest>

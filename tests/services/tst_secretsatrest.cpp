@@ -1,4 +1,4 @@
-#include "KeychainStore.h"
+#include "services/KeychainStore.h"
 
 #include <QDir>
 #include <QDirIterator>

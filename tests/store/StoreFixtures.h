@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ProviderAccount.h"
-#include "UsageSnapshot.h"
+#include "model/UsageSnapshot.h"
+#include "store/ProviderAccount.h"
 
 // Builders for accounts and snapshots in store tests.
 inline UsageSnapshot snapshotAt(Timestamp capturedAt, QList<UsagePoint> history = {},

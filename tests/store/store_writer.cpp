@@ -1,5 +1,5 @@
 // Saves one account again and again until it is killed; prints each committed round.
-#include "AccountStore.h"
+#include "store/AccountStore.h"
 
 #include <QCoreApplication>
 #include <QTextStream>

@@ -1,8 +1,8 @@
-#include "AccountStore.h"
+#include "store/AccountStore.h"
 
 #include "FileProtection.h"
 #include "StoreFixtures.h"
-#include "UuidText.h"
+#include "model/UuidText.h"
 
 #include <QCryptographicHash>
 #include <QFile>

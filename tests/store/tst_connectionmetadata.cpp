@@ -1,5 +1,5 @@
-#include "ProviderAuthentication.h"
-#include "ProviderConnectionMetadata.h"
+#include "model/ProviderConnectionMetadata.h"
+#include "store/ProviderAuthentication.h"
 
 #include <QTest>
 

@@ -1,9 +1,9 @@
-#include "ProviderAccount.h"
+#include "store/ProviderAccount.h"
 
 #include "StoreFixtures.h"
 #include "TestSupport.h"
-#include "UsageJson.h"
-#include "UuidText.h"
+#include "model/UsageJson.h"
+#include "model/UuidText.h"
 
 #include <QScopeGuard>
 #include <QSignalSpy>

@@ -1,9 +1,9 @@
 // Renders the application's screens offscreen into PNG files, for people to look at.
 // Usage: render_screens <output folder>
-#include "ContentView.h"
-#include "MainWindow.h"
-#include "Preferences.h"
-#include "SettingsWindow.h"
+#include "core/ContentView.h"
+#include "core/Preferences.h"
+#include "views/widgets/MainWindow.h"
+#include "views/widgets/SettingsWindow.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,20 +1,57 @@
-#include "MainWindow.h"
+#include "views/widgets/MainWindow.h"
 
-#include "CommandCenter.h"
-#include "ContentView.h"
-#include "KeychainStore.h"
-#include "SettingsWindow.h"
-#include "TrackerCommands.h"
+#include "core/CommandCenter.h"
+#include "core/ContentView.h"
 #include "core/CoreFixtures.h"
+#include "services/KeychainStore.h"
+#include "views/SidebarModel.h"
+#include "views/widgets/SettingsWindow.h"
+#include "views/widgets/TrackerCommands.h"
 
 #include <QAction>
 #include <QLabel>
-#include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSplitter>
 #include <QTest>
+#include <QTreeView>
+
+namespace {
+QTreeView* sidebarOf(const MainWindow& window) {
+    return window.findChild<QTreeView*>(QStringLiteral("sidebar"));
+}
+
+SidebarModel* modelOf(const QTreeView* sidebar) {
+    return qobject_cast<SidebarModel*>(sidebar->model());
+}
+
+// The texts of the rows under "Accounts", top to bottom; empty without the section.
+QStringList accountRows(const QTreeView* sidebar) {
+    const SidebarModel* model = modelOf(sidebar);
+    const QModelIndex section = model->sectionIndex(SidebarModel::Section::accounts);
+    QStringList rows;
+    for (int row = 0; section.isValid() && row < model->rowCount(section); ++row) {
+        rows.append(model->index(row, 0, section).data().toString());
+    }
+    return rows;
+}
+
+QModelIndex accountRow(const QTreeView* sidebar, int row) {
+    const SidebarModel* model = modelOf(sidebar);
+    return model->index(row, 0, model->sectionIndex(SidebarModel::Section::accounts));
+}
+
+QModelIndex overviewRow(const QTreeView* sidebar) {
+    const SidebarModel* model = modelOf(sidebar);
+    return model->index(0, 0, model->sectionIndex(SidebarModel::Section::workspace));
+}
+
+// What choosing a row with the keyboard or the mouse does.
+void choose(QTreeView* sidebar, const QModelIndex& index) {
+    sidebar->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+}
+} // namespace
 
 class TestMainWindow final : public QObject {
     Q_OBJECT
@@ -28,7 +65,7 @@ private slots:
         QCOMPARE(window.minimumSize(), QSize(980, 650));
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        auto* sidebar = window.findChild<QListWidget*>(QStringLiteral("sidebar"));
+        QTreeView* sidebar = sidebarOf(window);
         QVERIFY(sidebar);
         QCOMPARE(sidebar->minimumWidth(), 230);
         QCOMPARE(sidebar->width(), 270);
@@ -90,8 +127,8 @@ private slots:
         QTest::keyClick(&window, Qt::Key_Delete, Qt::ControlModifier);
         QVERIFY(!content.showDeleteConfirmation()); // the overview is selected
 
-        auto* sidebar = window.findChild<QListWidget*>(QStringLiteral("sidebar"));
-        sidebar->setCurrentRow(1);
+        QTreeView* sidebar = sidebarOf(window);
+        choose(sidebar, accountRow(sidebar, 0));
         QCOMPARE(content.selection(), SidebarSelection::account(account->id()));
         QTest::keyClick(&window, Qt::Key_Delete, Qt::ControlModifier);
         QVERIFY(content.showDeleteConfirmation());
@@ -102,32 +139,32 @@ private slots:
         CoreFixture fixture;
         ContentView content(fixture.store.get(), fixture.preferences.get());
         MainWindow window(&content);
-        auto* sidebar = window.findChild<QListWidget*>(QStringLiteral("sidebar"));
+        QTreeView* sidebar = sidebarOf(window);
         auto* detail = window.findChild<QLabel*>(QStringLiteral("detail"));
-        QCOMPARE(sidebar->count(), 1);
-        QCOMPARE(sidebar->item(0)->text(), QStringLiteral("Overview"));
+        QCOMPARE(accountRows(sidebar), QStringList());
+        QCOMPARE(overviewRow(sidebar).data().toString(), QStringLiteral("Overview"));
+        QCOMPARE(sidebar->currentIndex(), overviewRow(sidebar));
         auto* title = window.findChild<QLabel*>(QStringLiteral("detailTitle"));
         QCOMPARE(title->text(), QStringLiteral("Overview"));
         QCOMPARE(detail->text(), QStringLiteral("No accounts yet."));
 
         ProviderAccount* account = fixture.addAccount(QStringLiteral(""), AIProvider::anthropic);
-        QCOMPARE(sidebar->count(), 2);
-        QCOMPARE(sidebar->item(1)->text(), QStringLiteral("Anthropic / Claude"));
+        QCOMPARE(accountRows(sidebar), QStringList{QStringLiteral("Anthropic / Claude")});
         account->setLabel(QStringLiteral("Claude Max"));
-        QCOMPARE(sidebar->item(1)->text(), QStringLiteral("Claude Max"));
+        QCOMPARE(accountRows(sidebar), QStringList{QStringLiteral("Claude Max")});
 
-        sidebar->setCurrentRow(1);
+        choose(sidebar, accountRow(sidebar, 0));
         QCOMPARE(title->text(), QStringLiteral("Claude Max"));
         QVERIFY(detail->text().contains(QStringLiteral("Not refreshed yet")));
 
         // The controller's selection moves the sidebar too.
         content.setSelection(SidebarSelection::overview());
-        QCOMPARE(sidebar->currentRow(), 0);
+        QCOMPARE(sidebar->currentIndex(), overviewRow(sidebar));
         content.setSelection(SidebarSelection::account(account->id()));
-        QCOMPARE(sidebar->currentRow(), 1);
+        QCOMPARE(sidebar->currentIndex(), accountRow(sidebar, 0));
 
         fixture.store->remove(account);
-        QCOMPARE(sidebar->count(), 1);
+        QCOMPARE(accountRows(sidebar), QStringList());
         QCOMPARE(title->text(), QStringLiteral("Account unavailable"));
         QCOMPARE(detail->text(), QStringLiteral("This account may have been removed."));
     }
@@ -150,14 +187,13 @@ private slots:
         QVERIFY(!welcome->isVisible());
         QVERIFY(fixture.preferences->onboardingCompleted());
 
-        auto* sidebar = window.findChild<QListWidget*>(QStringLiteral("sidebar"));
-        QCOMPARE(sidebar->count(), 4);
-        QCOMPARE(sidebar->item(1)->text(), QStringLiteral("OpenAI · Work API"));
-        QCOMPARE(sidebar->item(2)->text(), QStringLiteral("Claude · Personal"));
-        QCOMPARE(sidebar->item(3)->text(), QStringLiteral("Grok · Labs"));
+        QTreeView* sidebar = sidebarOf(window);
+        QCOMPARE(accountRows(sidebar),
+                 (QStringList{QStringLiteral("OpenAI · Work API"), QStringLiteral("Claude · Personal"),
+                              QStringLiteral("Grok · Labs")}));
 
         // Select Claude, give it a credential, and delete it from the menu.
-        sidebar->setCurrentRow(2);
+        choose(sidebar, accountRow(sidebar, 1));
         ProviderAccount* claude = content.accounts().at(1);
         const QUuid id = claude->id();
         const QString reference = claude->secretReference();
@@ -179,8 +215,8 @@ private slots:
 
         QTRY_VERIFY(!window.deleteDialog());
         QCOMPARE(content.selection(), SidebarSelection::overview());
-        QCOMPARE(sidebar->count(), 3);
-        QCOMPARE(sidebar->currentRow(), 0);
+        QCOMPARE(accountRows(sidebar).size(), 2);
+        QCOMPARE(sidebar->currentIndex(), overviewRow(sidebar));
         QVERIFY(!content.store()->account(id));
         QVERIFY(!KeychainStore::read(reference));
 

@@ -1,4 +1,4 @@
-#include "DetailRoute.h"
+#include "views/DetailRoute.h"
 
 DetailRoute DetailRoute::forSelection(const SidebarSelection& selection,
                                       const QList<ProviderAccount*>& accounts) {

@@ -1,6 +1,6 @@
-#include "TrackerCommands.h"
+#include "views/widgets/TrackerCommands.h"
 
-#include "CommandCenter.h"
+#include "core/CommandCenter.h"
 
 #include <QAction>
 #include <QApplication>

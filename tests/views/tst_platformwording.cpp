@@ -1,4 +1,4 @@
-#include "PlatformWording.h"
+#include "views/PlatformWording.h"
 
 #include <QTest>
 

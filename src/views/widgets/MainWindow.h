@@ -1,23 +1,26 @@
 #pragma once
 
-#include <QHash>
 #include <QMainWindow>
+#include <QSet>
 #include <QUuid>
 
 class ContentView;
 class ProviderAccount;
 class QLabel;
-class QListWidget;
-class QListWidgetItem;
 class QMessageBox;
+class QModelIndex;
 class QPushButton;
 class QStackedWidget;
 class QSplitter;
+class QTreeView;
 class SettingsWindow;
+class SidebarModel;
 class TrackerCommands;
 
 // The main window: the sidebar beside the detail area, the menu commands, and the
 // Settings window. It draws the controller's state and forwards what the operator does.
+// The sidebar draws a SidebarModel; the detail area redraws for the selection, the
+// list, and the fields of the accounts it shows; dialogs follow presentationChanged.
 class MainWindow final : public QMainWindow {
     Q_OBJECT
 
@@ -44,14 +47,15 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    void rebuildSidebar();
-    // A field of one account changed: its row now, the detail once this turn is over.
+    // Fields of one account changed: the detail redraws if it shows that account.
     void accountChanged(ProviderAccount* account);
     // Redraws the detail once the present turn of the event loop is over.
     void scheduleDetailUpdate();
+    bool detailShows(const QUuid& id) const;
     void syncSidebarSelection();
     void updateDetail();
-    void onSidebarRowChanged(int row);
+    void onSidebarCurrentChanged(const QModelIndex& current);
+    void presentOnboarding();
     void showSettings();
     QWidget* buildWelcome();
     void presentDialogs();
@@ -60,7 +64,8 @@ private:
 
     ContentView* m_content;
     QSplitter* m_splitter = nullptr;
-    QListWidget* m_sidebar = nullptr;
+    SidebarModel* m_sidebarModel = nullptr;
+    QTreeView* m_sidebar = nullptr;
     QStackedWidget* m_detailStack = nullptr;
     QWidget* m_welcome = nullptr;
     QLabel* m_detailTitle = nullptr;
@@ -74,7 +79,8 @@ private:
     TrackerCommands* m_commands = nullptr;
     SettingsWindow* m_settings = nullptr;
     bool m_appeared = false;
-    bool m_rebuilding = false;
+    bool m_syncingSelection = false;
     bool m_detailUpdateScheduled = false;
-    QHash<QUuid, QListWidgetItem*> m_sidebarItems;
+    // The accounts the detail area shows now.
+    QSet<QUuid> m_shownIDs;
 };

@@ -1,4 +1,4 @@
-#include "AppActivation.h"
+#include "views/widgets/AppActivation.h"
 
 #include <QWidget>
 

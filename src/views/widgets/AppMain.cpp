@@ -1,10 +1,10 @@
-#include "AppMain.h"
+#include "views/widgets/AppMain.h"
 
-#include "AppActivation.h"
-#include "ContentView.h"
-#include "MainWindow.h"
-#include "Preferences.h"
-#include "TallyfenApp.h"
+#include "core/ContentView.h"
+#include "core/Preferences.h"
+#include "core/TallyfenApp.h"
+#include "views/widgets/AppActivation.h"
+#include "views/widgets/MainWindow.h"
 
 #include <QApplication>
 #include <QProcessEnvironment>

@@ -1,5 +1,5 @@
 // macOS: a regular application that takes the foreground ignoring other applications.
-#include "AppActivation.h"
+#include "views/widgets/AppActivation.h"
 
 #include <QWidget>
 

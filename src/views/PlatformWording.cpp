@@ -1,4 +1,4 @@
-#include "PlatformWording.h"
+#include "views/PlatformWording.h"
 
 PlatformWording::Platform PlatformWording::current() {
 #ifdef Q_OS_MACOS

@@ -1,15 +1,18 @@
-#include "MainWindow.h"
+#include "views/widgets/MainWindow.h"
 
-#include "ContentView.h"
-#include "DetailRoute.h"
-#include "PlatformWording.h"
-#include "SettingsWindow.h"
-#include "TrackerCommands.h"
-#include "UuidText.h"
+#include "core/ContentView.h"
+#include "model/UuidText.h"
+#include "views/DetailRoute.h"
+#include "views/PlatformWording.h"
+#include "views/widgets/SettingsWindow.h"
+#include "views/widgets/TrackerCommands.h"
+
+#include "views/SidebarModel.h"
 
 #include <QHBoxLayout>
+#include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QLabel>
-#include <QListWidget>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -17,13 +20,10 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTimer>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 #include <algorithm>
-
-namespace {
-constexpr int kAccountIDRole = Qt::UserRole + 1;
-}
 
 MainWindow::MainWindow(ContentView* content, QWidget* parent)
     : QMainWindow(parent)
@@ -36,11 +36,26 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     m_splitter->setObjectName(QStringLiteral("mainSplitter"));
     m_splitter->setChildrenCollapsible(false);
 
-    m_sidebar = new QListWidget(m_splitter);
+    m_sidebarModel = new SidebarModel(m_content, this);
+    m_sidebar = new QTreeView(m_splitter);
     m_sidebar->setObjectName(QStringLiteral("sidebar"));
     m_sidebar->setAccessibleName(QStringLiteral("Accounts"));
     m_sidebar->setMinimumWidth(kSidebarMinimumWidth);
-    m_sidebar->setUniformItemSizes(true);
+    m_sidebar->setHeaderHidden(true);
+    m_sidebar->setRootIsDecorated(false);
+    m_sidebar->setItemsExpandable(false);
+    m_sidebar->setUniformRowHeights(true);
+    m_sidebar->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_sidebar->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_sidebar->setModel(m_sidebarModel);
+    m_sidebar->expandAll();
+    // The accounts section comes back when the first account arrives: open it.
+    connect(m_sidebarModel, &SidebarModel::rowsInserted, this, [this](const QModelIndex& under) {
+        if (!under.isValid()) {
+            m_sidebar->expandAll();
+        }
+        syncSidebarSelection();
+    });
 
     m_detailStack = new QStackedWidget(m_splitter);
     m_detailStack->setObjectName(QStringLiteral("detailStack"));
@@ -102,22 +117,23 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     m_settings = new SettingsWindow(this);
     connect(m_commands, &TrackerCommands::settingsRequested, this, &MainWindow::showSettings);
 
-    connect(m_sidebar, &QListWidget::currentRowChanged, this, &MainWindow::onSidebarRowChanged);
-    // The list itself changing rebuilds the sidebar; a field changing touches one row,
-    // so that a burst of refreshes costs one redraw rather than one per field.
-    connect(m_content->store(), &AccountStore::accountsChanged, this, [this] {
-        rebuildSidebar();
-        updateDetail();
-    });
-    connect(m_content->store(), &AccountStore::accountChanged, this, &MainWindow::accountChanged);
-    connect(m_content, &ContentView::refreshingChanged, this, &MainWindow::scheduleDetailUpdate);
-    connect(m_content, &ContentView::stateChanged, this, [this] {
+    connect(m_sidebar->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &MainWindow::onSidebarCurrentChanged);
+    // Each signal redraws what reads it: the list and the selection route the detail;
+    // a field redraws it only when it shows that account; a refresh starting or ending
+    // changes nothing on the placeholder detail but the account's own fields.
+    connect(m_content, &ContentView::accountListChanged, this, &MainWindow::updateDetail);
+    connect(m_content, &ContentView::accountChanged, this, &MainWindow::accountChanged);
+    connect(m_content, &ContentView::selectionChanged, this, [this] {
         syncSidebarSelection();
         updateDetail();
+    });
+    connect(m_content, &ContentView::presentationChanged, this, [this] {
+        presentOnboarding();
         presentDialogs();
     });
 
-    rebuildSidebar();
+    syncSidebarSelection();
     updateDetail();
 }
 
@@ -132,34 +148,14 @@ void MainWindow::showEvent(QShowEvent* event) {
     }
 }
 
-void MainWindow::rebuildSidebar() {
-    m_rebuilding = true;
-    m_sidebar->clear();
-    m_sidebarItems.clear();
-    auto* overview = new QListWidgetItem(QStringLiteral("Overview"), m_sidebar);
-    overview->setData(kAccountIDRole, QString());
-    int selectedRow = 0;
-    const std::optional<QUuid> selectedID = m_content->selection().accountID();
-    for (const ProviderAccount* account : m_content->accounts()) {
-        auto* item = new QListWidgetItem(account->displayName(), m_sidebar);
-        item->setData(kAccountIDRole, UuidText::toText(account->id()));
-        m_sidebarItems.insert(account->id(), item);
-        if (selectedID && *selectedID == account->id()) {
-            selectedRow = m_sidebar->count() - 1;
-        }
+void MainWindow::accountChanged(ProviderAccount* account) {
+    if (detailShows(account->id())) {
+        scheduleDetailUpdate();
     }
-    m_sidebar->setCurrentRow(selectedRow);
-    m_rebuilding = false;
 }
 
-void MainWindow::accountChanged(ProviderAccount* account) {
-    if (QListWidgetItem* item = m_sidebarItems.value(account->id())) {
-        const QString name = account->displayName();
-        if (item->text() != name) {
-            item->setText(name);
-        }
-    }
-    scheduleDetailUpdate();
+bool MainWindow::detailShows(const QUuid& id) const {
+    return m_shownIDs.contains(id);
 }
 
 void MainWindow::scheduleDetailUpdate() {
@@ -173,37 +169,48 @@ void MainWindow::scheduleDetailUpdate() {
 }
 
 void MainWindow::syncSidebarSelection() {
-    const std::optional<QUuid> selectedID = m_content->selection().accountID();
-    const QString wanted = selectedID ? UuidText::toText(*selectedID) : QString();
-    for (int row = 0; row < m_sidebar->count(); ++row) {
-        if (m_sidebar->item(row)->data(kAccountIDRole).toString() == wanted) {
-            if (m_sidebar->currentRow() != row) {
-                m_rebuilding = true;
-                m_sidebar->setCurrentRow(row);
-                m_rebuilding = false;
-            }
-            return;
-        }
-    }
-}
-
-void MainWindow::onSidebarRowChanged(int row) {
-    if (m_rebuilding || row < 0) {
+    const QModelIndex wanted = m_sidebarModel->indexFor(m_content->selection());
+    if (m_sidebar->currentIndex() == wanted) {
         return;
     }
-    const QString idText = m_sidebar->item(row)->data(kAccountIDRole).toString();
-    const auto id = UuidText::fromText(idText);
-    m_content->setSelection(id ? SidebarSelection::account(*id) : SidebarSelection::overview());
+    // An account the search hides stays selected; its row is simply not there.
+    m_syncingSelection = true;
+    if (wanted.isValid()) {
+        m_sidebar->selectionModel()->setCurrentIndex(wanted, QItemSelectionModel::ClearAndSelect);
+    } else {
+        m_sidebar->selectionModel()->clearCurrentIndex();
+        m_sidebar->selectionModel()->clearSelection();
+    }
+    m_syncingSelection = false;
 }
 
-void MainWindow::updateDetail() {
+void MainWindow::onSidebarCurrentChanged(const QModelIndex& current) {
+    if (m_syncingSelection) {
+        return;
+    }
+    if (const std::optional<SidebarSelection> selection = m_sidebarModel->selectionAt(current)) {
+        m_content->setSelection(*selection);
+    } else {
+        // A section heading: the selection stays where it was.
+        syncSidebarSelection();
+    }
+}
+
+void MainWindow::presentOnboarding() {
     if (m_content->showOnboarding() && !m_welcome) {
         // Built only when needed: most launches never show it.
         m_welcome = buildWelcome();
         m_detailStack->addWidget(m_welcome);
     }
     m_detailStack->setCurrentWidget(m_content->showOnboarding() ? m_welcome : m_detailStack->widget(0));
+}
+
+void MainWindow::updateDetail() {
     const DetailRoute route = DetailRoute::forSelection(m_content->selection(), m_content->accounts());
+    m_shownIDs.clear();
+    for (const ProviderAccount* account : route.accounts) {
+        m_shownIDs.insert(account->id());
+    }
     const bool anySamples =
         std::any_of(m_content->accounts().cbegin(), m_content->accounts().cend(),
                     [](const ProviderAccount* account) { return account->sampleDataEnabled(); });

@@ -1,4 +1,4 @@
-#include "SettingsWindow.h"
+#include "views/widgets/SettingsWindow.h"
 
 #include <QVBoxLayout>
 

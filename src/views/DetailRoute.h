@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ProviderAccount.h"
-#include "SidebarSelection.h"
+#include "core/SidebarSelection.h"
+#include "store/ProviderAccount.h"
 
 #include <QList>
 #include <QString>
