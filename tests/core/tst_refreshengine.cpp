@@ -1,3 +1,5 @@
+#include "core/RefreshEngine.h"
+
 #include "core/ContentView.h"
 
 #include "CoreFixtures.h"
@@ -10,6 +12,9 @@
 #include <QTimeZone>
 
 namespace {
+// How long a check that nothing is posted waits: far beyond a round trip on the bus.
+constexpr int kQuietMilliseconds = 300;
+
 UsageWindow shortWindow(double used, double limit = 100) {
     return UsageWindow{.id = QStringLiteral("requests-rate-window"),
                        .title = QStringLiteral("Requests / minute"),
@@ -29,9 +34,10 @@ UsageSnapshot officialSnapshot(double used, QStringList warnings = {}) {
 }
 
 // Waits until no refresh is in flight and the coalesced save has run.
-void settle(ContentView& content) {
-    QTRY_VERIFY(content.refreshingIDs().isEmpty());
-    QTRY_VERIFY(!content.store()->hasChanges());
+template <typename Owner>
+void settle(Owner& owner) {
+    QTRY_VERIFY(owner.refreshingIDs().isEmpty());
+    QTRY_VERIFY(!owner.store()->hasChanges());
 }
 } // namespace
 
@@ -45,8 +51,9 @@ private:
         return result;
     }
 
-    static void useScript(ContentView& content, std::shared_ptr<Script> scripted) {
-        content.setProviderMaker(
+    template <typename Owner>
+    static void useScript(Owner& owner, std::shared_ptr<Script> scripted) {
+        owner.setProviderMaker(
             [scripted](const ProviderAccount&) { return std::make_unique<ScriptedProvider>(scripted); });
     }
 
@@ -73,19 +80,19 @@ private slots:
                                 UsageProviderError::unauthorized(),
                                 UsageProviderError::rateLimited(),
                                 UsageProviderError::malformedResponse()};
-        QCOMPARE(ContentView::status(errors[static_cast<std::size_t>(kind)]).rawValue(), status);
+        QCOMPARE(RefreshEngine::status(errors[static_cast<std::size_t>(kind)]).rawValue(), status);
     }
 
     void mockAccountRefreshesLocally() {
         CoreFixture fixture;
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Sample"), AIProvider::anthropic);
         account->setConnectionMode(ConnectionMode::mock);
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        QSignalSpy finished(&content, &ContentView::refreshFinished);
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        QSignalSpy finished(&engine, &RefreshEngine::refreshFinished);
         Clock::setFixedNow(Timestamp(800'000'000));
-        content.refresh(account);
-        QVERIFY(content.refreshingIDs().contains(account->id()));
-        settle(content);
+        engine.refresh(account);
+        QVERIFY(engine.refreshingIDs().contains(account->id()));
+        settle(engine);
         QCOMPARE(finished.count(), 1);
         QCOMPARE(account->syncStatus(), SyncStatus(SyncStatus::current));
         QCOMPARE(account->syncMessage(), QStringLiteral("Refresh completed"));
@@ -105,9 +112,9 @@ private slots:
                           .windows = {shortWindow(10)},
                           .history = {},
                           .warnings = {QStringLiteral("Only one manual window is configured.")}});
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        content.refresh(account);
-        settle(content);
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        engine.refresh(account);
+        settle(engine);
         QCOMPARE(account->syncStatus(), SyncStatus(SyncStatus::partial));
         QCOMPARE(account->syncMessage(), QStringLiteral("Refresh completed with warnings"));
         QCOMPARE(account->snapshot()->source, UsageSource(UsageSource::manual));
@@ -121,9 +128,9 @@ private slots:
         account->setSnapshot(old);
         account->record(old);
         account->setLastRefreshAt(Timestamp(123));
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        content.refresh(account);
-        settle(content);
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        engine.refresh(account);
+        settle(engine);
         QCOMPARE(account->syncStatus(), SyncStatus(SyncStatus::unsupported));
         QCOMPARE(account->syncMessage(),
                  QStringLiteral(
@@ -137,9 +144,9 @@ private slots:
         CoreFixture fixture;
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Manual"), AIProvider::gemini);
         account->setConnectionMode(ConnectionMode::manual);
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        content.refresh(account);
-        settle(content);
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        engine.refresh(account);
+        settle(engine);
         QVERIFY(!account->snapshotData());
         QCOMPARE(account->syncStatus(), SyncStatus(SyncStatus::unsupported));
         QCOMPARE(account->syncMessage(),
@@ -182,10 +189,10 @@ private slots:
         CoreFixture fixture;
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Org"));
         account->setConnectionMode(ConnectionMode::apiKey);
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        useScript(content, script(outcomes[static_cast<std::size_t>(which)]));
-        content.refresh(account);
-        settle(content);
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        useScript(engine, script(outcomes[static_cast<std::size_t>(which)]));
+        engine.refresh(account);
+        settle(engine);
         QCOMPARE(account->syncStatus().rawValue(), status);
         QCOMPARE(account->syncMessage(), message);
         QVERIFY(!account->lastRefreshAt());
@@ -196,11 +203,11 @@ private slots:
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Org"));
         account->setConnectionMode(ConnectionMode::apiKey);
         account->setModelScope(QString());
-        ContentView content(fixture.store.get(), fixture.preferences.get());
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
         Clock::setFixedNow(Timestamp(900'000'000));
-        useScript(content, script(officialSnapshot(10)));
-        content.refresh(account);
-        settle(content);
+        useScript(engine, script(officialSnapshot(10)));
+        engine.refresh(account);
+        settle(engine);
         const auto metadata = account->detectedMetadata();
         QVERIFY(metadata);
         QCOMPARE(metadata->displayName, std::optional<QString>(QStringLiteral("OpenAI API organization")));
@@ -252,65 +259,65 @@ private slots:
         CoreFixture fixture;
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Gone soon"));
         const QUuid id = account->id();
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        content.refresh(account);
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        engine.refresh(account);
         fixture.store->remove(account);
-        QTRY_VERIFY(content.refreshingIDs().isEmpty());
+        QTRY_VERIFY(engine.refreshingIDs().isEmpty());
         QVERIFY(!fixture.store->account(id));
     }
 
     void queryRangeIsThirtyCalendarDays() {
         const QTimeZone berlin(QByteArrayLiteral("Europe/Berlin"));
         const Timestamp april = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 10), QTime(12, 0), berlin));
-        const DateInterval acrossSpring = ContentView::queryRange(april);
+        const DateInterval acrossSpring = RefreshEngine::queryRange(april);
         QCOMPARE(acrossSpring.end, april);
         QCOMPARE(acrossSpring.duration(), 30 * 86400.0 - 3600.0);
         const Timestamp november =
             Timestamp::fromDateTime(QDateTime(QDate(2026, 11, 10), QTime(12, 0), berlin));
-        QCOMPARE(ContentView::queryRange(november).duration(), 30 * 86400.0 + 3600.0);
+        QCOMPARE(RefreshEngine::queryRange(november).duration(), 30 * 86400.0 + 3600.0);
         const Timestamp july = Timestamp::fromDateTime(QDateTime(QDate(2026, 7, 10), QTime(12, 0), berlin));
-        QCOMPARE(ContentView::queryRange(july).duration(), 30 * 86400.0);
+        QCOMPARE(RefreshEngine::queryRange(july).duration(), 30 * 86400.0);
     }
 
     // ---- heartbeat ----
     void heartbeatFiresOnWholeIntervals() {
         CoreFixture fixture;
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Tick"), AIProvider::gemini);
-        ContentView content(fixture.store.get(), fixture.preferences.get());
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
         Clock::setFixedNow(Timestamp(1000));
-        content.onAppear();
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(1000));
+        engine.start(Clock::now());
+        QCOMPARE(engine.lastAutoRefreshAt(), Timestamp(1000));
 
-        content.tick(Timestamp(1000 + 3600)); // off by default: nothing
-        QCOMPARE(content.heartbeat(), Timestamp(4600));
-        QVERIFY(content.refreshingIDs().isEmpty());
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(1000));
+        engine.tick(Timestamp(1000 + 3600)); // off by default: nothing
+        QCOMPARE(engine.heartbeat(), Timestamp(4600));
+        QVERIFY(engine.refreshingIDs().isEmpty());
+        QCOMPARE(engine.lastAutoRefreshAt(), Timestamp(1000));
 
         fixture.preferences->setAutoRefreshEnabled(true);
         fixture.preferences->setAutoRefreshMinutes(15);
-        content.lastAutoRefreshAt(); // unchanged by the preference itself
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(1000));
-        content.tick(Timestamp(1000 + 3600)); // a whole interval passed long ago: fires at once
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(4600));
-        QVERIFY(content.refreshingIDs().contains(account->id()));
-        settle(content);
+        engine.lastAutoRefreshAt(); // unchanged by the preference itself
+        QCOMPARE(engine.lastAutoRefreshAt(), Timestamp(1000));
+        engine.tick(Timestamp(1000 + 3600)); // a whole interval passed long ago: fires at once
+        QCOMPARE(engine.lastAutoRefreshAt(), Timestamp(4600));
+        QVERIFY(engine.refreshingIDs().contains(account->id()));
+        settle(engine);
 
-        content.tick(Timestamp(4600 + 899));
-        QVERIFY(content.refreshingIDs().isEmpty());
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(4600));
-        content.tick(Timestamp(4600 + 900)); // equal fires
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(5500));
-        settle(content);
+        engine.tick(Timestamp(4600 + 899));
+        QVERIFY(engine.refreshingIDs().isEmpty());
+        QCOMPARE(engine.lastAutoRefreshAt(), Timestamp(4600));
+        engine.tick(Timestamp(4600 + 900)); // equal fires
+        QCOMPARE(engine.lastAutoRefreshAt(), Timestamp(5500));
+        settle(engine);
 
         fixture.preferences->setAutoRefreshMinutes(1); // takes effect at the next tick
-        content.tick(Timestamp(5560));
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(5560));
-        settle(content);
+        engine.tick(Timestamp(5560));
+        QCOMPARE(engine.lastAutoRefreshAt(), Timestamp(5560));
+        settle(engine);
 
         fixture.preferences->setAutoRefreshEnabled(false);
-        content.tick(Timestamp(9000));
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(5560));
-        QVERIFY(content.heartbeatTimer().isActive()); // the timer itself keeps running
+        engine.tick(Timestamp(9000));
+        QCOMPARE(engine.lastAutoRefreshAt(), Timestamp(5560));
+        QVERIFY(engine.heartbeatTimer().isActive()); // the timer itself keeps running
         QCOMPARE(account->snapshotHistory().size(), 3);
     }
 
@@ -319,13 +326,13 @@ private slots:
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Real"), AIProvider::xAI);
         fixture.preferences->setAutoRefreshEnabled(true);
         fixture.preferences->setAutoRefreshMinutes(1);
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        content.onAppear();
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        engine.start(Clock::now());
         // The real timer, shortened; its tick reads the real clock, a minute ahead.
         Clock::setFixedNow(Clock::now().addingSeconds(61));
-        content.heartbeatTimer().setInterval(20);
+        engine.heartbeatTimer().setInterval(20);
         QTRY_VERIFY(account->lastRefreshAt().has_value());
-        settle(content);
+        settle(engine);
         QCOMPARE(account->syncMessage(), QStringLiteral("Refresh completed"));
     }
 
@@ -336,34 +343,35 @@ private slots:
         CoreFixture fixture;
         fixture.preferences->setThresholdNotificationsEnabled(true);
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Work API"));
-        ContentView content(fixture.store.get(), fixture.preferences.get());
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
         auto scripted = script(officialSnapshot(95));
-        useScript(content, scripted);
+        useScript(engine, scripted);
         for (int i = 0; i < 5; ++i) {
-            content.refresh(account);
-            settle(content);
+            engine.refresh(account);
+            settle(engine);
         }
         QTRY_COMPARE(server.calls().size(), 1);
         QCOMPARE(server.calls().first().body,
                  QStringLiteral("Work API is at or above a tracked usage limit."));
-        QVERIFY(content.notifiedUrgentIDs().contains(account->id()));
+        QVERIFY(engine.notifiedUrgentIDs().contains(account->id()));
 
         scripted->outcome = UsageProviderError::fromHTTPStatus(500).value(); // a failure in between
-        content.refresh(account);
-        settle(content);
+        engine.refresh(account);
+        settle(engine);
         scripted->outcome = officialSnapshot(96);
-        content.refresh(account);
-        settle(content);
-        QTest::qWait(50);
+        QSignalSpy repeated(&server, &FakeNotificationServer::notified);
+        engine.refresh(account);
+        settle(engine);
+        QVERIFY(!repeated.wait(kQuietMilliseconds)); // no second notification, however long we wait
         QCOMPARE(server.calls().size(), 1);
 
         scripted->outcome = officialSnapshot(10); // recovers
-        content.refresh(account);
-        settle(content);
-        QVERIFY(!content.notifiedUrgentIDs().contains(account->id()));
+        engine.refresh(account);
+        settle(engine);
+        QVERIFY(!engine.notifiedUrgentIDs().contains(account->id()));
         scripted->outcome = officialSnapshot(99); // a new episode
-        content.refresh(account);
-        settle(content);
+        engine.refresh(account);
+        settle(engine);
         QTRY_COMPARE(server.calls().size(), 2);
         QCOMPARE(server.calls().at(1).replacesId, server.calls().at(0).assignedId);
     }
@@ -372,28 +380,30 @@ private slots:
         FakeNotificationServer server;
         CoreFixture fixture;
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Quiet"));
-        ContentView content(fixture.store.get(), fixture.preferences.get());
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
         auto scripted = script(officialSnapshot(95));
-        useScript(content, scripted);
-        content.refresh(account);
-        settle(content);
-        QVERIFY(!content.notifiedUrgentIDs().contains(account->id()));
+        useScript(engine, scripted);
+        engine.refresh(account);
+        settle(engine);
+        QVERIFY(!engine.notifiedUrgentIDs().contains(account->id()));
 
+        QSignalSpy posted(&server, &FakeNotificationServer::notified);
         fixture.preferences->setThresholdNotificationsEnabled(true); // asks permission, posts nothing
-        QTest::qWait(50);
+        QVERIFY(!posted.wait(kQuietMilliseconds));
         QCOMPARE(server.calls().size(), 0);
-        content.refresh(account);
-        settle(content);
+        engine.refresh(account);
+        settle(engine);
         QTRY_COMPARE(server.calls().size(), 1);
 
         // Off and on again within the episode: no repeat.
         fixture.preferences->setThresholdNotificationsEnabled(false);
-        content.refresh(account);
-        settle(content);
+        engine.refresh(account);
+        settle(engine);
         fixture.preferences->setThresholdNotificationsEnabled(true);
-        content.refresh(account);
-        settle(content);
-        QTest::qWait(50);
+        posted.clear();
+        engine.refresh(account);
+        settle(engine);
+        QVERIFY(!posted.wait(kQuietMilliseconds));
         QCOMPARE(server.calls().size(), 1);
     }
 };

@@ -22,6 +22,7 @@ uint FakeNotificationServer::Notify(const QString& appName, uint replacesId, con
                                     const QVariantMap& hints, int) {
     const uint id = replacesId != 0 ? replacesId : ++m_nextId;
     m_calls.append(Call{appName, replacesId, summary, body, hints, id});
+    Q_EMIT notified();
     return id;
 }
 

@@ -29,6 +29,10 @@ public:
     const QList<Call>& calls() const noexcept { return m_calls; }
     void clear() { m_calls.clear(); }
 
+signals:
+    // A Notify call arrived and was recorded.
+    void notified();
+
 public slots:
     uint Notify(const QString& appName, uint replacesId, const QString& appIcon, const QString& summary,
                 const QString& body, const QStringList& actions, const QVariantMap& hints, int expireTimeout);

@@ -18,6 +18,9 @@ Timestamp berlin(int year, int month, int day, int hour, int minute = 0) {
 }
 } // namespace
 
+using AccountChange = std::function<void(ProviderAccount&)>;
+Q_DECLARE_METATYPE(AccountChange)
+
 class TestProviderAccount final : public QObject {
     Q_OBJECT
 
@@ -565,6 +568,72 @@ private slots:
         account.setSampleDataEnabled(false);
         account.record(snapshotAt(Timestamp(1)));
         QCOMPARE(spy.count(), 3);
+    }
+
+    void changesSayTheirGroup_data() {
+        using Field = ProviderAccount::Field;
+        QTest::addColumn<AccountChange>("change");
+        QTest::addColumn<int>("group");
+        const auto row = [](const char* name, std::function<void(ProviderAccount&)> change, Field group) {
+            QTest::newRow(name) << std::move(change) << static_cast<int>(group);
+        };
+        row(
+            "label", [](ProviderAccount& a) { a.setLabel(QStringLiteral("x")); }, Field::identity);
+        row(
+            "provider", [](ProviderAccount& a) { a.setProvider(AIProvider::gemini); }, Field::identity);
+        row(
+            "kind", [](ProviderAccount& a) { a.setAccountKind(AccountKind::consumer); }, Field::identity);
+        row(
+            "plan", [](ProviderAccount& a) { a.setPlanName(QStringLiteral("Pro")); }, Field::identity);
+        row(
+            "identity", [](ProviderAccount& a) { a.setIdentityDetail(QStringLiteral("me")); },
+            Field::identity);
+        row(
+            "model scope", [](ProviderAccount& a) { a.setModelScope(QStringLiteral("m")); }, Field::identity);
+        row(
+            "renewal", [](ProviderAccount& a) { a.setRenewalDate(Timestamp(5)); }, Field::identity);
+        row(
+            "created", [](ProviderAccount& a) { a.setCreatedAt(Timestamp(5)); }, Field::identity);
+        row(
+            "agent scope", [](ProviderAccount& a) { a.setAgentScope(QStringLiteral("key:1")); },
+            Field::agents);
+        row(
+            "roster", [](ProviderAccount& a) { a.setAgentRosterText(QStringLiteral("a, b")); },
+            Field::agents);
+        row(
+            "budgets", [](ProviderAccount& a) { a.setAgentBudgetsData(QByteArrayLiteral("[]")); },
+            Field::agents);
+        row(
+            "agent count", [](ProviderAccount& a) { a.setAgentCount(4); }, Field::agents);
+        row(
+            "mode", [](ProviderAccount& a) { a.setConnectionMode(ConnectionMode::manual); },
+            Field::connection);
+        row(
+            "metadata", [](ProviderAccount& a) { a.setDetectedMetadataData(QByteArrayLiteral("{}")); },
+            Field::connection);
+        row(
+            "sample flag", [](ProviderAccount& a) { a.setSampleDataEnabled(false); }, Field::connection);
+        row(
+            "last refresh", [](ProviderAccount& a) { a.setLastRefreshAt(Timestamp(9)); }, Field::status);
+        row(
+            "status", [](ProviderAccount& a) { a.setSyncStatus(SyncStatus::offline); }, Field::status);
+        row(
+            "message", [](ProviderAccount& a) { a.setSyncMessage(QStringLiteral("m")); }, Field::status);
+        row(
+            "snapshot", [](ProviderAccount& a) { a.setSnapshotData(QByteArrayLiteral("{}")); }, Field::usage);
+        row(
+            "history", [](ProviderAccount& a) { a.setSnapshotHistoryData(QByteArrayLiteral("[]")); },
+            Field::usage);
+    }
+    void changesSayTheirGroup() {
+        QFETCH(AccountChange, change);
+        QFETCH(int, group);
+        ProviderAccount account(accountInit());
+        QSignalSpy spy(&account, &ProviderAccount::changed);
+        change(account);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(spy.first().first().value<ProviderAccount::Fields>(),
+                 ProviderAccount::Fields(static_cast<ProviderAccount::Field>(group)));
     }
 };
 
