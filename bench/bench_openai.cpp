@@ -89,11 +89,3 @@ void wholeRefreshAgainstLocalServer(benchmark::State& state) {
 }
 BENCHMARK(wholeRefreshAgainstLocalServer)->Unit(benchmark::kMillisecond);
 } // namespace
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -3,7 +3,6 @@
 #include "core/ContentView.h"
 #include "views/SidebarModel.h"
 
-#include <QCoreApplication>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -70,11 +69,3 @@ void heartbeatTick(benchmark::State& state) {
 }
 BENCHMARK(heartbeatTick)->Unit(benchmark::kMicrosecond);
 } // namespace
-
-int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}

@@ -1,6 +1,7 @@
 #include "core/AccountLifecycle.h"
 
 #include "CoreFixtures.h"
+#include "Drafts.h"
 #include "model/UuidText.h"
 #include "onboarding/OnboardingDraft.h"
 #include "onboarding/OnboardingResetMode.h"
@@ -21,11 +22,8 @@ private slots:
     void createdAccountIsSavedAndNamed() {
         CoreFixture fixture;
         AccountLifecycle lifecycle(fixture.store.get(), fixture.preferences.get());
-        OnboardingDraft draft;
-        draft.provider = AIProvider::xAI;
-        draft.accountKind = AccountKind::consumer;
-        draft.connectionMode = ConnectionMode::manual;
-        draft.label = QStringLiteral("  Grok at home ");
+        OnboardingDraft draft = draftFor(AIProvider::xAI, AccountKind::consumer, ConnectionMode::manual,
+                                         QStringLiteral("  Grok at home "));
         draft.manualShortUsed = 3;
         draft.manualShortLimit = 10;
         draft.manualWeeklyUsed = 30;
@@ -49,10 +47,7 @@ private slots:
     void apiKeyAccountKeepsItsKeyInTheKeychain() {
         CoreFixture fixture;
         AccountLifecycle lifecycle(fixture.store.get(), fixture.preferences.get());
-        OnboardingDraft draft;
-        draft.provider = AIProvider::openAI;
-        draft.accountKind = AccountKind::api;
-        draft.connectionMode = ConnectionMode::apiKey;
+        OnboardingDraft draft = draftFor(AIProvider::openAI, AccountKind::api, ConnectionMode::apiKey);
         draft.apiKey = QStringLiteral("sk-admin-lifecycle");
         const std::optional<QUuid> id = lifecycle.createOnboardingAccount(draft);
         QVERIFY(id);

@@ -1,6 +1,7 @@
 #include "core/ContentView.h"
 
 #include "CoreFixtures.h"
+#include "Drafts.h"
 #include "FileProtection.h"
 #include "onboarding/OnboardingDraft.h"
 #include "providers/MockDataFactory.h"
@@ -10,18 +11,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-
-namespace {
-OnboardingDraft manualDraft() {
-    OnboardingDraft draft;
-    draft.provider = AIProvider::anthropic;
-    draft.accountKind = AccountKind::consumer;
-    draft.connectionMode = ConnectionMode::manual;
-    draft.label = QStringLiteral("Claude Max");
-    return draft;
-}
-
-} // namespace
 
 class TestLifecycle final : public QObject {
     Q_OBJECT
