@@ -1,6 +1,7 @@
 #include "core/RefreshEngine.h"
 
 #include "model/Clock.h"
+#include "model/UsageJson.h"
 #include "providers/OfficialMetadata.h"
 #include "providers/ProviderFactory.h"
 #include "providers/UsageProviderError.h"
@@ -113,6 +114,12 @@ QCoro::Task<> RefreshEngine::run(ProviderAccount& target) {
     }
     if (!self) {
         co_return; // the engine is gone
+    }
+
+    // A snapshot that can't be stored (a number that is not finite got through) is a
+    // failed refresh: storing it would wipe the last good one.
+    if (snapshot && !UsageJson::encode(*snapshot)) {
+        snapshot.reset();
     }
 
     // An account deleted while its refresh was in flight has nothing left to show it.

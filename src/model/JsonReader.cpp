@@ -17,9 +17,20 @@ JsonReader::JsonReader(simdjson::dom::element element, std::string_view record)
     }
 }
 
-simdjson::dom::element JsonReader::parse(QByteArrayView json) {
-    // One parser keeps its buffers between documents, whatever record they hold.
+namespace {
+// One parser keeps its buffers between documents, whatever record they hold.
+simdjson::dom::parser& sharedParser() {
     static thread_local simdjson::dom::parser parser;
+    return parser;
+}
+} // namespace
+
+simdjson::dom::element JsonReader::parse(QByteArrayView json) {
+    if (json.isEmpty()) {
+        // An empty body (a 204, say) is no document; simdjson is never handed a null buffer.
+        fail(QStringLiteral("not valid JSON: the document is empty"));
+    }
+    simdjson::dom::parser& parser = sharedParser();
     simdjson::dom::element root;
     const auto error =
         parser.parse(json.data(), static_cast<std::size_t>(json.size()), /*realloc_if_needed=*/true)
@@ -76,6 +87,13 @@ std::optional<Timestamp> JsonReader::optionalTimestamp(std::string_view key) con
         return Timestamp(*seconds);
     }
     return std::nullopt;
+}
+
+void JsonReader::releaseLargeBuffers() {
+    simdjson::dom::parser& parser = sharedParser();
+    if (parser.capacity() > kKeptCapacity) {
+        parser = simdjson::dom::parser(); // the old buffers go with the old parser
+    }
 }
 
 bool JsonReader::requiredBool(std::string_view key) const {

@@ -28,6 +28,10 @@ public:
     // Parses a whole document with the main thread's one parser; the element lives until
     // the next parse, so callers read it to the end before anything else decodes.
     static simdjson::dom::element parse(QByteArrayView json);
+    // The parser keeps its buffers for the next document of ordinary size; after a large
+    // one it gives them back. Decoders call this when they are done with the element.
+    static void releaseLargeBuffers();
+    static constexpr std::size_t kKeptCapacity = 4U * 1024U * 1024U;
 
     std::optional<simdjson::dom::element> member(std::string_view key) const;
     simdjson::dom::element requiredMember(std::string_view key) const;
@@ -36,6 +40,8 @@ public:
     std::optional<QString> optionalString(std::string_view key) const;
     double requiredNumber(std::string_view key) const;
     std::optional<double> optionalNumber(std::string_view key) const;
+    // Stored dates read back to the very bit, however far out; the calendar clamps them
+    // when it converts (Timestamp::clamped), so nothing stored is lost or misread.
     Timestamp requiredTimestamp(std::string_view key) const;
     std::optional<Timestamp> optionalTimestamp(std::string_view key) const;
     QStringList requiredStringList(std::string_view key) const;

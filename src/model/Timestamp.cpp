@@ -9,7 +9,8 @@ Timestamp Timestamp::fromDateTime(const QDateTime& dateTime) {
 }
 
 QDateTime Timestamp::toDateTime() const {
-    const double milliseconds = std::round(unixSeconds() * 1000.0);
+    // Clamped first: a moment beyond the range would not fit the milliseconds' integer.
+    const double milliseconds = std::round(clamped().unixSeconds() * 1000.0);
     return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(milliseconds), QTimeZone::systemTimeZone());
 }
 

@@ -13,6 +13,10 @@ class Timestamp final {
 public:
     // Seconds between the Unix epoch and the reference date.
     static constexpr double kUnixOffset = 978307200.0;
+    // The dates the program works with: about 3,000 years either side of the reference
+    // date. Anything further, or not a number at all, is no date a provider or a person
+    // means, and readers refuse it rather than let it reach the calendar.
+    static constexpr double kLimitSeconds = 1e11;
 
     constexpr Timestamp() noexcept = default;
     constexpr explicit Timestamp(double secondsSinceReference) noexcept
@@ -32,6 +36,20 @@ public:
         return Timestamp(m_seconds + seconds);
     }
     constexpr double secondsSince(Timestamp earlier) const noexcept { return m_seconds - earlier.m_seconds; }
+
+    // True for a finite moment within the working range of dates.
+    static constexpr bool isWithinRange(double secondsSinceReference) noexcept {
+        // Written so that NaN fails too.
+        return secondsSinceReference >= -kLimitSeconds && secondsSinceReference <= kLimitSeconds;
+    }
+    constexpr bool isWithinRange() const noexcept { return isWithinRange(m_seconds); }
+    // The nearest moment within the working range (the reference date for NaN).
+    constexpr Timestamp clamped() const noexcept {
+        if (isWithinRange()) {
+            return *this;
+        }
+        return Timestamp(m_seconds > 0 ? kLimitSeconds : m_seconds < 0 ? -kLimitSeconds : 0.0);
+    }
 
     friend constexpr bool operator==(Timestamp, Timestamp) noexcept = default;
     friend constexpr auto operator<=>(Timestamp a, Timestamp b) noexcept {

@@ -3,6 +3,7 @@
 #include "model/JsonReader.h"
 #include "model/JsonWriter.h"
 
+#include <QScopeGuard>
 #include <type_traits>
 
 namespace {
@@ -281,6 +282,7 @@ JsonResult<QByteArray> UsageJson::encode(const T& value) {
 
 template <typename T>
 JsonResult<T> UsageJson::decode(QByteArrayView json) {
+    const auto release = qScopeGuard([] { JsonReader::releaseLargeBuffers(); });
     try {
         return JsonResult<T>::success(read<T>(JsonReader::parse(json)));
     } catch (const JsonReader::Failure& failure) {

@@ -2,6 +2,8 @@
 
 #include <QRegularExpression>
 
+#include <cmath>
+
 HeaderValues::HeaderValues(const QList<QPair<QByteArray, QByteArray>>& rawHeaders) {
     for (const auto& [name, value] : rawHeaders) {
         m_values.insert(QString::fromLatin1(name).toLower(), QString::fromLatin1(value));
@@ -24,7 +26,8 @@ std::optional<double> HeaderValues::number(const QString& name) const {
     // The whole text must be the number: no blanks around it, the C locale's grammar.
     bool ok = false;
     const double value = text->toDouble(&ok);
-    if (!ok || text->trimmed().size() != text->size()) {
+    // "nan", "inf" and overflowing exponents parse, but are no count a server means.
+    if (!ok || !std::isfinite(value) || text->trimmed().size() != text->size()) {
         return std::nullopt;
     }
     return value;
@@ -39,7 +42,8 @@ std::optional<Timestamp> HeaderValues::resetDate(const QString& name, Timestamp 
     if (!seconds) {
         return std::nullopt;
     }
-    return now.addingSeconds(*seconds);
+    const Timestamp reset = now.addingSeconds(*seconds);
+    return reset.isWithinRange() ? std::optional<Timestamp>(reset) : std::nullopt;
 }
 
 std::optional<double> HeaderValues::duration(const QString& text) {
@@ -59,8 +63,8 @@ std::optional<double> HeaderValues::duration(const QString& text) {
         }
         bool ok = false;
         const double amount = match.captured(1).toDouble(&ok);
-        if (!ok) {
-            continue;
+        if (!ok || !std::isfinite(amount)) {
+            return std::nullopt; // an amount too large to read: no duration, not zero
         }
         const QString unit = match.captured(2);
         const double factor = unit == u"ms"  ? 0.001
@@ -70,5 +74,6 @@ std::optional<double> HeaderValues::duration(const QString& text) {
                                              : 86400.0;
         total += amount * factor;
     }
-    return matched ? std::optional<double>(total) : std::nullopt;
+    // Hundreds of digits sum to infinity: no duration at all.
+    return matched && std::isfinite(total) ? std::optional<double>(total) : std::nullopt;
 }

@@ -2,6 +2,8 @@
 
 #include "model/JsonReader.h"
 
+#include <QScopeGuard>
+
 namespace {
 template <typename T, typename Read>
 QList<T> listOf(const JsonReader& in, std::string_view key, Read read) {
@@ -22,9 +24,18 @@ OpenAIRecords::UsageResult usageResult(simdjson::dom::element element) {
             .userID = in.optionalString("user_id")};
 }
 
+// A bucket's start as whole Unix seconds, refused beyond the working range of dates.
+qint64 startTime(const JsonReader& in) {
+    const qint64 seconds = in.requiredInteger("start_time");
+    if (!Timestamp::fromUnixSeconds(static_cast<double>(seconds)).isWithinRange()) {
+        JsonReader::fail(QStringLiteral("bucket \"start_time\" is not a date within range"));
+    }
+    return seconds;
+}
+
 OpenAIRecords::UsageBucket usageBucket(simdjson::dom::element element) {
     const JsonReader in(element, "usage bucket");
-    return {.startTime = in.requiredInteger("start_time"),
+    return {.startTime = startTime(in),
             .results = listOf<OpenAIRecords::UsageResult>(in, "results", usageResult)};
 }
 
@@ -41,7 +52,7 @@ OpenAIRecords::CostResult costResult(simdjson::dom::element element) {
 
 OpenAIRecords::CostBucket costBucket(simdjson::dom::element element) {
     const JsonReader in(element, "cost bucket");
-    return {.startTime = in.requiredInteger("start_time"),
+    return {.startTime = startTime(in),
             .results = listOf<OpenAIRecords::CostResult>(in, "results", costResult)};
 }
 
@@ -63,6 +74,7 @@ OpenAIRecords::ProjectRateLimit rateLimit(simdjson::dom::element element) {
 
 template <typename T, typename Read>
 JsonResult<T> decode(QByteArrayView body, Read read) {
+    const auto release = qScopeGuard([] { JsonReader::releaseLargeBuffers(); });
     try {
         return JsonResult<T>::success(read(JsonReader::parse(body)));
     } catch (const JsonReader::Failure& failure) {

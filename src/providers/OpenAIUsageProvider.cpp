@@ -25,6 +25,12 @@ QStringList trimmedPieces(const QString& text) {
     return pieces;
 }
 
+// A sum or difference of server numbers, as long as it stayed a number: extreme values
+// can overflow to infinity, which no snapshot can hold.
+std::optional<double> finiteOrAbsent(double value) {
+    return std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
+}
+
 QString unixSeconds(Timestamp moment) {
     return QString::number(static_cast<qint64>(std::trunc(moment.unixSeconds())));
 }
@@ -37,7 +43,7 @@ UsageWindow rateWindow(const HeaderValues& headers, Timestamp now, const QString
                        .title = title,
                        .unit = unit,
                        .horizon = UsageHorizon::shortTerm,
-                       .used = limit && remaining ? std::optional<double>(*limit - *remaining) : std::nullopt,
+                       .used = limit && remaining ? finiteOrAbsent(*limit - *remaining) : std::nullopt,
                        .limit = limit,
                        .reportedRemaining = remaining,
                        .resetAt = headers.resetDate(QStringLiteral("x-ratelimit-reset-") + kind, now),
@@ -72,7 +78,7 @@ UsageWindow historicalWindow(const QString& id, const QString& title, UsageUnit 
                        .horizon = UsageHorizon::historical,
                        .modelName = std::move(model),
                        .agentLabel = std::move(agent),
-                       .used = used,
+                       .used = finiteOrAbsent(used),
                        .note = note};
 }
 
@@ -405,9 +411,11 @@ UsageSnapshot OpenAIUsageProvider::assemble(const OpenAIRecords::UsageResponse& 
         for (const OpenAIRecords::UsageResult& row : bucket.results) {
             requests += row.modelRequests.value_or(0.0);
         }
-        history.append(UsagePoint{.date = Timestamp::fromUnixSeconds(static_cast<double>(bucket.startTime)),
-                                  .value = requests,
-                                  .unit = UsageUnit::requests});
+        if (std::isfinite(requests)) { // a day whose sum overflowed has no point
+            history.append(UsagePoint{.date = Timestamp::fromUnixSeconds(static_cast<double>(bucket.startTime)),
+                                      .value = requests,
+                                      .unit = UsageUnit::requests});
+        }
     }
 
     QStringList warnings;
@@ -451,17 +459,19 @@ UsageSnapshot OpenAIUsageProvider::assemble(const OpenAIRecords::UsageResponse& 
                         day += *row.amount->value;
                     }
                 }
-                billing.append(
-                    UsagePoint{.date = Timestamp::fromUnixSeconds(static_cast<double>(bucket.startTime)),
-                               .value = day,
-                               .unit = UsageUnit::dollars});
+                if (std::isfinite(day)) {
+                    billing.append(
+                        UsagePoint{.date = Timestamp::fromUnixSeconds(static_cast<double>(bucket.startTime)),
+                                   .value = day,
+                                   .unit = UsageUnit::dollars});
+                }
             }
             windows.append(UsageWindow{
                 .id = QStringLiteral("spend-selected-range"),
                 .title = QStringLiteral("API spend / selected range"),
                 .unit = UsageUnit::dollars,
                 .horizon = UsageHorizon::billing,
-                .used = total,
+                .used = finiteOrAbsent(total),
                 .note = QStringLiteral(
                     "Cost from the official organization costs endpoint; no budget ceiling reported")});
         } else {

@@ -3,6 +3,7 @@
 #include "model/JsonReader.h"
 #include "model/JsonWriter.h"
 
+#include <QScopeGuard>
 #include <QHashFunctions>
 
 #include <array>
@@ -35,6 +36,7 @@ QByteArray ProviderCapabilities::toJson() const {
 }
 
 JsonResult<ProviderCapabilities> ProviderCapabilities::fromJson(QByteArrayView json) {
+    const auto release = qScopeGuard([] { JsonReader::releaseLargeBuffers(); });
     try {
         const JsonReader in(JsonReader::parse(json), "ProviderCapabilities");
         ProviderCapabilities capabilities = unsupported;

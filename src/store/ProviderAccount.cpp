@@ -39,7 +39,7 @@ QString orEmpty(const std::optional<QString>& text) {
 
 // The local calendar day a moment falls on, in the user's time zone.
 qint64 localDayKey(Timestamp moment) {
-    const auto milliseconds = static_cast<qint64>(std::floor(moment.unixSeconds() * 1000.0));
+    const auto milliseconds = static_cast<qint64>(std::floor(moment.clamped().unixSeconds() * 1000.0));
     return QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::LocalTime).date().toJulianDay();
 }
 } // namespace
@@ -237,19 +237,29 @@ std::optional<ProviderConnectionMetadata> ProviderAccount::detectedMetadata() co
     return decodeOptional<ProviderConnectionMetadata>(m_row.detectedMetadataData);
 }
 
-void ProviderAccount::setDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata) {
-    setDetectedMetadataData(encodeOptional(metadata));
+bool ProviderAccount::setDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata) {
+    const std::optional<QByteArray> bytes = encodeOptional(metadata);
+    if (!bytes) {
+        return false; // what can't be written leaves the stored value as it is
+    }
+    setDetectedMetadataData(bytes);
+    return true;
 }
 
 std::optional<UsageSnapshot> ProviderAccount::snapshot() const {
     return cachedSnapshot();
 }
 
-void ProviderAccount::setSnapshot(const std::optional<UsageSnapshot>& snapshot) {
-    setSnapshotData(encodeOptional(snapshot));
-    if (snapshot && m_row.snapshotData) {
+bool ProviderAccount::setSnapshot(const std::optional<UsageSnapshot>& snapshot) {
+    const std::optional<QByteArray> bytes = encodeOptional(snapshot);
+    if (!bytes) {
+        return false; // what can't be written leaves the stored snapshot as it is
+    }
+    setSnapshotData(bytes);
+    if (snapshot) {
         m_snapshotCache.prime(m_row.snapshotData, snapshot);
     }
+    return true;
 }
 
 QList<AgentBudget> ProviderAccount::agentBudgets() const {
@@ -272,16 +282,25 @@ const QList<UsageSnapshot>& ProviderAccount::cachedHistory() const {
     return m_historyCache.get(snapshotHistoryData(), decodeList<UsageSnapshot>);
 }
 
-void ProviderAccount::record(const UsageSnapshot& snapshot) {
+bool ProviderAccount::record(const UsageSnapshot& snapshot) {
+    ensureHistoryLoaded();
+    if (m_loadHistory) {
+        // The stored history could not be read: writing now would put one snapshot in
+        // place of up to 90. It stays as it is on disk until a read succeeds.
+        return false;
+    }
     QList<UsageSnapshot> history = cachedHistory();
     history.append(snapshot);
     if (history.size() > kHistoryLimit) {
         history.remove(0, history.size() - kHistoryLimit);
     }
-    setSnapshotHistoryData(UsageJson::encode(history).toOptional());
-    if (m_row.snapshotHistoryData) {
-        m_historyCache.prime(m_row.snapshotHistoryData, std::move(history));
+    const std::optional<QByteArray> bytes = UsageJson::encode(history).toOptional();
+    if (!bytes) {
+        return false;
     }
+    setSnapshotHistoryData(bytes);
+    m_historyCache.prime(m_row.snapshotHistoryData, std::move(history));
+    return true;
 }
 
 void ProviderAccount::applyDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata) {

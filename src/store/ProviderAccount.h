@@ -161,17 +161,20 @@ public:
 
     // ---- blob views; reading never fails ----
     std::optional<ProviderConnectionMetadata> detectedMetadata() const;
-    // Absent is stored as the JSON value null, not as absent bytes.
-    void setDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata);
+    // Absent is stored as the JSON value null, not as absent bytes. A value that can't be
+    // encoded (a number that is not finite) changes nothing and gives false.
+    bool setDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata);
     std::optional<UsageSnapshot> snapshot() const;
-    void setSnapshot(const std::optional<UsageSnapshot>& snapshot);
+    bool setSnapshot(const std::optional<UsageSnapshot>& snapshot);
     QList<AgentBudget> agentBudgets() const;
     void setAgentBudgets(const QList<AgentBudget>& budgets);
     QList<UsageSnapshot> snapshotHistory() const;
 
     // ---- operations and status ----
-    // Appends to the kept history (the last 90); the caller sets `snapshot` itself.
-    void record(const UsageSnapshot& snapshot);
+    // Appends to the kept history (the last 90); the caller sets `snapshot` itself. False,
+    // and nothing written, when the stored history could not be read or the snapshot
+    // can't be encoded.
+    bool record(const UsageSnapshot& snapshot);
     // Fills identity and model scope where they are blank; never overwrites them.
     void applyDetectedMetadata(const std::optional<ProviderConnectionMetadata>& metadata);
 

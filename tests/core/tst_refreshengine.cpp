@@ -11,6 +11,8 @@
 #include <QTest>
 #include <QTimeZone>
 
+#include <limits>
+
 namespace {
 // How long a check that nothing is posted waits: far beyond a round trip on the bus.
 constexpr int kQuietMilliseconds = 300;
@@ -138,6 +140,39 @@ private slots:
         QCOMPARE(account->snapshot(), std::optional<UsageSnapshot>(old));
         QCOMPARE(account->snapshotHistory().size(), 1);
         QCOMPARE(account->lastRefreshAt(), std::optional<Timestamp>(Timestamp(123)));
+    }
+
+    void aSnapshotThatCantBeStoredIsAFailedRefresh() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("Org"));
+        account->setConnectionMode(ConnectionMode::apiKey);
+        const UsageSnapshot old = officialSnapshot(10);
+        account->setSnapshot(old);
+        account->record(old);
+        account->record(old);
+        const ProviderConnectionMetadata metadata{.displayName = QStringLiteral("Acme"),
+                                                  .sourceDescription = QStringLiteral("Official")};
+        account->setDetectedMetadata(metadata);
+        account->setLastRefreshAt(Timestamp(123));
+        QVERIFY(fixture.store->save());
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        UsageSnapshot broken = officialSnapshot(std::numeric_limits<double>::quiet_NaN());
+        broken.windows[0].limit = std::numeric_limits<double>::infinity();
+        useScript(engine, script(broken));
+        engine.refresh(account);
+        settle(engine);
+        QCOMPARE(account->syncStatus(), SyncStatus(SyncStatus::offline));
+        QCOMPARE(account->syncMessage(), QStringLiteral("Refresh failed; existing snapshot was kept"));
+        QCOMPARE(account->snapshot(), std::optional<UsageSnapshot>(old));
+        QCOMPARE(account->snapshotHistory().size(), 2);
+        QCOMPARE(account->detectedMetadata(), std::optional(metadata));
+        QCOMPARE(account->lastRefreshAt(), std::optional<Timestamp>(Timestamp(123)));
+
+        QString error;
+        auto reopened = AccountStore::open(fixture.store->path(), &error);
+        QVERIFY2(reopened, qPrintable(error));
+        QCOMPARE(reopened->accounts().first()->snapshot(), std::optional<UsageSnapshot>(old));
+        QCOMPARE(reopened->accounts().first()->snapshotHistory().size(), 2);
     }
 
     void failureWithoutASnapshotLeavesNone() {

@@ -3,7 +3,9 @@
 #include "model/UuidText.h"
 
 #include <QTest>
+
 #include <QTimeZone>
+#include <limits>
 
 class TestTimestamp final : public QObject {
     Q_OBJECT
@@ -29,6 +31,19 @@ private slots:
     void dateTimeKeepsMilliseconds() {
         const Timestamp t(785000000.125);
         QCOMPARE(Timestamp::fromDateTime(t.toDateTime()), t);
+    }
+
+    void datesBeyondTheRangeAreClamped() {
+        QVERIFY(Timestamp(0).isWithinRange());
+        QVERIFY(Timestamp(-Timestamp::kLimitSeconds).isWithinRange());
+        QVERIFY(!Timestamp(1e300).isWithinRange());
+        QVERIFY(!Timestamp(std::numeric_limits<double>::quiet_NaN()).isWithinRange());
+        QCOMPARE(Timestamp(1e300).clamped(), Timestamp(Timestamp::kLimitSeconds));
+        QCOMPARE(Timestamp(-1e300).clamped(), Timestamp(-Timestamp::kLimitSeconds));
+        QCOMPARE(Timestamp(std::numeric_limits<double>::quiet_NaN()).clamped(), Timestamp(0));
+        // A date far beyond any calendar still gives a valid date-time, never an overflow.
+        QVERIFY(Timestamp(1e300).toDateTime().isValid());
+        QCOMPARE(Timestamp(1e300).toDateTime(), Timestamp(Timestamp::kLimitSeconds).toDateTime());
     }
 
     void clockCanBeHeldStill() {

@@ -57,6 +57,33 @@ private slots:
         QCOMPARE(headers.number(QStringLiteral("missing")), OptionalDouble());
     }
 
+    void numbersThatAreNoCount_data() {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("nan") << QByteArray("nan");
+        QTest::newRow("NaN") << QByteArray("NaN");
+        QTest::newRow("inf") << QByteArray("inf");
+        QTest::newRow("-inf") << QByteArray("-inf");
+        QTest::newRow("overflowing exponent") << QByteArray("1e999");
+    }
+    void numbersThatAreNoCount() {
+        QFETCH(QByteArray, text);
+        const HeaderValues headers({{"x-ratelimit-limit-requests", text}});
+        QCOMPARE(headers.number(QStringLiteral("x-ratelimit-limit-requests")), OptionalDouble());
+    }
+
+    void durationsBeyondAnyDate() {
+        QVERIFY(!HeaderValues::duration(QString(400, u'9') + u's')); // too large to read
+        QVERIFY(!HeaderValues::duration(QString(305, u'9') +
+                                        QStringLiteral("h"))); // reads, but × 3600 is infinite
+        const HeaderValues headers(
+            {{"nines", QByteArray(300, '9') + "d"}, {"far", "99999999999999d"}, {"near", "3000d"}});
+        const Timestamp now(800'000'000);
+        QVERIFY(!headers.resetDate(QStringLiteral("nines"), now));
+        QVERIFY(!headers.resetDate(QStringLiteral("far"), now)); // finite, but beyond the dates we keep
+        QCOMPARE(headers.resetDate(QStringLiteral("near"), now),
+                 std::optional(now.addingSeconds(3000 * 86400.0)));
+    }
+
     void resetDates() {
         const HeaderValues headers({{"x-ratelimit-reset-tokens", "6m0s"}, {"zero", "0s"}, {"plain", "12"}});
         const Timestamp now(5000);

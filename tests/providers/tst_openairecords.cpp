@@ -64,6 +64,8 @@ private slots:
         QTest::newRow("model as a number")
             << QByteArray(R"({"data":[{"start_time":1,"results":[{"model":4}]}]})");
         QTest::newRow("empty body") << QByteArray();
+        QTest::newRow("start time beyond the range of dates")
+            << QByteArray(R"({"data":[{"start_time":9223372036854775807,"results":[]}]})");
         QTest::newRow("not JSON") << QByteArray("<html>Bad gateway</html>");
         QTest::newRow("error envelope") << QByteArray(
             R"({"error":{"message":"Incorrect API key provided","type":"invalid_request_error",)"

@@ -1,4 +1,5 @@
 #include "core/ContentView.h"
+#include "model/UsageJson.h"
 #include "providers/OpenAIUsageProvider.h"
 #include "providers/UsageProviderError.h"
 #include "services/KeychainStore.h"
@@ -143,6 +144,33 @@ private slots:
                  QStringLiteral("model-gpt-4o") + QChar(0x1f) + QStringLiteral("user-b-requests"));
         QCOMPARE(s.modelSummaries[1].windows[0].agentLabel, std::optional<QString>(QStringLiteral("user-b")));
         QVERIFY(s.hasAgentAttribution());
+    }
+
+    void numbersThatOverflowNeverReachTheSnapshot() {
+        const HeaderValues extreme({{"x-ratelimit-limit-requests", "1e308"},
+                                    {"x-ratelimit-remaining-requests", "-1e308"},
+                                    {"x-ratelimit-limit-tokens", "nan"},
+                                    {"x-ratelimit-remaining-tokens", "inf"},
+                                    {"x-ratelimit-reset-tokens", QByteArray(300, '9') + "d"}});
+        OpenAIRecords::UsageResponse usage{
+            .data = {{.startTime = 1763510400,
+                      .results = {row(QStringLiteral("gpt-4o"), 1.7e308, 1.7e308, 1.7e308),
+                                  row(QStringLiteral("gpt-4o"), 1.7e308, 1, 1)}},
+                     {.startTime = 1763596800, .results = {row(QStringLiteral("gpt-4o"), 2, 3, 4)}}}};
+        const UsageSnapshot s =
+            OpenAIUsageProvider::assemble(usage, extreme, kNow, usdCosts({1.7e308, 1.7e308}));
+        QCOMPARE(s.windows[0].limit, OptionalDouble(1e308));
+        QCOMPARE(s.windows[0].used, OptionalDouble()); // limit − remaining overflowed
+        QCOMPARE(s.windows[1].limit, OptionalDouble());
+        QCOMPARE(s.windows[1].reportedRemaining, OptionalDouble());
+        QVERIFY(!s.windows[1].resetAt);
+        QCOMPARE(s.windows[2].used, OptionalDouble()); // the request sum overflowed
+        QCOMPARE(s.windows[3].used, OptionalDouble());
+        QCOMPARE(s.windows[4].used, OptionalDouble()); // so did the spend
+        QCOMPARE(s.history.size(), 1);                 // the day whose sum overflowed has no point
+        QCOMPARE(s.history[0].value, 2.0);
+        QVERIFY(s.billingHistory.isEmpty());
+        QVERIFY(UsageJson::encode(s)); // everything in it can be stored
     }
 
     void headerGaps() {

@@ -2,6 +2,7 @@
 
 #include "FileProtection.h"
 #include "StoreFixtures.h"
+#include "model/UsageJson.h"
 #include "model/UuidText.h"
 
 #include <QCryptographicHash>
@@ -185,6 +186,42 @@ private slots:
         account->setSyncMessage(QStringLiteral("saved after the failed read"));
         QVERIFY(store->save());
         QCOMPARE(account->snapshotHistoryData(), full.snapshotHistoryData);
+    }
+
+    void aRefreshDuringAFailedHistoryReadKeepsTheStoredHistory() {
+        ProviderAccountRow full = fullRow();
+        QList<UsageSnapshot> recorded;
+        for (int i = 0; i < 3; ++i) {
+            recorded.append(UsageSnapshot{.source = UsageSource::manual, .capturedAt = Timestamp(i)});
+        }
+        full.snapshotHistoryData = UsageJson::encode(recorded).value();
+        QVERIFY(storeRows({full}));
+        const qsizetype storedCount = recorded.size();
+        QString error;
+        auto store = AccountStore::open(m_path, &error);
+        ProviderAccount* account = store->accounts().first();
+        const UsageSnapshot fresh{.source = UsageSource::mock, .capturedAt = Timestamp(123'456)};
+        {
+            QSqlDatabase other =
+                QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("mover"));
+            other.setDatabaseName(m_path);
+            QVERIFY(other.open());
+            QSqlQuery(QStringLiteral("ALTER TABLE ProviderAccount RENAME TO Elsewhere"), other);
+            // The refresh's writes while the history can't be read.
+            QVERIFY(account->setSnapshot(fresh));
+            QVERIFY(!account->record(fresh));
+            QSqlQuery(QStringLiteral("ALTER TABLE Elsewhere RENAME TO ProviderAccount"), other);
+            other.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("mover"));
+        QVERIFY(store->save());
+        store.reset();
+
+        auto reopened = AccountStore::open(m_path, &error);
+        ProviderAccount* again = reopened->accounts().first();
+        QCOMPARE(again->snapshot(), std::optional<UsageSnapshot>(fresh)); // the new snapshot is kept
+        QCOMPARE(again->snapshotHistoryData(), full.snapshotHistoryData); // the 90 are not replaced by 1
+        QCOMPARE(again->snapshotHistory().size(), storedCount);
     }
 
     void liveListIsSortedAndSignalled() {
