@@ -4,6 +4,7 @@
 
 #include <QFileInfo>
 #include <QPointer>
+#include <QSet>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -150,6 +151,28 @@ std::optional<ProviderAccountRow> rowFrom(const QSqlQuery& query) {
                               .sampleDataEnabled = query.value(20).toLongLong() != 0};
 }
 
+// The first id that two readable rows share, however each spells it; false when the
+// rows can't be read.
+bool findDuplicateID(QSqlDatabase& db, QString* duplicate, QString* errorMessage) {
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("SELECT id FROM %1").arg(AccountStore::kTableName))) {
+        *errorMessage = describe(query.lastError());
+        return false;
+    }
+    QSet<QUuid> seen;
+    while (query.next()) {
+        if (const auto id = UuidText::fromText(query.value(0).toString())) {
+            if (seen.contains(*id)) {
+                *duplicate = UuidText::toText(*id);
+                return true;
+            }
+            seen.insert(*id);
+        }
+    }
+    return true;
+}
+
 QString nextConnectionName() {
     static int counter = 0;
     return QStringLiteral("tallyfen-store-%1").arg(++counter);
@@ -192,12 +215,61 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
         if (!db.open()) {
             return fail(describe(db.lastError()));
         }
+        // Everything is checked before anything is written: a file this version refuses
+        // keeps every byte it had.
+        QSqlQuery tables(db);
+        if (!tables.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"))) {
+            return fail(describe(tables.lastError()));
+        }
+        bool hasOurTable = false;
+        QStringList others;
+        while (tables.next()) {
+            const QString name = tables.value(0).toString();
+            if (name == kTableName) {
+                hasOurTable = true;
+            } else if (!name.startsWith(QStringLiteral("sqlite_"))) {
+                others.append(name);
+            }
+        }
+        tables.finish();
+        if (!others.isEmpty()) {
+            return fail(QStringLiteral("the file is another program's database (it holds the table “%1”)")
+                            .arg(others.first()));
+        }
+        if (hasOurTable) {
+            QSqlQuery columns(db);
+            if (!columns.exec(QStringLiteral("PRAGMA table_info(%1)").arg(kTableName))) {
+                return fail(describe(columns.lastError()));
+            }
+            QStringList existing;
+            while (columns.next()) {
+                existing.append(columns.value(1).toString());
+            }
+            if (existing != kColumns) {
+                // Someone else's table, or a future one: leave it untouched.
+                return fail(
+                    QStringLiteral("the file holds a %1 table with other columns than this version of "
+                                   "Tallyfen knows")
+                        .arg(kTableName));
+            }
+            QString duplicate;
+            if (!findDuplicateID(db, &duplicate, &reason)) {
+                return fail(reason);
+            }
+            if (!duplicate.isEmpty()) {
+                // Two accounts with one id would share one keychain item and one history;
+                // which of them an edit or a delete meant can't be known.
+                return fail(QStringLiteral("two accounts in the file have the same id (%1)").arg(duplicate));
+            }
+        }
+
         // WAL with full syncs: a committed save survives a crash or power loss, and a
         // crash in the middle of one leaves the previous state.
         QSqlQuery journal(db);
         if (!journal.exec(QStringLiteral("PRAGMA journal_mode=WAL")) || !journal.next()) {
             return fail(describe(journal.lastError()));
         }
+        journal.finish();
         if (!run(db, QStringLiteral("PRAGMA synchronous=FULL"), &reason)) {
             return fail(reason);
         }
@@ -205,15 +277,7 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
         // history blob, and following that blob's overflow pages then copies nothing.
         run(db, QStringLiteral("PRAGMA mmap_size=268435456"), nullptr);
 
-        QSqlQuery columns(db);
-        if (!columns.exec(QStringLiteral("PRAGMA table_info(%1)").arg(kTableName))) {
-            return fail(describe(columns.lastError()));
-        }
-        QStringList existing;
-        while (columns.next()) {
-            existing.append(columns.value(1).toString());
-        }
-        if (existing.isEmpty()) {
+        if (!hasOurTable) {
             QStringList definitions;
             for (qsizetype i = 0; i < kColumns.size(); ++i) {
                 definitions.append(kColumns.at(i) + u' ' + kColumnTypes.at(i));
@@ -223,11 +287,6 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
             if (!run(db, create, &reason)) {
                 return fail(reason);
             }
-        } else if (existing != kColumns) {
-            // Someone else's table, or a future one: leave it untouched.
-            return fail(QStringLiteral("the file holds a %1 table with other columns than this version of "
-                                       "Tallyfen knows")
-                            .arg(kTableName));
         }
     }
     if (!store->load(&reason)) {
@@ -256,7 +315,9 @@ bool AccountStore::load(QString* errorMessage) {
         // A row whose id can't be read is left in the file untouched.
         if (auto row = rowFrom(query)) {
             const QUuid id = row->id;
-            m_rowIDs.insert(id, query.value(rowIDColumn).toLongLong());
+            // The id as the file spells it: another program may have written it in lower
+            // case or with braces, and the row is found by that spelling until it is saved.
+            m_rowKeys.insert(id, RowKey{query.value(rowIDColumn).toLongLong(), query.value(0).toString()});
             adopt(new ProviderAccount(std::move(*row), [store = QPointer<AccountStore>(this), id] {
                 return store ? store->readHistory(id) : std::nullopt;
             }));
@@ -267,14 +328,25 @@ bool AccountStore::load(QString* errorMessage) {
 
 std::optional<std::optional<QByteArray>> AccountStore::readHistory(const QUuid& id) const {
     QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+    const RowKey key = rowKey(id);
     QSqlQuery query(db);
-    query.prepare(QStringLiteral("SELECT snapshotHistoryData FROM %1 WHERE id = ?").arg(kTableName));
-    query.addBindValue(UuidText::toText(id));
+    query.prepare(
+        QStringLiteral("SELECT snapshotHistoryData FROM %1 WHERE rowid = ? AND id = ?").arg(kTableName));
+    query.addBindValue(key.rowID);
+    query.addBindValue(key.idText);
     if (!query.exec()) {
         return std::nullopt;
     }
     if (!query.next()) {
-        return std::optional<QByteArray>(); // no row: nothing stored
+        // The row moved (the file was rebuilt by another program): find it by its id.
+        query.prepare(QStringLiteral("SELECT snapshotHistoryData FROM %1 WHERE id = ?").arg(kTableName));
+        query.addBindValue(key.idText);
+        if (!query.exec()) {
+            return std::nullopt;
+        }
+        if (!query.next()) {
+            return std::optional<QByteArray>(); // no row: nothing stored
+        }
     }
     return readOptionalBytes(query.value(0));
 }
@@ -283,6 +355,10 @@ ProviderAccount* AccountStore::account(const QUuid& id) const {
     const auto found = std::find_if(m_accounts.cbegin(), m_accounts.cend(),
                                     [&id](const ProviderAccount* account) { return account->id() == id; });
     return found == m_accounts.cend() ? nullptr : *found;
+}
+
+AccountStore::RowKey AccountStore::rowKey(const QUuid& id) const {
+    return m_rowKeys.value(id, RowKey{-1, UuidText::toText(id)});
 }
 
 void AccountStore::adopt(ProviderAccount* account) {
@@ -353,11 +429,22 @@ bool AccountStore::save(QString* errorMessage) {
     }
 
     QSqlQuery remove(db);
-    remove.prepare(QStringLiteral("DELETE FROM %1 WHERE id = ?").arg(kTableName));
+    remove.prepare(QStringLiteral("DELETE FROM %1 WHERE rowid = ? AND id = ?").arg(kTableName));
+    QSqlQuery removeByID(db);
+    removeByID.prepare(QStringLiteral("DELETE FROM %1 WHERE id = ?").arg(kTableName));
     for (const QUuid& id : std::as_const(m_deleted)) {
-        remove.addBindValue(UuidText::toText(id));
+        const RowKey key = rowKey(id);
+        remove.addBindValue(key.rowID);
+        remove.addBindValue(key.idText);
         if (!remove.exec()) {
             return fail(describe(remove.lastError()));
+        }
+        if (remove.numRowsAffected() > 0) {
+            continue;
+        }
+        removeByID.addBindValue(key.idText);
+        if (!removeByID.exec()) {
+            return fail(describe(removeByID.lastError()));
         }
     }
 
@@ -381,7 +468,7 @@ bool AccountStore::save(QString* errorMessage) {
         QStringLiteral("UPDATE %1 SET %2").arg(kTableName, assignmentsWithoutHistory.join(u", ")) + where);
     QSqlQuery findRow(db);
     findRow.prepare(QStringLiteral("SELECT rowid FROM %1 WHERE id = ?").arg(kTableName));
-    QHash<QUuid, qint64> rowIDs = m_rowIDs;
+    QHash<QUuid, RowKey> rowKeys = m_rowKeys;
     QSqlQuery insert(db);
     insert.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
                        .arg(kTableName, kColumns.join(u", "), placeholders.join(u", ")));
@@ -392,6 +479,9 @@ bool AccountStore::save(QString* errorMessage) {
         const bool withHistory = account->isSnapshotHistoryLoaded();
         const QList<QVariant> values = bindings(account->rowAsLoaded());
         QSqlQuery& statement = withHistory ? update : updateWithoutHistory;
+        // Written with the id in its canonical spelling; found by the spelling it had.
+        const QString canonical = values.first().toString();
+        const RowKey key = rowKeys.value(account->id(), RowKey{-1, canonical});
         const auto bindRow = [&](qint64 rowID) {
             for (qsizetype i = 0; i < values.size(); ++i) {
                 if (withHistory || i != historyColumn) {
@@ -399,27 +489,28 @@ bool AccountStore::save(QString* errorMessage) {
                 }
             }
             statement.addBindValue(rowID);
-            statement.addBindValue(values.first());
+            statement.addBindValue(key.idText);
         };
-        bindRow(rowIDs.value(account->id(), -1));
+        bindRow(key.rowID);
         if (!statement.exec()) {
             return fail(describe(statement.lastError()));
         }
         if (statement.numRowsAffected() > 0) {
+            rowKeys.insert(account->id(), RowKey{key.rowID, canonical});
             continue;
         }
-        findRow.addBindValue(values.first());
+        findRow.addBindValue(key.idText);
         if (!findRow.exec()) {
             return fail(describe(findRow.lastError()));
         }
         if (findRow.next()) {
             const qint64 rowID = findRow.value(0).toLongLong();
             findRow.finish();
-            rowIDs.insert(account->id(), rowID);
             bindRow(rowID);
             if (!statement.exec()) {
                 return fail(describe(statement.lastError()));
             }
+            rowKeys.insert(account->id(), RowKey{rowID, canonical});
             continue;
         }
         for (const QVariant& value : values) {
@@ -428,16 +519,16 @@ bool AccountStore::save(QString* errorMessage) {
         if (!insert.exec()) {
             return fail(describe(insert.lastError()));
         }
-        rowIDs.insert(account->id(), insert.lastInsertId().toLongLong());
+        rowKeys.insert(account->id(), RowKey{insert.lastInsertId().toLongLong(), canonical});
     }
 
     if (!run(db, QStringLiteral("COMMIT"), &reason)) {
         return fail(reason);
     }
     for (const QUuid& id : std::as_const(m_deleted)) {
-        rowIDs.remove(id);
+        rowKeys.remove(id);
     }
-    m_rowIDs = std::move(rowIDs);
+    m_rowKeys = std::move(rowKeys);
     m_dirty.clear();
     m_deleted.clear();
     return true;

@@ -26,8 +26,9 @@ public:
     ~AccountStore() override;
 
     // Opens (creating if needed) the store file at `path`. The folder must exist.
-    // Null with a reason in `errorMessage` when the file can't be opened or holds a
-    // table that is not ours.
+    // Null with a reason in `errorMessage` when the file can't be opened, is another
+    // program's database, holds an account table of other columns, or holds two accounts
+    // with one id; a refused file is not changed in any byte.
     static std::unique_ptr<AccountStore> open(const QString& path, QString* errorMessage);
 
     const QString& path() const noexcept { return m_path; }
@@ -55,6 +56,12 @@ private:
     AccountStore(QString path, QString connectionName);
 
     bool load(QString* errorMessage);
+    // Where an account's row sits and how the file spells its id.
+    struct RowKey {
+        qint64 rowID;
+        QString idText;
+    };
+    RowKey rowKey(const QUuid& id) const;
     std::optional<std::optional<QByteArray>> readHistory(const QUuid& id) const;
     void adopt(ProviderAccount* account);
     void sortAccounts();
@@ -65,5 +72,5 @@ private:
     QSet<QUuid> m_dirty;
     QSet<QUuid> m_deleted;
     // Where each account's row sits, as far as this store knows.
-    QHash<QUuid, qint64> m_rowIDs;
+    QHash<QUuid, RowKey> m_rowKeys;
 };

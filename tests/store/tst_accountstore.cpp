@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QSignalSpy>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
@@ -418,6 +419,134 @@ private slots:
         QString error;
         QVERIFY(!AccountStore::open(m_path, &error));
         QVERIFY2(error.contains(QStringLiteral("other columns")), qPrintable(error));
+    }
+
+    void refusedFilesKeepEveryByte_data() {
+        QTest::addColumn<QStringList>("statements");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("another program's tables")
+            << QStringList{QStringLiteral("CREATE TABLE notes (body TEXT)"),
+                           QStringLiteral("INSERT INTO notes VALUES ('keep me')")}
+            << QStringLiteral("another program's database");
+        QTest::newRow("an account table of other columns")
+            << QStringList{QStringLiteral("CREATE TABLE ProviderAccount (id TEXT, other TEXT)"),
+                           QStringLiteral("INSERT INTO ProviderAccount VALUES ('x', 'y')")}
+            << QStringLiteral("other columns");
+        const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
+        QTest::newRow("two rows with one id, spelt two ways")
+            << QStringList{QStringLiteral(
+                               "INSERT INTO ProviderAccount (id, label, createdAt) VALUES ('%1', 'a', 1)")
+                               .arg(id.toUpper()),
+                           QStringLiteral(
+                               "INSERT INTO ProviderAccount (id, label, createdAt) VALUES ('{%1}', 'b', 2)")
+                               .arg(id.toLower())}
+            << QStringLiteral("same id");
+    }
+    void refusedFilesKeepEveryByte() {
+        QFETCH(QStringList, statements);
+        QFETCH(QString, reason);
+        if (reason == QStringLiteral("same id")) {
+            QString error;
+            QVERIFY(AccountStore::open(m_path, &error)); // our table, empty
+        }
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("writer"));
+            db.setDatabaseName(m_path);
+            QVERIFY(db.open());
+            // Back to a plain rollback journal, as another program would leave it.
+            QSqlQuery(QStringLiteral("PRAGMA journal_mode=DELETE"), db);
+            for (const QString& statement : statements) {
+                QSqlQuery query(db);
+                QVERIFY2(query.exec(statement), qPrintable(query.lastError().text()));
+            }
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("writer"));
+        const QByteArray before = digest(m_path);
+        QString error;
+        QVERIFY(!AccountStore::open(m_path, &error));
+        QVERIFY2(error.contains(reason), qPrintable(error));
+        QCOMPARE(digest(m_path), before);
+        QVERIFY(!QFile::exists(m_path + QStringLiteral("-wal")));
+        // The start-up sentence names the reason.
+        QVERIFY(error.size() > 10);
+    }
+
+    void idsSpeltAnyWayAreFoundAgain_data() {
+        QTest::addColumn<QString>("spelling");
+        QTest::newRow("lower case") << QStringLiteral("lower");
+        QTest::newRow("braces") << QStringLiteral("braces");
+    }
+    void idsSpeltAnyWayAreFoundAgain() {
+        QFETCH(QString, spelling);
+        const QUuid editedID = QUuid::createUuid();
+        const QUuid deletedID = QUuid::createUuid();
+        const auto spelt = [&spelling](const QUuid& id) {
+            return spelling == QStringLiteral("lower") ? id.toString(QUuid::WithoutBraces).toLower()
+                                                       : id.toString(QUuid::WithBraces).toLower();
+        };
+        QList<UsageSnapshot> recorded{
+            UsageSnapshot{.source = UsageSource::manual, .capturedAt = Timestamp(1)},
+            UsageSnapshot{.source = UsageSource::manual, .capturedAt = Timestamp(2)}};
+        {
+            QString error;
+            QVERIFY(AccountStore::open(m_path, &error));
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("writer"));
+            db.setDatabaseName(m_path);
+            QVERIFY(db.open());
+            for (const QUuid& id : {editedID, deletedID}) {
+                QSqlQuery insert(db);
+                insert.prepare(
+                    QStringLiteral("INSERT INTO ProviderAccount (id, providerRaw, label, accountKindRaw, "
+                                   "planName, connectionModeRaw, createdAt, syncStatusRaw, syncMessage, "
+                                   "snapshotHistoryData, sampleDataEnabled) "
+                                   "VALUES (?, 'openai', 'x', 'api', '', 'manual', ?, 'current', '', ?, 0)"));
+                insert.addBindValue(spelt(id));
+                insert.addBindValue(id == editedID ? 1.0 : 2.0);
+                insert.addBindValue(UsageJson::encode(recorded).value());
+                QVERIFY2(insert.exec(), qPrintable(insert.lastError().text()));
+            }
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("writer"));
+
+        QString error;
+        {
+            auto store = AccountStore::open(m_path, &error);
+            QVERIFY2(store, qPrintable(error));
+            QCOMPARE(store->accounts().size(), 2);
+            ProviderAccount* edited = store->account(editedID);
+            QVERIFY(edited);
+            QCOMPARE(edited->snapshotHistory().size(), 2); // the history is found
+            const UsageSnapshot fresh{.source = UsageSource::manual, .capturedAt = Timestamp(3)};
+            QVERIFY(edited->setSnapshot(fresh));
+            QVERIFY(edited->record(fresh));
+            edited->setLabel(QStringLiteral("edited"));
+            store->remove(store->account(deletedID));
+            QVERIFY(store->save());
+            // A second edit finds the row again now that it is spelt canonically.
+            edited->setSyncMessage(QStringLiteral("again"));
+            QVERIFY(store->save());
+        }
+        auto reopened = AccountStore::open(m_path, &error);
+        QVERIFY2(reopened, qPrintable(error));
+        QCOMPARE(reopened->accounts().size(), 1); // no second row, no resurrection
+        QCOMPARE(reopened->accounts().first()->id(), editedID);
+        QCOMPARE(reopened->accounts().first()->label(), QStringLiteral("edited"));
+        QCOMPARE(reopened->accounts().first()->syncMessage(), QStringLiteral("again"));
+        QCOMPARE(reopened->accounts().first()->snapshotHistory().size(), 3);
+        QVERIFY(!reopened->account(deletedID));
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("count"));
+        db.setDatabaseName(m_path);
+        QVERIFY(db.open());
+        {
+            QSqlQuery count(QStringLiteral("SELECT COUNT(*), MIN(id) FROM ProviderAccount"), db);
+            QVERIFY(count.next());
+            QCOMPARE(count.value(0).toInt(), 1);
+            QCOMPARE(count.value(1).toString(), UuidText::toText(editedID));
+        }
+        db.close();
+        QSqlDatabase::removeDatabase(QStringLiteral("count"));
     }
 
     void unreadableRowsSurviveSaves() {
