@@ -28,7 +28,8 @@ QNetworkAccessManager& sharedManager() {
 
 // A project id as a path segment: percent-encoded as a URL path allows.
 QString pathSegment(const QString& id) {
-    const QByteArray encoded = QUrl::toPercentEncoding(id, QByteArrayLiteral("!$&'()*+,;=:@"));
+    // The characters a URL path allows stay as they are, "/" among them.
+    const QByteArray encoded = QUrl::toPercentEncoding(id, QByteArrayLiteral("!$&'()*+,;=:@/"));
     return encoded.isEmpty() ? id : QString::fromLatin1(encoded);
 }
 
@@ -45,16 +46,30 @@ T decoded(JsonResult<T>&& result) {
 }
 } // namespace
 
-OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds timeout)
+OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds timeout,
+                           std::chrono::milliseconds deadline)
     : m_apiKey(std::move(apiKey))
     , m_base(std::move(base))
-    , m_timeout(timeout) {}
+    , m_timeout(timeout)
+    , m_deadline(deadline) {}
+
+void OpenAIClient::addQueryItem(QUrlQuery& query, const QString& key, const QString& value) {
+    // QUrlQuery takes "%41" in a value as already encoded and a server reads "+" as a
+    // blank: both are encoded themselves, so the value arrives exactly as typed.
+    QString literal = value;
+    literal.replace(u'%', QStringLiteral("%25"));
+    literal.replace(u'+', QStringLiteral("%2B"));
+    query.addQueryItem(key, literal);
+}
 
 QNetworkRequest OpenAIClient::request(const QUrl& url) const {
     QNetworkRequest request(url);
     request.setRawHeader(QByteArrayLiteral("Authorization"),
                          QByteArrayLiteral("Bearer ") + m_apiKey.toUtf8());
     request.setRawHeader(QByteArrayLiteral("Accept"), QByteArrayLiteral("application/json"));
+    // The key goes to OpenAI's origin and nowhere else: a redirect to another host, port
+    // or scheme is not followed, and its status comes back as the response.
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::SameOriginRedirectPolicy);
     return request;
 }
 
@@ -77,6 +92,17 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
         // do it once the timer's signal is over.
         QTimer::singleShot(0, pending, [pending] { pending->abort(); });
     });
+    // However lively the server, a request ends at its deadline: a trickle of bytes would
+    // otherwise keep the account in flight for ever.
+    QTimer deadline;
+    deadline.setSingleShot(true);
+    deadline.setTimerType(Qt::PreciseTimer);
+    deadline.setInterval(m_deadline);
+    bool pastDeadline = false;
+    QObject::connect(&deadline, &QTimer::timeout, pending, [pending, &pastDeadline] {
+        pastDeadline = true;
+        QTimer::singleShot(0, pending, [pending] { pending->abort(); });
+    });
     bool tooLarge = false;
     QObject::connect(pending, &QNetworkReply::downloadProgress, pending,
                      [pending, &tooLarge, &idle](qint64 received, qint64) {
@@ -87,8 +113,14 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
                          }
                      });
     idle.start();
+    deadline.start();
     co_await reply.get();
     idle.stop();
+    deadline.stop();
+    if (pastDeadline) {
+        throw TransportError{QNetworkReply::TimeoutError,
+                             QStringLiteral("The request took longer than %1 ms.").arg(m_deadline.count())};
+    }
     if (timedOut) {
         throw TransportError{QNetworkReply::TimeoutError,
                              QStringLiteral("The request timed out after %1 ms.").arg(m_timeout.count())};
@@ -98,7 +130,15 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
                              QStringLiteral("The response was larger than %1 bytes.").arg(kMaxBodyBytes)};
     }
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (reply->error() != QNetworkReply::NoError && !status.isValid()) {
+    // Network and proxy errors are transport failures also after a status arrived: a
+    // connection that drops in the middle of a body leaves no response to judge.
+    // A redirect that was not followed is a response of its own, judged by its status.
+    const QNetworkReply::NetworkError error = reply->error();
+    const bool transportFailure =
+        error != QNetworkReply::NoError &&
+        (!status.isValid() ||
+         (error < QNetworkReply::ContentAccessDenied && error != QNetworkReply::InsecureRedirectError));
+    if (transportFailure) {
         throw TransportError{reply->error(), reply->errorString()};
     }
     if (!status.isValid()) {
@@ -153,7 +193,7 @@ QUrl OpenAIClient::costsURL(DateInterval range, const QString& projectFilter) co
     query.addQueryItem(QStringLiteral("limit"), QStringLiteral("31"));
     const QString project = projectFilter.trimmed();
     if (!project.isEmpty()) {
-        query.addQueryItem(QStringLiteral("project_ids[]"), project);
+        addQueryItem(query, QStringLiteral("project_ids[]"), project);
     }
     url.setQuery(query);
     return url;

@@ -9,6 +9,7 @@
 #include <QNetworkRequest>
 #include <QString>
 #include <QUrl>
+#include <QUrlQuery>
 
 #include <QCoro/QCoroTask>
 
@@ -22,10 +23,13 @@ class OpenAIClient final {
 public:
     // Where OpenAI's API lives. Tests pass a local server to the constructor instead.
     static const QUrl kAPIBase;
+    // How long a request may go without a byte arriving.
     static constexpr std::chrono::milliseconds kTimeout{12'000};
-    // A body larger than this is no real response; it is cut off and fails like a
-    // broken connection.
-    static constexpr qint64 kMaxBodyBytes = 32LL * 1024 * 1024;
+    // How long a request may take at all, however steadily bytes arrive.
+    static constexpr std::chrono::milliseconds kDeadline{60'000};
+    // A body larger than this is no real response (a month of usage grouped by model,
+    // user and key is well under 2 MiB); it is cut off and fails like a broken connection.
+    static constexpr qint64 kMaxBodyBytes = 16LL * 1024 * 1024;
 
     // What the network layer reports when a request gets no complete response.
     struct TransportError {
@@ -43,7 +47,11 @@ public:
         HeaderValues headers;
     };
 
-    explicit OpenAIClient(QString apiKey, QUrl base = kAPIBase, std::chrono::milliseconds timeout = kTimeout);
+    explicit OpenAIClient(QString apiKey, QUrl base = kAPIBase, std::chrono::milliseconds timeout = kTimeout,
+                          std::chrono::milliseconds deadline = kDeadline);
+
+    // Adds a query item whose value reaches the server exactly as given.
+    static void addQueryItem(QUrlQuery& query, const QString& key, const QString& value);
 
     QNetworkRequest request(const QUrl& url) const;
     // Sends the GET and waits for the whole response. Throws TransportError.
@@ -72,4 +80,5 @@ private:
     QString m_apiKey;
     QUrl m_base;
     std::chrono::milliseconds m_timeout;
+    std::chrono::milliseconds m_deadline;
 };

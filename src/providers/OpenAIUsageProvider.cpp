@@ -145,9 +145,9 @@ void OpenAIUsageProvider::appendAgentFilters(const ProviderAccount& account, QUr
         const QString entry = piece.trimmed();
         const QString lower = entry.toLower();
         if (lower.startsWith(u"key:")) {
-            query.addQueryItem(QStringLiteral("api_key_ids[]"), entry.mid(4));
+            OpenAIClient::addQueryItem(query, QStringLiteral("api_key_ids[]"), entry.mid(4));
         } else if (lower.startsWith(u"user:")) {
-            query.addQueryItem(QStringLiteral("user_ids[]"), entry.mid(5));
+            OpenAIClient::addQueryItem(query, QStringLiteral("user_ids[]"), entry.mid(5));
         }
     }
 }
@@ -166,10 +166,10 @@ QUrl OpenAIUsageProvider::usageURL(const ProviderAccount& account, DateInterval 
     }
     const QString project = account.identityText().trimmed();
     if (!project.isEmpty()) {
-        query.addQueryItem(QStringLiteral("project_ids[]"), project);
+        OpenAIClient::addQueryItem(query, QStringLiteral("project_ids[]"), project);
     }
     for (const QString& model : selectedModels(account)) {
-        query.addQueryItem(QStringLiteral("models[]"), model);
+        OpenAIClient::addQueryItem(query, QStringLiteral("models[]"), model);
     }
     appendAgentFilters(account, query);
     url.setQuery(query);
@@ -412,9 +412,10 @@ UsageSnapshot OpenAIUsageProvider::assemble(const OpenAIRecords::UsageResponse& 
             requests += row.modelRequests.value_or(0.0);
         }
         if (std::isfinite(requests)) { // a day whose sum overflowed has no point
-            history.append(UsagePoint{.date = Timestamp::fromUnixSeconds(static_cast<double>(bucket.startTime)),
-                                      .value = requests,
-                                      .unit = UsageUnit::requests});
+            history.append(
+                UsagePoint{.date = Timestamp::fromUnixSeconds(static_cast<double>(bucket.startTime)),
+                           .value = requests,
+                           .unit = UsageUnit::requests});
         }
     }
 

@@ -3,8 +3,8 @@
 #include "model/JsonReader.h"
 #include "model/JsonWriter.h"
 
-#include <QScopeGuard>
 #include <QHashFunctions>
+#include <QScopeGuard>
 
 #include <array>
 #include <utility>

@@ -2,6 +2,7 @@
 #include "providers/UsageProviderError.h"
 
 #include "FakeOpenAIServer.h"
+#include "RawHttpServer.h"
 #include "SilentServer.h"
 #include "TestSupport.h"
 
@@ -176,6 +177,7 @@ private slots:
         FakeOpenAIServer server;
         server.setReply(QStringLiteral("projects"),
                         {200, QByteArray(OpenAIClient::kMaxBodyBytes + 1024 * 1024, ' '), {}});
+        QCOMPARE(OpenAIClient::kMaxBodyBytes, 16LL * 1024 * 1024);
         const OpenAIClient client(QStringLiteral("k"), server.base());
         bool transport = false;
         try {
@@ -197,6 +199,75 @@ private slots:
         QCOMPARE(response.headers.number(QStringLiteral("x-ratelimit-limit-tokens")), OptionalDouble(150000));
         QCOMPARE(response.headers.resetDate(QStringLiteral("x-ratelimit-reset-requests"), Timestamp(10)),
                  std::optional<Timestamp>(Timestamp(11)));
+    }
+
+    void theKeyNeverLeavesTheOrigin() {
+        FakeOpenAIServer elsewhere;
+        elsewhere.setReply(QStringLiteral("projects"), {200, kProjects, {}});
+        FakeOpenAIServer server; // another port: another origin
+        const QByteArray target =
+            elsewhere.base().toString().toLatin1() + QByteArrayLiteral("/v1/organization/projects");
+        server.setReply(QStringLiteral("projects"), {302, QByteArray(), {{"Location", target}}});
+        const OpenAIClient client(QStringLiteral("sk-admin-secret"), server.base());
+        const std::optional<UsageProviderError> error = providerError(client.fetchProjects());
+        QVERIFY(error);
+        QCOMPARE(error->errorDescription(), QStringLiteral("OpenAI projects returned HTTP 302."));
+        QCOMPARE(server.requests().size(), 1);
+        QVERIFY(elsewhere.requests().isEmpty()); // neither the key nor the request went there
+    }
+
+    void aTricklingServerEndsAtTheDeadline() {
+        RawHttpServer trickle(RawHttpServer::Behaviour::trickle, 40);
+        // Bytes come every 40 ms, well within the idle time-out; the deadline ends it.
+        const OpenAIClient client(QStringLiteral("k"), trickle.base(), std::chrono::milliseconds(400),
+                                  std::chrono::milliseconds(900));
+        QElapsedTimer clock;
+        clock.start();
+        QString message;
+        try {
+            awaitTask(client.fetchProjects());
+        } catch (const OpenAIClient::TransportError& error) {
+            message = error.message;
+        }
+        QCOMPARE(message, QStringLiteral("The request took longer than 900 ms."));
+        QVERIFY2(clock.elapsed() >= 850 && clock.elapsed() < 3000,
+                 qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(trickle.bytesSent() > 5); // it really was alive all along
+        QCOMPARE(OpenAIClient::kDeadline.count(), 60000);
+    }
+
+    void aConnectionDroppedMidBodyIsATransportFailure() {
+        RawHttpServer dropping(RawHttpServer::Behaviour::dropMidBody);
+        const OpenAIClient client(QStringLiteral("k"), dropping.base());
+        bool transport = false;
+        try {
+            awaitTask(client.fetchProjects());
+        } catch (const OpenAIClient::TransportError& error) {
+            transport = error.code == QNetworkReply::RemoteHostClosedError;
+        } catch (const OpenAIClient::DecodingError&) {
+            QFAIL("a broken connection was judged as a body that can't be read");
+        }
+        QVERIFY(transport);
+    }
+
+    void queryValuesArriveAsTyped() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("costs"),
+                        {200, R"({"object":"page","data":[],"has_more":false})", {}});
+        const OpenAIClient client(QStringLiteral("k"), server.base());
+        const QString typed = QStringLiteral("a%20b+c&d=e#f é");
+        awaitTask(client.fetchCosts(typed, DateInterval{Timestamp(0), Timestamp(86400)}));
+        const QString query = server.requests().last().query;
+        const qsizetype at = query.indexOf(QStringLiteral("project_ids"));
+        QVERIFY(at >= 0);
+        const QString raw = query.mid(query.indexOf(u'=', at) + 1);
+        QCOMPARE(QUrl::fromPercentEncoding(raw.toLatin1()), typed);
+    }
+
+    void projectPathsKeepTheirSlashes() {
+        const OpenAIClient client(QStringLiteral("k"));
+        QCOMPARE(client.projectURL(QStringLiteral("team/proj 1")).path(QUrl::FullyEncoded),
+                 QStringLiteral("/v1/organization/projects/team/proj%201"));
     }
 
     void theRealHost() {
