@@ -227,6 +227,20 @@ qint32 KeychainBackend::deleteItem(const QString& service, const QString& accoun
     if (!secrets) {
         return kNotAvailable;
     }
+    // Deleting a locked item would raise an unlock prompt: report it instead, so that the
+    // deletion can be tried again once the keyring is open.
+    qint32 status = kSuccess;
+    SecretItem* item = findItem(operation, secrets, service, account, false, &status);
+    if (!item) {
+        g_object_unref(secrets);
+        return status;
+    }
+    const bool locked = secret_item_get_locked(item);
+    g_object_unref(item);
+    if (locked) {
+        g_object_unref(secrets);
+        return kInteractionNotAllowed;
+    }
     GHashTable* attributes = attributesFor(service, account);
     GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
         secret_service_clear(secrets, nullptr, attributes, operation.cancellable(), callback, slot);
@@ -236,5 +250,8 @@ qint32 KeychainBackend::deleteItem(const QString& service, const QString& accoun
     g_object_unref(result);
     g_hash_table_unref(attributes);
     g_object_unref(secrets);
-    return cleared ? kSuccess : kItemNotFound;
+    if (cleared) {
+        return kSuccess;
+    }
+    return error.error ? kNotAvailable : kItemNotFound;
 }

@@ -2,9 +2,70 @@
 
 #include "services/KeychainBackend.h"
 
+#include <QSettings>
 #include <QStringDecoder>
 
 const QString KeychainStore::service = QStringLiteral("Tallyfen.credentials");
+const QString KeychainStore::kPendingDeletionsKey = QStringLiteral("pendingCredentialDeletions");
+
+namespace {
+// The application's own settings file, whoever calls.
+QSettings settings() {
+    return QSettings(QStringLiteral("Tallyfen"), QStringLiteral("Tallyfen"));
+}
+
+void writePending(const QStringList& accounts) {
+    QSettings store = settings();
+    if (accounts.isEmpty()) {
+        store.remove(KeychainStore::kPendingDeletionsKey);
+    } else {
+        store.setValue(KeychainStore::kPendingDeletionsKey, accounts);
+    }
+    store.sync();
+}
+
+void forgetPending(const QString& account) {
+    QStringList pending = KeychainStore::pendingDeletions();
+    if (pending.removeAll(account) > 0) {
+        writePending(pending);
+    }
+}
+
+void rememberPending(const QString& account) {
+    QStringList pending = KeychainStore::pendingDeletions();
+    if (!pending.contains(account)) {
+        pending.append(account);
+        writePending(pending);
+    }
+}
+
+bool deleted(qint32 status) {
+    return status == KeychainBackend::kSuccess || status == KeychainBackend::kItemNotFound;
+}
+} // namespace
+
+QStringList KeychainStore::pendingDeletions() {
+    return settings().value(kPendingDeletionsKey).toStringList();
+}
+
+void KeychainStore::retryPendingDeletions() {
+    const QStringList pending = pendingDeletions();
+    if (pending.isEmpty()) {
+        return;
+    }
+    QStringList still;
+    for (qsizetype i = 0; i < pending.size(); ++i) {
+        if (!deleted(KeychainBackend::deleteItem(service, pending[i]))) {
+            // The keychain is locked or away: the rest would fare no better, and each
+            // try could cost a whole time-out.
+            still += pending.mid(i);
+            break;
+        }
+    }
+    if (still != pending) {
+        writePending(still);
+    }
+}
 
 void KeychainStore::save(const QString& value, const QString& account) {
     const QByteArray bytes = value.toUtf8();
@@ -18,11 +79,26 @@ void KeychainStore::save(const QString& value, const QString& account) {
     if (status != KeychainBackend::kSuccess) {
         throw KeychainError(status);
     }
+    // The new value is wanted: an older deletion of this account no longer applies.
+    forgetPending(account);
+    // The keychain just answered: a good moment for the deletions still waiting.
+    retryPendingDeletions();
 }
 
 std::optional<QString> KeychainStore::read(const QString& account) {
+    const QStringList pending = pendingDeletions();
+    if (pending.contains(account)) {
+        // Deleted as far as anyone is concerned; try again to make it so.
+        retryPendingDeletions();
+        return std::nullopt;
+    }
     std::optional<QByteArray> bytes;
-    if (KeychainBackend::copyMatching(service, account, &bytes) != KeychainBackend::kSuccess || !bytes) {
+    const qint32 status = KeychainBackend::copyMatching(service, account, &bytes);
+    if (!pending.isEmpty() && deleted(status)) {
+        // The keychain answered: a good moment for the deletions still waiting.
+        retryPendingDeletions();
+    }
+    if (status != KeychainBackend::kSuccess || !bytes) {
         return std::nullopt;
     }
     // Every byte counts: a leading byte-order mark is part of the secret, not a marker.
@@ -36,5 +112,10 @@ std::optional<QString> KeychainStore::read(const QString& account) {
 }
 
 void KeychainStore::deleteItem(const QString& account) {
-    KeychainBackend::deleteItem(service, account);
+    if (deleted(KeychainBackend::deleteItem(service, account))) {
+        forgetPending(account);
+        retryPendingDeletions(); // the keychain answered: the others may go too
+    } else {
+        rememberPending(account);
+    }
 }

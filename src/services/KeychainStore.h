@@ -3,12 +3,18 @@
 #include "services/KeychainError.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
 // The only home of secrets at rest: one keychain item per account under one service,
 // holding the secret's UTF-8 bytes. Every call goes to the keychain and returns within
 // a bounded time; nothing is cached.
+//
+// A deletion the keychain refuses (locked, unreachable, too slow) is not forgotten: the
+// account names (never a secret) wait in the settings and are deleted again at the next
+// start and after every later keychain call the keychain answered, until it agrees. Until
+// then such an item reads as absent. A keychain that is away costs no extra time-out.
 class KeychainStore final {
 public:
     KeychainStore() = delete;
@@ -20,6 +26,12 @@ public:
     // The stored value; absent for a missing item, a locked or unreachable keychain, or
     // bytes that are not UTF-8. An empty string is a stored value.
     static std::optional<QString> read(const QString& account);
-    // Removes the account's item, if any. Reports nothing.
+    // Removes the account's item, if any. Reports nothing; a refusal is retried later.
     static void deleteItem(const QString& account);
+
+    // Tries the deletions still waiting; cheap when none is.
+    static void retryPendingDeletions();
+    // The accounts whose items are still to be deleted.
+    static QStringList pendingDeletions();
+    static const QString kPendingDeletionsKey;
 };

@@ -8,8 +8,11 @@
 //   keychain_probe hang       claim the Secret Service name and never answer, then try
 //   keychain_probe persist D  read a secret from standard input, keep it in the keychain
 //                             and an account in the store and preferences in folder D
+//   keychain_probe lockeddelete K  store key K, lock the collection, delete K
+//   keychain_probe restart K  start as the application does, then say whether K is stored
 #include "core/Preferences.h"
 #include "model/UsageJson.h"
+#include "services/KeychainBackend.h"
 #include "services/KeychainStore.h"
 #include "store/AccountStore.h"
 
@@ -143,6 +146,34 @@ int main(int argc, char* argv[]) {
         timedSave(QStringLiteral("new-item"), key + QStringLiteral("-2"));
         timedRead(key);
         timedDelete(key + QStringLiteral("-3"));
+        return 0;
+    }
+    if (mode == u"lockeddelete") {
+        const QString held = QCoreApplication::arguments().value(2);
+        timedSave(QStringLiteral("sk-admin-held"), held);
+        if (!lockDefaultCollection()) {
+            std::printf("lock failed\n");
+            return 1;
+        }
+        timedDelete(held);
+        timedRead(held); // deleted as far as anyone can tell
+        report("pending", KeychainStore::pendingDeletions().join(u','), 0);
+        const bool stored =
+            KeychainBackend::copyMatching(KeychainStore::service, held) == KeychainBackend::kSuccess;
+        report("stored", stored ? QStringLiteral("yes") : QStringLiteral("no"), 0);
+        return 0;
+    }
+    if (mode == u"restart") {
+        const QString held = QCoreApplication::arguments().value(2);
+        report("pending", KeychainStore::pendingDeletions().join(u','), 0);
+        QElapsedTimer clock;
+        clock.start();
+        KeychainStore::retryPendingDeletions(); // what the application does at start
+        report("retry", QStringLiteral("done"), clock.elapsed());
+        report("pending", KeychainStore::pendingDeletions().join(u','), 0);
+        const bool stored =
+            KeychainBackend::copyMatching(KeychainStore::service, held) == KeychainBackend::kSuccess;
+        report("stored", stored ? QStringLiteral("yes") : QStringLiteral("no"), 0);
         return 0;
     }
     if (mode == u"hang") {

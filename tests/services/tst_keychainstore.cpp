@@ -117,6 +117,11 @@ private:
         environment.insert(QStringLiteral("XDG_DATA_HOME"), m_scratch.filePath(QStringLiteral("data")));
         environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_scratch.path());
         environment.remove(QStringLiteral("GNOME_KEYRING_CONTROL"));
+        // Settings of their own, unless the test shares them between probes on purpose.
+        if (environment.value(QStringLiteral("XDG_CONFIG_HOME")) == qEnvironmentVariable("XDG_CONFIG_HOME")) {
+            environment.insert(QStringLiteral("XDG_CONFIG_HOME"),
+                               m_scratch.filePath(QStringLiteral("config-%1").arg(++m_probeRuns)));
+        }
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), command});
         if (!process.waitForFinished(30000)) {
@@ -144,6 +149,7 @@ private:
     }
 
     QTemporaryDir m_scratch;
+    int m_probeRuns = 0;
 
 private slots:
     void initTestCase() {
@@ -293,6 +299,36 @@ private slots:
         for (const ProbeLine& line : lines) {
             QVERIFY2(line.milliseconds < 2000, qPrintable(line.operation));
         }
+    }
+
+    void aDeletionTheLockedKeyringRefusedHappensLater() {
+        // One keyring on disk, unlocked by two daemons in turn: a session that locks it,
+        // then a later start of the application.
+        const QString held = QStringLiteral("5D1E0A77-0000-4000-8000-000000000001");
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_CONFIG_HOME"), m_scratch.filePath(QStringLiteral("config")));
+        const auto session = [&held](const char* mode) {
+            return QStringLiteral("exec dbus-run-session -- sh -c '"
+                                  "eval \"$(printf tallyfen-probe | gnome-keyring-daemon "
+                                  "--unlock --components=secrets --daemonize)\"; "
+                                  "exec \"$PROBE\" %1 %2'")
+                .arg(QLatin1StringView(mode), held);
+        };
+        const QList<ProbeLine> locked = runProbe(session("lockeddelete"), environment);
+        QCOMPARE(locked.size(), 5);
+        QCOMPARE(locked[0].outcome, QStringLiteral("ok"));     // stored
+        QCOMPARE(locked[2].outcome, QStringLiteral("absent")); // reads as deleted
+        QCOMPARE(locked[3].outcome, held);                     // remembered, and no secret with it
+        QCOMPARE(locked[4].outcome, QStringLiteral("yes"));    // the locked keyring still holds it
+        QVERIFY2(locked[1].milliseconds < 2000, "the delete did not wait for an unlock");
+
+        const QList<ProbeLine> later = runProbe(session("restart"), environment);
+        QCOMPARE(later.size(), 4);
+        QCOMPARE(later[0].outcome, held);
+        QCOMPARE(later[2].outcome, QString());            // nothing left to do
+        QCOMPARE(later[3].outcome, QStringLiteral("no")); // the key is gone for good
+        QFile settings(m_scratch.filePath(QStringLiteral("config/Tallyfen/Tallyfen.conf")));
+        QVERIFY(!settings.open(QIODevice::ReadOnly) || !settings.readAll().contains("sk-admin"));
     }
 
     // ---- credential lifecycle ----

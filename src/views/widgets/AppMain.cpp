@@ -3,6 +3,7 @@
 #include "core/ContentView.h"
 #include "core/Preferences.h"
 #include "core/TallyfenApp.h"
+#include "services/KeychainStore.h"
 #include "views/widgets/AppActivation.h"
 #include "views/widgets/MainWindow.h"
 
@@ -24,6 +25,9 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
         std::fprintf(stderr, "%s\n", qPrintable(TallyfenApp::fatalStoreMessage(reason)));
         return EXIT_FAILURE;
     }
+
+    // A key whose deletion the keychain refused last time goes now, if it lets us.
+    KeychainStore::retryPendingDeletions();
 
     Preferences preferences;
     ContentView content(store.get(), &preferences);
