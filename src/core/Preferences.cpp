@@ -21,11 +21,13 @@ bool Preferences::boolValue(const QString& key, bool fallback) const {
 
 void Preferences::write(const QString& key, const QVariant& value) {
     // Writing the settings file syncs it to disk: skip that when nothing would change.
+    // Listeners hear only of a real change, as they would of a stored value's observer.
     const QVariant stored = m_settings.value(key);
-    if (!stored.isValid() || stored.toString() != value.toString()) {
-        m_settings.setValue(key, value);
-        m_settings.sync();
+    if (stored.isValid() && stored.toString() == value.toString()) {
+        return;
     }
+    m_settings.setValue(key, value);
+    m_settings.sync();
     Q_EMIT changed(key);
 }
 

@@ -9,6 +9,8 @@
 
 #include <QPointer>
 
+#include <utility>
+
 namespace {
 // The platform's distant past: earlier than any date the program will see.
 constexpr Timestamp kDistantPast(-63'114'076'800.0);
@@ -127,15 +129,23 @@ QCoro::Task<> RefreshEngine::run(ProviderAccount& target) {
         if (snapshot) {
             recordSuccess(*account, *snapshot);
         } else if (providerError) {
+            // The error's own sentence, also when its payload is the empty text.
             account->setSyncStatus(status(*providerError));
-            const QString sentence = providerError->errorDescription();
-            account->setSyncMessage(sentence.isEmpty() ? QStringLiteral("Refresh failed") : sentence);
+            account->setSyncMessage(providerError->errorDescription());
         } else {
             account->setSyncStatus(SyncStatus::offline);
             account->setSyncMessage(QStringLiteral("Refresh failed; existing snapshot was kept"));
         }
+        // In flight until the save that holds the result: no second refresh of the
+        // account can start from a state that is not yet stored.
+        m_awaitingSave.append(id);
         scheduleSave();
+    } else {
+        finish(id);
     }
+}
+
+void RefreshEngine::finish(const QUuid& id) {
     m_refreshingIDs.remove(id);
     Q_EMIT refreshFinished(id);
     Q_EMIT refreshingChanged(id);
@@ -183,5 +193,9 @@ void RefreshEngine::scheduleSave() {
         m_saveScheduled = false;
         // Best effort: a failed save keeps its changes pending for the next one.
         (void)m_store->save();
+        const QList<QUuid> saved = std::exchange(m_awaitingSave, {});
+        for (const QUuid& id : saved) {
+            finish(id);
+        }
     });
 }

@@ -78,6 +78,8 @@ private:
     // event loop gets a turn between their results and the write. A failed save is
     // dropped; its changes stay pending for the next one.
     void scheduleSave();
+    // The refresh of this account is over: it leaves the set in flight.
+    void finish(const QUuid& id);
     static constexpr std::chrono::milliseconds kSaveDelay{10};
 
     AccountStore* m_store;
@@ -89,4 +91,6 @@ private:
     QTimer m_heartbeatTimer;
     ProviderMaker m_makeProvider;
     bool m_saveScheduled = false;
+    // Finished refreshes whose results wait for the shared save.
+    QList<QUuid> m_awaitingSave;
 };

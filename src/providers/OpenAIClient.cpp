@@ -134,10 +134,9 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
     // connection that drops in the middle of a body leaves no response to judge.
     // A redirect that was not followed is a response of its own, judged by its status.
     const QNetworkReply::NetworkError error = reply->error();
-    const bool transportFailure =
-        error != QNetworkReply::NoError &&
-        (!status.isValid() ||
-         (error < QNetworkReply::ContentAccessDenied && error != QNetworkReply::InsecureRedirectError));
+    const bool transportFailure = error != QNetworkReply::NoError &&
+                                  (!status.isValid() || (error < QNetworkReply::ContentAccessDenied &&
+                                                         error != QNetworkReply::InsecureRedirectError));
     if (transportFailure) {
         throw TransportError{reply->error(), reply->errorString()};
     }

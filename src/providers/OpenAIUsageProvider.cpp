@@ -391,8 +391,10 @@ UsageSnapshot OpenAIUsageProvider::assemble(const OpenAIRecords::UsageResponse& 
             models.append(*row.model);
         }
     }
+    // An empty list, also one of blank names only, names no model.
+    const QString joinedModels = sortedJoined(models);
     const std::optional<QString> modelList =
-        models.isEmpty() ? std::nullopt : std::optional<QString>(sortedJoined(models));
+        joinedModels.isEmpty() ? std::nullopt : std::optional<QString>(joinedModels);
 
     QList<UsageWindow> windows = rateWindows(headers, now);
     windows += QList<UsageWindow>{

@@ -43,6 +43,19 @@ private slots:
         QCOMPARE(raw.value(QStringLiteral("didSeedSampleAccounts")).toBool(), true);
     }
 
+    void onlyRealChangesAreSignalled() {
+        QTemporaryDir dir;
+        Preferences preferences(dir.filePath(QStringLiteral("p.ini")));
+        QSignalSpy spy(&preferences, &Preferences::changed);
+        preferences.setThresholdNotificationsEnabled(true);
+        preferences.setThresholdNotificationsEnabled(true);
+        preferences.setAutoRefreshMinutes(15);
+        preferences.setAutoRefreshMinutes(15);
+        QCOMPARE(spy.count(), 2);
+        preferences.setThresholdNotificationsEnabled(false);
+        QCOMPARE(spy.count(), 3);
+    }
+
     void readsAreFreshEveryTime() {
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("p.ini"));

@@ -206,8 +206,8 @@ private slots:
                                    << "Refresh failed; existing snapshot was kept";
         QTest::newRow("transport") << 6 << "offline"
                                    << "Refresh failed; existing snapshot was kept";
-        QTest::newRow("unsupported without words") << 7 << "unsupported"
-                                                   << "Refresh failed";
+        QTest::newRow("unsupported without words: the empty sentence stands") << 7 << "unsupported"
+                                                                              << "";
     }
     void liveFailuresMapToTheirStatus() {
         QFETCH(int, which);
@@ -251,6 +251,30 @@ private slots:
         QCOMPARE(metadata->capturedAt, Timestamp(900'000'000));
         QCOMPARE(account->modelScope(), std::optional<QString>(QStringLiteral("gpt-4o"))); // a blank filled
         QCOMPARE(account->effectivePlanName(), QStringLiteral("OpenAI API organization"));
+    }
+
+    void inFlightUntilTheResultIsStored() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("Org"));
+        RefreshEngine engine(fixture.store.get(), fixture.preferences.get());
+        auto scripted = script(officialSnapshot(1));
+        useScript(engine, scripted);
+        bool unsavedAtFinish = true;
+        connect(&engine, &RefreshEngine::refreshFinished, this,
+                [&] { unsavedAtFinish = fixture.store->hasChanges(); });
+        // The moment the result lands on the account, before the shared save: a second
+        // request is still refused.
+        connect(account, &ProviderAccount::changed, this, [&](ProviderAccount::Fields fields) {
+            if (fields.testFlag(ProviderAccount::Field::status) &&
+                account->syncMessage() == QStringLiteral("Refresh completed")) {
+                QVERIFY(engine.refreshingIDs().contains(account->id()));
+                engine.refresh(account);
+            }
+        });
+        engine.refresh(account);
+        settle(engine);
+        QCOMPARE(scripted->calls, 1);
+        QVERIFY(!unsavedAtFinish); // it left the set only once its result was stored
     }
 
     void guardDropsSecondRequests() {

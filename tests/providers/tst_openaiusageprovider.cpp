@@ -213,6 +213,13 @@ private slots:
         QVERIFY(!none.windows[2].modelName);
         QVERIFY(none.modelSummaries.isEmpty());
         QCOMPARE(none.history.first().value, 3.0);
+
+        const OpenAIRecords::UsageResponse blank{
+            .data = {{.startTime = 1, .results = {row(QString(), 3, 1, 1), row(QString(), 1, 1, 1)}}}};
+        const UsageSnapshot blanks =
+            OpenAIUsageProvider::assemble(blank, kFullHeaders, kNow, usdCosts({1.0}));
+        QVERIFY(!blanks.windows[2].modelName); // absent, not the empty text
+        QVERIFY(!blanks.windows[3].modelName);
     }
 
     void costOutcomes() {

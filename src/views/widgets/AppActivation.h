@@ -8,5 +8,9 @@ class AppActivation final {
 public:
     AppActivation() = delete;
 
-    static void activate(QWidget* mainWindow);
+    // The launch callback: a regular application, in front of the others. Runs before
+    // the main window first appears.
+    static void applicationDidFinishLaunching();
+    // Puts the shown main window on top with the keyboard focus.
+    static void raise(QWidget* mainWindow);
 };

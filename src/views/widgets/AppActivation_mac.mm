@@ -5,9 +5,12 @@
 
 #import <AppKit/AppKit.h>
 
-void AppActivation::activate(QWidget* mainWindow) {
+void AppActivation::applicationDidFinishLaunching() {
     [NSApp setActivationPolicy:NSApplicationActivationPolicyRegular];
     [NSApp activateIgnoringOtherApps:YES];
+}
+
+void AppActivation::raise(QWidget* mainWindow) {
     mainWindow->raise();
     mainWindow->activateWindow();
 }

@@ -35,7 +35,9 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     if (afterFirstShow) {
         QObject::connect(&window, &MainWindow::firstShown, &window, afterFirstShow, Qt::QueuedConnection);
     }
+    // The launch callback comes before the main screen's first appearance (show()).
+    AppActivation::applicationDidFinishLaunching();
     window.show();
-    AppActivation::activate(&window);
+    AppActivation::raise(&window);
     return QApplication::exec();
 }
