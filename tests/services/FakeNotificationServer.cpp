@@ -27,5 +27,5 @@ uint FakeNotificationServer::Notify(const QString& appName, uint replacesId, con
 }
 
 QStringList FakeNotificationServer::GetCapabilities() {
-    return {QStringLiteral("body"), QStringLiteral("sound")};
+    return m_capabilities;
 }

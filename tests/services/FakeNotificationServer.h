@@ -28,6 +28,8 @@ public:
     bool isRegistered() const noexcept { return m_registered; }
     const QList<Call>& calls() const noexcept { return m_calls; }
     void clear() { m_calls.clear(); }
+    // What GetCapabilities answers; "body" and "sound" unless a test says otherwise.
+    void setCapabilities(QStringList capabilities) { m_capabilities = std::move(capabilities); }
 
 signals:
     // A Notify call arrived and was recorded.
@@ -43,4 +45,5 @@ private:
     bool m_registered = false;
     QList<Call> m_calls;
     uint m_nextId = 0;
+    QStringList m_capabilities{QStringLiteral("body"), QStringLiteral("sound")};
 };

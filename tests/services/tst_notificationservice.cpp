@@ -3,7 +3,9 @@
 #include "store/ProviderAccount.h"
 
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -58,8 +60,7 @@ private slots:
         QCOMPARE(first.replacesId, 0U);
         QVERIFY(first.hints.contains(QStringLiteral("sound-name")));
 
-        // Let the reply with the server's id arrive, then post again: it replaces.
-        QTest::qWait(50);
+        // Posted again at once, before the first answer is in: it still replaces.
         NotificationService::postUrgent(account);
         QTRY_COMPARE(server.calls().size(), 2);
         QCOMPARE(server.calls().at(1).replacesId, first.assignedId);
@@ -68,6 +69,58 @@ private slots:
         QTRY_COMPARE(server.calls().size(), 3);
         QCOMPARE(server.calls().at(2).replacesId, 0U);
         QVERIFY(server.calls().at(2).assignedId != first.assignedId);
+    }
+
+    void twoPostsInOneTurnReplaceEachOther() {
+        FakeNotificationServer server;
+        const ProviderAccount account(init(QStringLiteral("Racing")));
+        NotificationService::postUrgent(account);
+        NotificationService::postUrgent(account);
+        QTRY_COMPARE(server.calls().size(), 2);
+        QCOMPARE(server.calls().at(0).replacesId, 0U);
+        QCOMPARE(server.calls().at(1).replacesId, server.calls().at(0).assignedId);
+    }
+
+    void markupIsEscapedWhereTheServerReadsIt_data() {
+        QTest::addColumn<QStringList>("capabilities");
+        QTest::addColumn<QString>("body");
+        QTest::newRow("plain text server")
+            << QStringList{QStringLiteral("body")}
+            << QStringLiteral("R&D <core> is at or above a tracked usage limit.");
+        QTest::newRow("markup server")
+            << QStringList{QStringLiteral("body"), QStringLiteral("body-markup")}
+            << QStringLiteral("R&amp;D &lt;core&gt; is at or above a tracked usage limit.");
+    }
+    void markupIsEscapedWhereTheServerReadsIt() {
+        QFETCH(QStringList, capabilities);
+        QFETCH(QString, body);
+        FakeNotificationServer server;
+        server.setCapabilities(capabilities);
+        const ProviderAccount account(init(QStringLiteral("R&D <core>")));
+        NotificationService::postUrgent(account);
+        QTRY_COMPARE(server.calls().size(), 1);
+        QCOMPARE(server.calls().first().body, body);
+    }
+
+    void aNotificationAfterARestartReplacesTheLastOne() {
+        FakeNotificationServer server;
+        QTemporaryDir config;
+        const QString account = QUuid::createUuid().toString(QUuid::WithoutBraces);
+        const auto runProbe = [&] {
+            QProcess probe;
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
+            probe.setProcessEnvironment(environment);
+            probe.start(QStringLiteral(NOTIFICATION_PROBE), {account});
+            // The server answers from this process's event loop: keep it turning.
+            QTRY_VERIFY_WITH_TIMEOUT(probe.state() == QProcess::NotRunning, 10000);
+            QCOMPARE(probe.exitCode(), 0);
+        };
+        runProbe();
+        runProbe(); // a new process: only what was kept on disk connects the two
+        QCOMPARE(server.calls().size(), 2);
+        QCOMPARE(server.calls().at(0).replacesId, 0U);
+        QCOMPARE(server.calls().at(1).replacesId, server.calls().at(0).assignedId);
     }
 
     void withoutAServerPostingIsSilentAndPrompt() {

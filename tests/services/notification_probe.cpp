@@ -1,0 +1,44 @@
+// Posts one urgent notification for the account with the id given, as a freshly started
+// Tallyfen would, waits for the server's answer, and exits. The tests run it twice to
+// see that a notification after a restart replaces the one before it.
+//
+//   notification_probe <account UUID>
+#include "services/NotificationService.h"
+#include "store/ProviderAccount.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QSettings>
+
+int main(int argc, char* argv[]) {
+    QCoreApplication app(argc, argv);
+    const auto id = QUuid::fromString(QCoreApplication::arguments().value(1));
+    const ProviderAccount account(ProviderAccount::Init{.id = id,
+                                                        .provider = AIProvider::openAI,
+                                                        .label = QStringLiteral("Restarted"),
+                                                        .accountKind = AccountKind::api});
+    const QString identifier = NotificationService::makeUrgentRequest(account).identifier;
+    const uint before = QSettings(QStringLiteral("Tallyfen"), QStringLiteral("Tallyfen"))
+                            .value(QStringLiteral("notificationServerIDs"))
+                            .toMap()
+                            .value(identifier)
+                            .toUInt();
+    NotificationService::postUrgent(account);
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 5000) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+        const uint after = QSettings(QStringLiteral("Tallyfen"), QStringLiteral("Tallyfen"))
+                               .value(QStringLiteral("notificationServerIDs"))
+                               .toMap()
+                               .value(identifier)
+                               .toUInt();
+        if (after != 0 && after != before) {
+            return 0;
+        }
+        if (after != 0 && before != 0 && clock.elapsed() > 1000) {
+            return 0; // replaced in place: the server kept the id
+        }
+    }
+    return 1;
+}
