@@ -12,3 +12,4 @@ for bench in "$build_dir"/bench/bench_usagejson "$build_dir"/bench/bench_provide
 done
 "$build_dir/bench/bench_startup" 21 2>/dev/null
 "$build_dir/bench/bench_refreshstorm" --idle
+"$build_dir/bench/bench_parsermemory"

@@ -1,5 +1,9 @@
 #include "model/JsonReader.h"
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace {
 QString fromView(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
@@ -93,6 +97,10 @@ void JsonReader::releaseLargeBuffers() {
     simdjson::dom::parser& parser = sharedParser();
     if (parser.capacity() > kKeptCapacity) {
         parser = simdjson::dom::parser(); // the old buffers go with the old parser
+#ifdef __GLIBC__
+        // glibc keeps freed blocks this large for reuse; hand them back to the system.
+        malloc_trim(0);
+#endif
     }
 }
 
