@@ -7,6 +7,17 @@
 #include "services/KeychainStore.h"
 #include "store/ProviderAccount.h"
 
+namespace {
+QUrl& openAIBase() {
+    static QUrl base = OpenAIClient::kAPIBase;
+    return base;
+}
+} // namespace
+
+void ProviderFactory::setOpenAIBase(const QUrl& base) {
+    openAIBase() = base.isValid() ? base : OpenAIClient::kAPIBase;
+}
+
 std::unique_ptr<UsageProvider> ProviderFactory::make(const ProviderAccount& account) {
     const AIProvider provider = account.provider();
     switch (account.connectionMode().value()) {
@@ -19,7 +30,7 @@ std::unique_ptr<UsageProvider> ProviderFactory::make(const ProviderAccount& acco
             // A key that can't be read counts as no key.
             const std::optional<QString> key = KeychainStore::read(account.secretReference());
             if (key && !key->isEmpty()) {
-                return std::make_unique<OpenAIUsageProvider>(*key);
+                return std::make_unique<OpenAIUsageProvider>(*key, openAIBase());
             }
         }
         return std::make_unique<UnsupportedUsageProvider>(provider);

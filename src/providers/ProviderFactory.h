@@ -2,6 +2,8 @@
 
 #include "providers/UsageProvider.h"
 
+#include <QUrl>
+
 #include <memory>
 
 class ProviderAccount;
@@ -13,4 +15,9 @@ public:
     ProviderFactory() = delete;
 
     static std::unique_ptr<UsageProvider> make(const ProviderAccount& account);
+
+    // Where the live connector sends its requests: OpenAI's own API unless a test points
+    // it at a local server. The one seam of the factory; no code path of the application
+    // calls it.
+    static void setOpenAIBase(const QUrl& base);
 };

@@ -1,3 +1,4 @@
+#include "model/Clock.h"
 #include "providers/OpenAIUsageProvider.h"
 #include "providers/UsageProviderError.h"
 #include "store/ProviderAccount.h"
@@ -6,6 +7,7 @@
 #include "TestSupport.h"
 
 #include <QTest>
+#include <QUrlQuery>
 
 namespace {
 const QByteArray kProbeBody =
@@ -201,6 +203,53 @@ private slots:
         }
         QCOMPARE(error, std::optional<UsageProviderError>(UsageProviderError::missingCredential()));
         QCOMPARE(server.requests().size(), 1);
+    }
+
+    void theProbeAndTheCostTestAskForTheLastHourWithTheFilters() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"), {200, kProbeBody, kBothLimits});
+        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
+        server.setReply(QStringLiteral("project"), {200, kOneProject, {}});
+        server.setReply(QStringLiteral("rate_limits"), {200, kRateLimits, {}});
+        ProviderAccount::Init init = account(QStringLiteral("proj_abc"));
+        init.modelScope = QStringLiteral("gpt-4o, , o3,");
+        init.agentScope = QStringLiteral("KEY:key_A, user:user-b, team-x");
+        const ProviderAccount target(init);
+        OpenAIUsageProvider provider(QStringLiteral("sk-admin-1"), server.base());
+        Clock::setFixedNow(Timestamp::fromUnixSeconds(1763600000.9));
+        awaitTask(provider.connect(target));
+        Clock::setFixedNow(std::nullopt);
+        const QUrlQuery probe(server.requests()[0].query);
+        const QUrlQuery costs(server.requests()[1].query);
+        QCOMPARE(server.requests()[1].path, QStringLiteral("/v1/organization/costs"));
+        for (const QUrlQuery& query : {probe, costs}) {
+            QCOMPARE(query.queryItemValue(QStringLiteral("start_time")), QStringLiteral("1763596400"));
+            QCOMPARE(query.queryItemValue(QStringLiteral("end_time")), QStringLiteral("1763600000"));
+            QCOMPARE(query.allQueryItemValues(QStringLiteral("project_ids[]")),
+                     QStringList{QStringLiteral("proj_abc")});
+        }
+        QCOMPARE(probe.allQueryItemValues(QStringLiteral("models[]")),
+                 (QStringList{QStringLiteral("gpt-4o"), QStringLiteral("o3")}));
+        QCOMPARE(probe.allQueryItemValues(QStringLiteral("api_key_ids[]")),
+                 QStringList{QStringLiteral("key_A")});
+        QCOMPARE(probe.allQueryItemValues(QStringLiteral("user_ids[]")),
+                 QStringList{QStringLiteral("user-b")});
+    }
+
+    void aProbeBodyThatFailsToDecodeIsThrownAsItIs() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"), {200, QByteArrayLiteral("<html>gateway</html>"), {}});
+        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
+        const ProviderAccount target(account());
+        OpenAIUsageProvider provider(QStringLiteral("sk-admin-1"), server.base());
+        bool decoding = false;
+        try {
+            awaitTask(provider.connect(target));
+        } catch (const OpenAIClient::DecodingError&) {
+            decoding = true;
+        }
+        QVERIFY(decoding);
+        QCOMPARE(server.requests().size(), 1); // no costs request, no project calls
     }
 
     void rateLimitWindowsOfOneRecord() {

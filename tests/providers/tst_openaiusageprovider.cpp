@@ -1,8 +1,12 @@
 #include "core/ContentView.h"
+#include "core/Preferences.h"
+#include "core/RefreshEngine.h"
 #include "model/UsageJson.h"
 #include "providers/OpenAIUsageProvider.h"
+#include "providers/ProviderFactory.h"
 #include "providers/UsageProviderError.h"
 #include "services/KeychainStore.h"
+#include "store/AccountStore.h"
 #include "store/ProviderAccount.h"
 
 #include "FakeOpenAIServer.h"
@@ -173,6 +177,107 @@ private slots:
         QVERIFY(UsageJson::encode(s)); // everything in it can be stored
     }
 
+    void windowAndSummaryTextsExactly() {
+        OpenAIRecords::UsageResponse usage{
+            .data = {{.startTime = 1763510400, .results = {row(QStringLiteral("gpt-4o"), 1, 1, 1)}}}};
+        const UsageSnapshot s = OpenAIUsageProvider::assemble(usage, kFullHeaders, kNow, usdCosts({1.0}));
+        const QStringList ids{"requests-rate-window", "tokens-rate-window", "requests-selected-range",
+                              "tokens-selected-range", "spend-selected-range"};
+        const QStringList titles{"Requests / current rate window", "Tokens / current rate window",
+                                 "Requests / selected range", "Tokens / selected range",
+                                 "API spend / selected range"};
+        const QStringList notes{
+            "From the official OpenAI usage response and rate-limit headers",
+            "Input + output token rate limit; unavailable when headers are absent",
+            "Historical usage from the official organization endpoint; not a rate-limit ceiling",
+            "Historical input + output tokens; not a rate-limit ceiling",
+            "Cost from the official organization costs endpoint; no budget ceiling reported"};
+        QCOMPARE(s.windows.size(), 5);
+        for (qsizetype i = 0; i < s.windows.size(); ++i) {
+            QCOMPARE(s.windows[i].id, ids[i]);
+            QCOMPARE(s.windows[i].title, titles[i]);
+            QCOMPARE(s.windows[i].note, std::optional<QString>(notes[i]));
+            QVERIFY(!s.windows[i].agentLabel);
+        }
+        QCOMPARE(s.modelSummaries.size(), 1);
+        const UsageModelSummary& summary = s.modelSummaries.first();
+        QCOMPARE(summary.windows[0].title, QStringLiteral("Requests / selected range"));
+        QCOMPARE(summary.windows[1].title, QStringLiteral("Tokens / selected range"));
+        for (const UsageWindow& window : summary.windows) {
+            QCOMPARE(window.note, std::optional<QString>(
+                                      QStringLiteral("Historical model usage; not a rate-limit ceiling")));
+            QCOMPARE(window.horizon, UsageHorizon(UsageHorizon::historical));
+            QVERIFY(!window.limit && !window.reportedRemaining && !window.resetAt);
+        }
+    }
+
+    void allThreeWarningsInTheirOrder() {
+        const UsageSnapshot s =
+            OpenAIUsageProvider::assemble(OpenAIRecords::UsageResponse{}, HeaderValues(), kNow, std::nullopt);
+        QCOMPARE(
+            s.warnings,
+            (QStringList{kNoCeiling,
+                         QStringLiteral("The official endpoint returned no usage buckets for this range."),
+                         kNoCosts}));
+        QCOMPARE(s.windows[2].used, OptionalDouble(0)); // the windows stand, with 0 used
+        QCOMPARE(s.windows[3].used, OptionalDouble(0));
+    }
+
+    void rowsWithoutARequestCountAddNothing() {
+        OpenAIRecords::UsageResponse usage{
+            .data = {{.startTime = 1,
+                      .results = {{.inputTokens = 3, .outputTokens = 4, .model = QStringLiteral("a")},
+                                  row(QStringLiteral("a"), 5, 1, 1)}}}};
+        const UsageSnapshot s = OpenAIUsageProvider::assemble(usage, kFullHeaders, kNow, usdCosts({1.0}));
+        QCOMPARE(s.windows[2].used, OptionalDouble(5));
+        QCOMPARE(s.windows[3].used, OptionalDouble(9));
+        QCOMPARE(s.history.first().value, 5.0);
+        QCOMPARE(s.modelSummaries.first().windows[0].used, OptionalDouble(5));
+    }
+
+    void theCostsRequestAsksForTheSameIntervalAndTheTrimmedProject() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"), {200, R"({"object":"page","data":[]})", {}});
+        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
+        ProviderAccount::Init init = openAIAccount();
+        init.identityDetail = QStringLiteral("  proj_abc \n");
+        const ProviderAccount account(init);
+        OpenAIUsageProvider provider(QStringLiteral("k"), server.base());
+        const DateInterval range{Timestamp::fromUnixSeconds(1763510400.7),
+                                 Timestamp::fromUnixSeconds(1766102400.2)};
+        awaitTask(provider.fetchUsage(account, range));
+        QCOMPARE(server.requests().size(), 2);
+        const QUrlQuery usage(server.requests()[0].query);
+        const QUrlQuery costs(server.requests()[1].query);
+        QCOMPARE(costs.queryItemValue(QStringLiteral("start_time")), QStringLiteral("1763510400"));
+        QCOMPARE(costs.queryItemValue(QStringLiteral("end_time")), QStringLiteral("1766102400"));
+        QCOMPARE(costs.queryItemValue(QStringLiteral("start_time")),
+                 usage.queryItemValue(QStringLiteral("start_time")));
+        QCOMPARE(costs.queryItemValue(QStringLiteral("end_time")),
+                 usage.queryItemValue(QStringLiteral("end_time")));
+        QCOMPARE(costs.queryItemValue(QStringLiteral("limit")), QStringLiteral("31"));
+        QCOMPARE(usage.queryItemValue(QStringLiteral("limit")), QStringLiteral("30"));
+        QCOMPARE(costs.allQueryItemValues(QStringLiteral("project_ids[]")),
+                 QStringList{QStringLiteral("proj_abc")});
+    }
+
+    void aBodyThatFailsToDecodeIsThrownAndNoCostsFollow() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"),
+                        {200, R"({"data":[{"start_time":"soon","results":[]}]})", {}});
+        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
+        const ProviderAccount account(openAIAccount());
+        OpenAIUsageProvider provider(QStringLiteral("k"), server.base());
+        bool decoding = false;
+        try {
+            awaitTask(provider.fetchUsage(account, {Timestamp(0), Timestamp(86400)}));
+        } catch (const OpenAIClient::DecodingError& error) {
+            decoding = !error.reason.isEmpty(); // as it is, for the engine to judge
+        }
+        QVERIFY(decoding);
+        QCOMPARE(server.requests().size(), 1);
+    }
+
     void headerGaps() {
         const HeaderValues limitOnly(
             {{"x-ratelimit-limit-requests", "60"}, {"x-ratelimit-limit-tokens", "100"}});
@@ -220,6 +325,35 @@ private slots:
             OpenAIUsageProvider::assemble(blank, kFullHeaders, kNow, usdCosts({1.0}));
         QVERIFY(!blanks.windows[2].modelName); // absent, not the empty text
         QVERIFY(!blanks.windows[3].modelName);
+    }
+
+    void theFactoryMakesTheLiveConnectorFromTheStoredKey() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"),
+                        {200,
+                         R"({"object":"page","data":[{"object":"bucket","start_time":1763510400,)"
+                         R"("end_time":1763596800,"results":[{"input_tokens":1,"output_tokens":2,)"
+                         R"("num_model_requests":3,"model":"o3"}]}],"has_more":false})",
+                         {}});
+        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
+        QTemporaryDir dir;
+        QString error;
+        auto store = AccountStore::open(dir.filePath(QStringLiteral("a.store")), &error);
+        auto* account = new ProviderAccount(openAIAccount());
+        store->insert(account);
+        KeychainStore::save(QStringLiteral("sk-admin-from-the-keychain"), account->secretReference());
+        Preferences preferences(dir.filePath(QStringLiteral("p.ini")));
+        RefreshEngine engine(store.get(), &preferences); // the real factory: no provider maker given
+        ProviderFactory::setOpenAIBase(server.base());
+        engine.refresh(account);
+        QTRY_VERIFY(engine.refreshingIDs().isEmpty());
+        ProviderFactory::setOpenAIBase(QUrl());
+        KeychainStore::deleteItem(account->secretReference());
+        QCOMPARE(server.requests().size(), 2);
+        QCOMPARE(server.requests()[0].headers.value(QStringLiteral("authorization")),
+                 QByteArray("Bearer sk-admin-from-the-keychain"));
+        QCOMPARE(account->snapshot()->source, UsageSource(UsageSource::officialAPI));
+        QCOMPARE(account->snapshot()->windows[2].used, OptionalDouble(3));
     }
 
     void costOutcomes() {
