@@ -1,3 +1,5 @@
+#include "FileProtection.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -57,6 +59,23 @@ private slots:
                 QStringLiteral("Unable to create the local tracker store: ").size());
         QVERIFY(app.readAllStandardOutput().isEmpty());
         QVERIFY(!QFileInfo::exists(m_home->filePath("no")));
+    }
+
+    void storeInAFolderThatCannotBeWrittenIsFatal() {
+        const QString folder = m_home->filePath("locked");
+        QVERIFY(QDir().mkpath(folder));
+        QVERIFY(makeReadOnly(folder, true)); // exists, but nothing can be created in it
+        QProcess app;
+        app.setProcessEnvironment(environment(folder + QStringLiteral("/t.store")));
+        app.start(QStringLiteral(TALLYFEN_BINARY), {});
+        const bool finished = app.waitForFinished(10000);
+        QVERIFY(makeReadOnly(folder, false));
+        QVERIFY(finished);
+        QVERIFY(app.exitCode() != 0);
+        const QString errors = QString::fromUtf8(app.readAllStandardError());
+        QVERIFY2(errors.startsWith(QStringLiteral("Unable to create the local tracker store: ")),
+                 qPrintable(errors));
+        QVERIFY(!QFileInfo::exists(folder + QStringLiteral("/t.store")));
     }
 
     void storeThatIsAFolderIsFatal() {

@@ -160,6 +160,99 @@ private slots:
         QCOMPARE(s.modelSummaries[0].modelName, QStringLiteral("Gemini"));
     }
 
+    void everySampleRowExactly_data() {
+        QTest::addColumn<int>("provider");
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QString>("id");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("unit");
+        QTest::addColumn<QString>("horizon");
+        QTest::addColumn<QString>("model");
+        QTest::addColumn<double>("used");
+        QTest::addColumn<double>("limit"); // -1: absent
+        QTest::addColumn<double>("remaining");
+        QTest::addColumn<double>("resetIn");
+        QTest::addColumn<QString>("note");
+        const double j = 0.1; // an id starting 000D
+        const auto row = [](const char* name, AIProvider p, int i, const char* id, const char* title,
+                            const char* unit, const char* horizon, const char* model, double used,
+                            double limit, double remaining, double resetIn, const char* note) {
+            QTest::newRow(name) << int(p.value()) << i << QString::fromUtf8(id) << QString::fromUtf8(title)
+                                << QString::fromUtf8(unit) << QString::fromUtf8(horizon)
+                                << QString::fromUtf8(model) << used << limit << remaining << resetIn
+                                << QString::fromUtf8(note);
+        };
+        row("openAI requests", AIProvider::openAI, 0, "requests-minute", "Requests / minute", "requests",
+            "shortTerm", "OpenAI API", 42 + j, 60, 18 - j, 2520, "Rate-limit header when available");
+        row("openAI tokens", AIProvider::openAI, 1, "tokens-minute", "Tokens / minute", "tokens", "shortTerm",
+            "OpenAI API", 68240 + 100 * j, 150000, 81760 - 100 * j, 2520, "Rate-limit header when available");
+        row("openAI spend", AIProvider::openAI, 2, "api-spend", "API spend / 30 days", "dollars", "billing",
+            "", 84.32 + j, -1, -1, -1, "No spend ceiling reported");
+        row("claude five hours", AIProvider::anthropic, 0, "messages-five-hours", "Messages / 5 hours",
+            "messages", "shortTerm", "Claude Sonnet", 34 + j, 50, 16 - j, 7920,
+            "Consumer limit; sample only");
+        row("claude seven days", AIProvider::anthropic, 1, "messages-seven-days", "Messages / 7 days",
+            "messages", "weekly", "Claude Sonnet", 420 + 2 * j, 500, 80 - 2 * j, 345600,
+            "Consumer limit; sample only");
+        row("grok credits", AIProvider::xAI, 0, "credits-period", "Credits / billing period", "credits",
+            "billing", "Grok API", 210 + 3 * j, 500, 290 - 3 * j, 691200, "Billing units are not tokens");
+        row("gemini five hours", AIProvider::gemini, 0, "gemini-messages-five-hours", "Messages / 5 hours",
+            "messages", "shortTerm", "Gemini", 18 + j, 50, 32 - j, 10800, "Consumer limit; sample only");
+        row("gemini seven days", AIProvider::gemini, 1, "gemini-messages-seven-days", "Messages / 7 days",
+            "messages", "weekly", "Gemini", 260 + 2 * j, 500, 240 - 2 * j, 432000,
+            "Consumer limit; sample only");
+    }
+    void everySampleRowExactly() {
+        QFETCH(int, provider);
+        QFETCH(int, index);
+        QFETCH(QString, id);
+        QFETCH(QString, title);
+        QFETCH(QString, unit);
+        QFETCH(QString, horizon);
+        QFETCH(QString, model);
+        QFETCH(double, used);
+        QFETCH(double, limit);
+        QFETCH(double, remaining);
+        QFETCH(double, resetIn);
+        QFETCH(QString, note);
+        const UsageSnapshot s = MockDataFactory::snapshot(
+            account(AIProvider(static_cast<AIProviderValue>(provider)), "000D"), kNow);
+        const UsageWindow& w = s.windows.at(index);
+        QCOMPARE(w.id, id);
+        QCOMPARE(w.title, title);
+        QCOMPARE(w.unit.rawValue(), unit);
+        QCOMPARE(w.horizon.rawValue(), horizon);
+        QCOMPARE(w.modelName, model.isEmpty() ? std::nullopt : std::optional<QString>(model));
+        QVERIFY(!w.agentLabel);
+        QVERIFY(qFuzzyCompare(*w.used, used));
+        QCOMPARE(w.limit, limit < 0 ? std::nullopt : std::optional<double>(limit));
+        if (remaining < 0) {
+            QVERIFY(!w.reportedRemaining);
+        } else {
+            QVERIFY(qFuzzyCompare(*w.reportedRemaining, remaining));
+        }
+        QCOMPARE(w.resetAt,
+                 resetIn < 0 ? std::nullopt : std::optional<Timestamp>(kNow.addingSeconds(resetIn)));
+        QCOMPARE(w.note, std::optional<QString>(note));
+    }
+
+    void openAIHistoryCarriesTheShift() {
+        const UsageSnapshot s = MockDataFactory::snapshot(account(AIProvider::openAI, "FFFF"), kNow); // J 0.3
+        QCOMPARE(s.history.size(), 8);
+        for (int i = 0; i < 8; ++i) {
+            QVERIFY(qFuzzyCompare(s.history[i].value, (42 + 0.3) * (0.52 + i * 0.07) + 0.3));
+            QCOMPARE(s.history[i].unit, UsageUnit(UsageUnit::requests));
+            QVERIFY(!s.history[i].modelName && !s.history[i].agentLabel);
+            // The spend window is the billing one; its history has no shift in it.
+            QVERIFY(qFuzzyCompare(s.billingHistory[i].value, (84.32 + 0.3) * (0.48 + i * 0.07)));
+            QCOMPARE(s.billingHistory[i].unit, UsageUnit(UsageUnit::dollars));
+        }
+        QCOMPARE(s.history.last().date, kNow);
+        QCOMPARE(s.modelSummaries.size(), 1);
+        QCOMPARE(s.modelSummaries[0].modelName, QStringLiteral("OpenAI API"));
+        QCOMPARE(s.modelSummaries[0].windows.size(), 2);
+    }
+
     void malformedIdPrefixUsesOne() {
         // A null id's text is all zeros; only an unreadable prefix falls back to 1.
         QCOMPARE(MockDataFactory::shift(QUuid()), 0.0);

@@ -1,5 +1,7 @@
 #include "FakeNotificationServer.h"
 
+#include <QDBusError>
+
 namespace {
 const QString kConnectionName = QStringLiteral("fake-notification-server");
 }
@@ -21,8 +23,12 @@ uint FakeNotificationServer::Notify(const QString& appName, uint replacesId, con
                                     const QString& summary, const QString& body, const QStringList&,
                                     const QVariantMap& hints, int) {
     const uint id = replacesId != 0 ? replacesId : ++m_nextId;
-    m_calls.append(Call{appName, replacesId, summary, body, hints, id});
+    m_calls.append(Call{appName, replacesId, summary, body, hints, m_refusing ? 0U : id});
     Q_EMIT notified();
+    if (m_refusing) {
+        sendErrorReply(QDBusError::AccessDenied, QStringLiteral("Notifications are turned off for Tallyfen"));
+        return 0;
+    }
     return id;
 }
 

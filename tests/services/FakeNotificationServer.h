@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusContext>
 #include <QList>
 #include <QObject>
 #include <QStringList>
@@ -8,7 +9,7 @@
 
 // A notification server on the session bus, on a connection of its own, that records
 // every Notify call and answers with ids as a desktop would.
-class FakeNotificationServer final : public QObject {
+class FakeNotificationServer final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
 
@@ -30,6 +31,9 @@ public:
     void clear() { m_calls.clear(); }
     // What GetCapabilities answers; "body" and "sound" unless a test says otherwise.
     void setCapabilities(QStringList capabilities) { m_capabilities = std::move(capabilities); }
+    // Answers every Notify with an error, as a desktop does where the user turned the
+    // application's notifications off. The calls are still recorded.
+    void setRefusing(bool refusing) { m_refusing = refusing; }
 
 signals:
     // A Notify call arrived and was recorded.
@@ -45,5 +49,6 @@ private:
     bool m_registered = false;
     QList<Call> m_calls;
     uint m_nextId = 0;
+    bool m_refusing = false;
     QStringList m_capabilities{QStringLiteral("body"), QStringLiteral("sound")};
 };

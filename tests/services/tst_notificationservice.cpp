@@ -123,6 +123,23 @@ private slots:
         QCOMPARE(server.calls().at(1).replacesId, server.calls().at(0).assignedId);
     }
 
+    void aRefusingDesktopLeavesPostingPromptAndQuiet() {
+        FakeNotificationServer server;
+        server.setRefusing(true); // the user turned Tallyfen's notifications off
+        const ProviderAccount account(init(QStringLiteral("Refused")));
+        NotificationService::requestAuthorization();
+        QElapsedTimer clock;
+        clock.start();
+        NotificationService::postUrgent(account);
+        QVERIFY(clock.elapsed() < 100); // the call returns at once
+        QTRY_COMPARE(server.calls().size(), 1);
+        // The refusal ends that post; a later one goes out again, replacing nothing.
+        server.setRefusing(false);
+        NotificationService::postUrgent(account);
+        QTRY_COMPARE(server.calls().size(), 2);
+        QCOMPARE(server.calls().at(1).replacesId, 0U);
+    }
+
     void withoutAServerPostingIsSilentAndPrompt() {
         const ProviderAccount account(init(QStringLiteral("Nobody listens")));
         QElapsedTimer clock;
