@@ -401,6 +401,20 @@ private slots:
         QCOMPARE(trend.first().value, 2.0);
     }
 
+    void datesFarBeyondAnyCalendarAreSafeToDraw() {
+        // A hand-edited blob may hold any finite date; the day of it is computed on a
+        // clamped date, never by an integer overflow.
+        ProviderAccount account(accountInit());
+        const Timestamp now = berlin(2026, 3, 10, 8);
+        account.setSnapshot(snapshotAt(now, {pointAt(Timestamp(1e300), 5), pointAt(Timestamp(-1e300), 3),
+                                             pointAt(now, 1)}));
+        account.setLastRefreshAt(Timestamp(1e300));
+        const QList<UsagePoint> trend = account.trendHistory();
+        QVERIFY(!trend.isEmpty());
+        QVERIFY(account.effectiveSyncStatus().rawValue().size() > 0);
+        QVERIFY(Timestamp(1e300).toDateTime().isValid());
+    }
+
     void trendSameTimestampKeepsTheOlderSnapshotsPoint() {
         ProviderAccount account(accountInit());
         const Timestamp noon = berlin(2026, 3, 10, 12);
