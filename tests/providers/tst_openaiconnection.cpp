@@ -156,6 +156,44 @@ private slots:
         QCOMPARE(metadata.windows.size(), 1); // one limit header, one header window
     }
 
+    void probeWindowsAndNotesExactly() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"), {200, kProbeBody, kBothLimits});
+        server.setReply(QStringLiteral("costs"), {200, R"({"data":[]})", {}});
+        server.setReply(QStringLiteral("projects"), {500, QByteArray(), {}});
+        const ProviderAccount target(account());
+        OpenAIUsageProvider provider(QStringLiteral("sk-admin-1"), server.base());
+        const ProviderConnectionMetadata metadata = *awaitTask(provider.connect(target)).metadata;
+        QCOMPARE(
+            metadata.notes,
+            (QStringList{
+                "Detected from official OpenAI organization usage data.",
+                "OpenAI exposes project names and rate-limit ceilings, not a consumer subscription tier.",
+                "The project list was unavailable; response headers are used when present.",
+                "Add a project ID to detect its friendly name and per-model rate-limit ceilings."}));
+        QCOMPARE(metadata.windows.size(), 2);
+        QCOMPARE(metadata.windows[0].id, QStringLiteral("requests-rate-window"));
+        QCOMPARE(metadata.windows[0].title, QStringLiteral("Requests / current rate window"));
+        QCOMPARE(metadata.windows[0].note,
+                 std::optional<QString>(
+                     QStringLiteral("From the official OpenAI usage response and rate-limit headers")));
+        QCOMPARE(metadata.windows[1].id, QStringLiteral("tokens-rate-window"));
+        QCOMPARE(metadata.windows[1].title, QStringLiteral("Tokens / current rate window"));
+        QCOMPARE(metadata.windows[1].note,
+                 std::optional<QString>(
+                     QStringLiteral("Input + output token rate limit; unavailable when headers are absent")));
+        QCOMPARE(metadata.modelScope, std::optional<QString>(QStringLiteral("gpt-4.1, gpt-4o")));
+
+        // No ceiling in the headers either: the last note says so.
+        FakeOpenAIServer bare;
+        bare.setReply(QStringLiteral("usage"), {200, kProbeBody, {}});
+        bare.setReply(QStringLiteral("projects"), {200, R"({"data":[]})", {}});
+        OpenAIUsageProvider quiet(QStringLiteral("sk-admin-1"), bare.base());
+        const ProviderConnectionMetadata none = *awaitTask(quiet.connect(target)).metadata;
+        QVERIFY(none.windows.isEmpty());
+        QCOMPARE(none.notes.last(), QStringLiteral("No rate-limit ceiling was returned by the provider."));
+    }
+
     void projectCallsFailIntoNotes() {
         FakeOpenAIServer server;
         server.setReply(QStringLiteral("usage"), {200, R"({"data":[]})", {}});
