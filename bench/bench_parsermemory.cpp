@@ -8,31 +8,26 @@
 #include <cstdio>
 
 namespace {
-// The process's resident set now, in MiB, from /proc.
-double residentMiB() {
+// A memory figure of the process from /proc, in MiB: "VmRSS" now, "VmHWM" at its peak.
+double statusMiB(const QByteArray& field) {
     QFile status(QStringLiteral("/proc/self/status"));
     if (!status.open(QIODevice::ReadOnly)) {
         return -1;
     }
     for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmRSS:")) {
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
+        if (line.startsWith(QByteArray(field + ':'))) {
+            return line.mid(field.size() + 1).trimmed().split(' ').first().toDouble() / 1024.0;
         }
     }
     return -1;
 }
 
+double residentMiB() {
+    return statusMiB("VmRSS");
+}
+
 double peakMiB() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) {
-        return -1;
-    }
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:")) {
-            return line.mid(6).trimmed().split(' ').first().toDouble() / 1024.0;
-        }
-    }
-    return -1;
+    return statusMiB("VmHWM");
 }
 
 QByteArray usageBody(qsizetype targetBytes) {

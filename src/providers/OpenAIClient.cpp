@@ -37,6 +37,19 @@ QString seconds(Timestamp moment) {
     return QString::number(static_cast<qint64>(std::trunc(moment.unixSeconds())));
 }
 
+// Arms a precise one-shot timer that aborts the reply and sets `fired`.
+void abortOnTimeout(QTimer& timer, std::chrono::milliseconds interval, QNetworkReply* reply, bool& fired) {
+    timer.setSingleShot(true);
+    timer.setTimerType(Qt::PreciseTimer);
+    timer.setInterval(interval);
+    QObject::connect(&timer, &QTimer::timeout, reply, [reply, &fired] {
+        fired = true;
+        // Aborting finishes the reply and resumes the coroutine that owns the timer: do
+        // it once the timer's signal is over.
+        QTimer::singleShot(0, reply, [reply] { reply->abort(); });
+    });
+}
+
 template <typename T>
 T decoded(JsonResult<T>&& result) {
     if (!result) {
@@ -80,29 +93,15 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
                                                                 deleteLater);
     QNetworkReply* pending = reply.get();
     // The time-out counts from the last sign of life, on a precise timer: Qt's own
-    // transfer time-out runs on a coarse one that may fire up to 5 % early.
-    QTimer idle;
-    idle.setSingleShot(true);
-    idle.setTimerType(Qt::PreciseTimer);
-    idle.setInterval(m_timeout);
+    // transfer time-out runs on a coarse one that may fire up to 5 % early. However lively
+    // the server, a request also ends at its deadline: a trickle of bytes would otherwise
+    // keep the account in flight for ever.
     bool timedOut = false;
-    QObject::connect(&idle, &QTimer::timeout, pending, [pending, &timedOut] {
-        timedOut = true;
-        // Aborting finishes the reply and resumes this coroutine, which owns the timer:
-        // do it once the timer's signal is over.
-        QTimer::singleShot(0, pending, [pending] { pending->abort(); });
-    });
-    // However lively the server, a request ends at its deadline: a trickle of bytes would
-    // otherwise keep the account in flight for ever.
-    QTimer deadline;
-    deadline.setSingleShot(true);
-    deadline.setTimerType(Qt::PreciseTimer);
-    deadline.setInterval(m_deadline);
     bool pastDeadline = false;
-    QObject::connect(&deadline, &QTimer::timeout, pending, [pending, &pastDeadline] {
-        pastDeadline = true;
-        QTimer::singleShot(0, pending, [pending] { pending->abort(); });
-    });
+    QTimer idle;
+    QTimer deadline;
+    abortOnTimeout(idle, m_timeout, pending, timedOut);
+    abortOnTimeout(deadline, m_deadline, pending, pastDeadline);
     bool tooLarge = false;
     QObject::connect(pending, &QNetworkReply::downloadProgress, pending,
                      [pending, &tooLarge, &idle](qint64 received, qint64) {
