@@ -406,8 +406,8 @@ private slots:
         // clamped date, never by an integer overflow.
         ProviderAccount account(accountInit());
         const Timestamp now = berlin(2026, 3, 10, 8);
-        account.setSnapshot(snapshotAt(now, {pointAt(Timestamp(1e300), 5), pointAt(Timestamp(-1e300), 3),
-                                             pointAt(now, 1)}));
+        account.setSnapshot(
+            snapshotAt(now, {pointAt(Timestamp(1e300), 5), pointAt(Timestamp(-1e300), 3), pointAt(now, 1)}));
         account.setLastRefreshAt(Timestamp(1e300));
         const QList<UsagePoint> trend = account.trendHistory();
         QVERIFY(!trend.isEmpty());
