@@ -8,7 +8,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 seconds="${1:-120}"
 build_dir="$root/build-fuzz"
 if [[ ! -f "$build_dir/CMakeCache.txt" ]]; then
-    cmake -S "$root" -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    cmake -S "$root" -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
         -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DTALLYFEN_WERROR=OFF \
         -DTALLYFEN_FUZZ=ON -DTALLYFEN_BUILD_TESTS=OFF -DTALLYFEN_BUILD_BENCHMARKS=OFF
 fi
