@@ -1,0 +1,191 @@
+#include "views/DisplayFormatters.h"
+
+#include "model/Clock.h"
+
+#include <unicode/ucal.h>
+#include <unicode/udat.h>
+#include <unicode/unum.h>
+#include <unicode/ureldatefmt.h>
+
+#include <array>
+#include <cmath>
+#include <memory>
+
+namespace {
+QByteArray icuLocale(const QLocale& locale) {
+    return locale.name().toLatin1();
+}
+
+QString fromICU(const UChar* text, int32_t length) {
+    return QString(reinterpret_cast<const QChar*>(text), length);
+}
+
+// Runs an ICU formatting call into a buffer and gives its text, or the empty text.
+template <typename Format>
+QString formatted(Format format) {
+    std::array<UChar, 256> buffer{};
+    UErrorCode status = U_ZERO_ERROR;
+    const int32_t length = format(buffer.data(), static_cast<int32_t>(buffer.size()), &status);
+    if (U_FAILURE(status) || length > static_cast<int32_t>(buffer.size())) {
+        return QString();
+    }
+    return fromICU(buffer.data(), length);
+}
+
+struct NumberFormatCloser {
+    void operator()(UNumberFormat* format) const { unum_close(format); }
+};
+struct DateFormatCloser {
+    void operator()(UDateFormat* format) const { udat_close(format); }
+};
+struct RelativeFormatCloser {
+    void operator()(URelativeDateTimeFormatter* format) const { ureldatefmt_close(format); }
+};
+struct CalendarCloser {
+    void operator()(UCalendar* calendar) const { ucal_close(calendar); }
+};
+
+QString number(double value, int fractionDigits, const QLocale& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<UNumberFormat, NumberFormatCloser> format(
+        unum_open(UNUM_DECIMAL, nullptr, 0, icuLocale(locale).constData(), nullptr, &status));
+    if (U_FAILURE(status)) {
+        return locale.toString(value, 'f', fractionDigits);
+    }
+    unum_setAttribute(format.get(), UNUM_MIN_FRACTION_DIGITS, fractionDigits);
+    unum_setAttribute(format.get(), UNUM_MAX_FRACTION_DIGITS, fractionDigits);
+    unum_setAttribute(format.get(), UNUM_ROUNDING_MODE, UNUM_ROUND_HALFEVEN);
+    unum_setAttribute(format.get(), UNUM_GROUPING_USED, 1);
+    return formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
+        return unum_formatDouble(format.get(), value, buffer, capacity, nullptr, error);
+    });
+}
+
+// Milliseconds since the Unix epoch, as ICU counts time; clamped like every calendar date.
+UDate icuDate(Timestamp moment) {
+    return moment.clamped().unixSeconds() * 1000.0;
+}
+} // namespace
+
+QString DisplayFormatters::metric(std::optional<double> value, UsageUnit unit, const QLocale& locale) {
+    if (!value) {
+        return QStringLiteral("Not available");
+    }
+    int fractionDigits = 0;
+    if (unit == UsageUnit::dollars) {
+        fractionDigits = 2;
+    } else if (std::trunc(*value) != *value) {
+        fractionDigits = 1;
+    }
+    return number(*value, fractionDigits, locale) + u' ' + unit.title();
+}
+
+QString DisplayFormatters::remaining(const UsageWindow& window, const QLocale& locale) {
+    const std::optional<double> left = window.remaining();
+    if (!left) {
+        return QStringLiteral("Not available from provider");
+    }
+    const QString text = metric(std::fabs(*left), window.unit, locale);
+    return text + (*left < 0 ? QStringLiteral(" over") : QStringLiteral(" remaining"));
+}
+
+QString DisplayFormatters::dateTime(std::optional<Timestamp> date, const QTimeZone& timeZone,
+                                    const QLocale& locale) {
+    if (!date) {
+        return QStringLiteral("Not available");
+    }
+    const QString zone = QString::fromLatin1(timeZone.id());
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<UDateFormat, DateFormatCloser> format(udat_open(
+        UDAT_SHORT, UDAT_MEDIUM, icuLocale(locale).constData(), reinterpret_cast<const UChar*>(zone.utf16()),
+        static_cast<int32_t>(zone.size()), nullptr, 0, &status));
+    if (U_FAILURE(status)) {
+        return date->toDateTime().toTimeZone(timeZone).toString(Qt::ISODate);
+    }
+    return formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
+        return udat_format(format.get(), icuDate(*date), buffer, capacity, nullptr, error);
+    });
+}
+
+QString DisplayFormatters::relative(std::optional<Timestamp> date) {
+    return relative(date, Clock::now());
+}
+
+QString DisplayFormatters::relative(std::optional<Timestamp> date, Timestamp now, const QLocale& locale,
+                                    const QTimeZone& timeZone) {
+    if (!date) {
+        return QStringLiteral("Never");
+    }
+    // The largest calendar unit in which the two moments differ, counted in the user's
+    // calendar and time zone, as the platform's relative formatter does.
+    const QString zone = QString::fromLatin1(timeZone.id());
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<UCalendar, CalendarCloser> calendar(
+        ucal_open(reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
+                  icuLocale(locale).constData(), UCAL_GREGORIAN, &status));
+    const std::unique_ptr<URelativeDateTimeFormatter, RelativeFormatCloser> format(ureldatefmt_open(
+        icuLocale(locale).constData(), nullptr, UDAT_STYLE_SHORT, UDISPCTX_CAPITALIZATION_NONE, &status));
+    if (U_FAILURE(status)) {
+        return QString();
+    }
+    ucal_setMillis(calendar.get(), icuDate(now), &status);
+    const UDate target = icuDate(*date);
+    struct Step {
+        UCalendarDateFields field;
+        URelativeDateTimeUnit unit;
+    };
+    constexpr std::array<Step, 7> steps{{{UCAL_YEAR, UDAT_REL_UNIT_YEAR},
+                                         {UCAL_MONTH, UDAT_REL_UNIT_MONTH},
+                                         {UCAL_WEEK_OF_MONTH, UDAT_REL_UNIT_WEEK},
+                                         {UCAL_DATE, UDAT_REL_UNIT_DAY},
+                                         {UCAL_HOUR, UDAT_REL_UNIT_HOUR},
+                                         {UCAL_MINUTE, UDAT_REL_UNIT_MINUTE},
+                                         {UCAL_SECOND, UDAT_REL_UNIT_SECOND}}};
+    int32_t amount = 0;
+    URelativeDateTimeUnit unit = UDAT_REL_UNIT_SECOND;
+    for (const Step& step : steps) {
+        // Each difference moves the calendar on by what it counted, so the next field
+        // counts only the rest.
+        const int32_t difference = ucal_getFieldDifference(calendar.get(), target, step.field, &status);
+        if (U_FAILURE(status)) {
+            return QString();
+        }
+        if (difference != 0) {
+            amount = difference;
+            unit = step.unit;
+            break;
+        }
+    }
+    return formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
+        return ureldatefmt_formatNumeric(format.get(), amount, unit, buffer, capacity, error);
+    });
+}
+
+QString DisplayFormatters::resetCountdown(std::optional<Timestamp> date) {
+    return resetCountdown(date, Clock::now());
+}
+
+QString DisplayFormatters::resetCountdown(std::optional<Timestamp> date, Timestamp now) {
+    if (!date) {
+        return QStringLiteral("Reset not provided");
+    }
+    const double interval = date->clamped().secondsSince(now);
+    if (!(interval > 0)) {
+        return QStringLiteral("Reset due");
+    }
+    // Whole hours and minutes, cut toward zero; a clamped date keeps every count well
+    // inside an integer.
+    const double wholeHours = std::trunc(interval / 3600.0);
+    const auto minutes = static_cast<qint64>(std::trunc(std::fmod(interval, 3600.0) / 60.0));
+    if (wholeHours > 24) {
+        const double days = std::trunc(wholeHours / 24.0);
+        return QStringLiteral("in %1d %2h")
+            .arg(QString::number(days, 'f', 0))
+            .arg(QString::number(wholeHours - days * 24.0, 'f', 0));
+    }
+    const auto hours = static_cast<qint64>(wholeHours);
+    if (hours > 0) {
+        return QStringLiteral("in %1h %2m").arg(hours).arg(minutes);
+    }
+    return QStringLiteral("in %1m").arg(std::max<qint64>(minutes, 1));
+}
