@@ -1,0 +1,64 @@
+#include "views/widgets/Theme.h"
+
+#include <cmath>
+
+namespace {
+QColor hex(const char* text) {
+    return QColor(QLatin1StringView(text));
+}
+
+double linear(double channel) {
+    return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+}
+
+double luminance(const QColor& color) {
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+} // namespace
+
+Theme::Appearance Theme::appearance(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() < 128 ? Appearance::dark : Appearance::light;
+}
+
+Theme::ToneColors Theme::colors(Tone tone, Appearance appearance) {
+    const bool dark = appearance == Appearance::dark;
+    switch (tone) {
+    case Tone::positive:
+        return dark ? ToneColors{hex("#5FD38A"), hex("#17311F")} : ToneColors{hex("#1A7332"), hex("#E5F3E9")};
+    case Tone::caution:
+        return dark ? ToneColors{hex("#F2B154"), hex("#362812")} : ToneColors{hex("#995200"), hex("#FCF0DF")};
+    case Tone::critical:
+        return dark ? ToneColors{hex("#FF8F85"), hex("#3B1B19")} : ToneColors{hex("#B3261E"), hex("#FCE9E7")};
+    case Tone::muted:
+        return dark ? ToneColors{hex("#A7AEBA"), hex("#2A2E35")} : ToneColors{hex("#5B6270"), hex("#EEF0F3")};
+    case Tone::accent:
+        return dark ? ToneColors{hex("#93B4FF"), hex("#1D2A47")} : ToneColors{hex("#2B55C9"), hex("#E8EEFC")};
+    }
+    return ToneColors{primaryText(appearance), card(appearance)};
+}
+
+QColor Theme::window(Appearance appearance) {
+    return appearance == Appearance::dark ? hex("#15171A") : hex("#F4F5F7");
+}
+
+QColor Theme::card(Appearance appearance) {
+    return appearance == Appearance::dark ? hex("#1F2227") : hex("#FFFFFF");
+}
+
+QColor Theme::separator(Appearance appearance) {
+    return appearance == Appearance::dark ? hex("#2E3238") : hex("#E3E5E9");
+}
+
+QColor Theme::primaryText(Appearance appearance) {
+    return appearance == Appearance::dark ? hex("#ECEEF1") : hex("#1B1F24");
+}
+
+QColor Theme::secondaryText(Appearance appearance) {
+    return colors(Tone::muted, appearance).foreground;
+}
+
+double Theme::contrastRatio(const QColor& a, const QColor& b) {
+    const double first = luminance(a);
+    const double second = luminance(b);
+    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "views/Tone.h"
+
+#include <QColor>
+#include <QPalette>
+
+// The visual language in one place (docs/design.md says why): the spacing scale, corner
+// radii, type ramp, card surfaces and the colour of every tone in a light and a dark
+// window. Widgets take their measures and colours from here and nowhere else.
+class Theme final {
+public:
+    Theme() = delete;
+
+    enum class Appearance { light, dark };
+
+    // Spacing scale, in device-independent pixels.
+    static constexpr int kSpaceXS = 4;
+    static constexpr int kSpaceS = 8;
+    static constexpr int kSpaceM = 12;
+    static constexpr int kSpaceL = 16;
+    static constexpr int kSpaceXL = 24;
+    static constexpr int kSpaceXXL = 32;
+
+    // Corner radii.
+    static constexpr int kRadiusSmall = 6;
+    static constexpr int kRadiusCard = 12;
+
+    // Type ramp, in points: the body size and the steps around it.
+    static constexpr double kCaption = 11;
+    static constexpr double kFootnote = 12;
+    static constexpr double kBody = 13;
+    static constexpr double kHeadline = 15;
+    static constexpr double kTitle = 20;
+    static constexpr double kLargeTitle = 26;
+
+    // The colours of one tone: its text and icons on a card, and the faint fill of a
+    // badge in that tone (its text stays `foreground`).
+    struct ToneColors {
+        QColor foreground;
+        QColor fill;
+    };
+
+    // Dark when the desktop's window colour is dark.
+    static Appearance appearance(const QPalette& palette);
+
+    static ToneColors colors(Tone tone, Appearance appearance);
+    static QColor window(Appearance appearance);
+    static QColor card(Appearance appearance);
+    static QColor separator(Appearance appearance);
+    static QColor primaryText(Appearance appearance);
+    static QColor secondaryText(Appearance appearance);
+
+    // The WCAG contrast ratio of two opaque colours, from 1 to 21.
+    static double contrastRatio(const QColor& a, const QColor& b);
+};

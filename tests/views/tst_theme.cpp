@@ -1,0 +1,60 @@
+#include "views/widgets/Theme.h"
+
+#include <QTest>
+
+class TestTheme final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void contrastOfKnownPairs() {
+        QCOMPARE(Theme::contrastRatio(Qt::black, Qt::white), 21.0);
+        QCOMPARE(Theme::contrastRatio(Qt::white, Qt::white), 1.0);
+        // WCAG's own example: #777777 on white is just under 4.5.
+        QVERIFY(qAbs(Theme::contrastRatio(QColor(0x77, 0x77, 0x77), Qt::white) - 4.48) < 0.01);
+    }
+
+    void everyToneIsReadable_data() {
+        QTest::addColumn<int>("tone");
+        QTest::addColumn<int>("appearance");
+        for (const Tone tone : {Tone::positive, Tone::caution, Tone::critical, Tone::muted, Tone::accent}) {
+            for (const Theme::Appearance appearance : {Theme::Appearance::light, Theme::Appearance::dark}) {
+                QTest::addRow("tone %d, %s", int(tone),
+                              appearance == Theme::Appearance::dark ? "dark" : "light")
+                    << int(tone) << int(appearance);
+            }
+        }
+    }
+    void everyToneIsReadable() {
+        QFETCH(int, tone);
+        QFETCH(int, appearance);
+        const auto look = static_cast<Theme::Appearance>(appearance);
+        const Theme::ToneColors colors = Theme::colors(static_cast<Tone>(tone), look);
+        // Text on its badge's fill, on a card, and on the window: at least 4.5:1.
+        QVERIFY2(Theme::contrastRatio(colors.foreground, colors.fill) >= 4.5,
+                 qPrintable(QString::number(Theme::contrastRatio(colors.foreground, colors.fill))));
+        QVERIFY(Theme::contrastRatio(colors.foreground, Theme::card(look)) >= 4.5);
+        QVERIFY(Theme::contrastRatio(colors.foreground, Theme::window(look)) >= 4.5);
+    }
+
+    void textOnSurfaces() {
+        for (const Theme::Appearance look : {Theme::Appearance::light, Theme::Appearance::dark}) {
+            QVERIFY(Theme::contrastRatio(Theme::primaryText(look), Theme::card(look)) >= 7.0);
+            QVERIFY(Theme::contrastRatio(Theme::secondaryText(look), Theme::card(look)) >= 4.5);
+            // Cards stand apart from the window, and separators are quiet.
+            QVERIFY(Theme::card(look) != Theme::window(look));
+            QVERIFY(Theme::contrastRatio(Theme::separator(look), Theme::card(look)) < 1.6);
+        }
+    }
+
+    void appearanceFollowsTheDesktop() {
+        QPalette light;
+        light.setColor(QPalette::Window, QColor(0xF0, 0xF0, 0xF0));
+        QCOMPARE(Theme::appearance(light), Theme::Appearance::light);
+        QPalette dark;
+        dark.setColor(QPalette::Window, QColor(0x20, 0x20, 0x22));
+        QCOMPARE(Theme::appearance(dark), Theme::Appearance::dark);
+    }
+};
+
+QTEST_MAIN(TestTheme)
+#include "tst_theme.moc"
