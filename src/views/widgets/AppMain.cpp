@@ -5,9 +5,12 @@
 #include "core/TallyfenApp.h"
 #include "services/KeychainStore.h"
 #include "views/widgets/AppActivation.h"
+#include "views/widgets/AppResources.h"
 #include "views/widgets/MainWindow.h"
+#include "views/widgets/Theme.h"
 
 #include <QApplication>
+#include <QFont>
 #include <QProcessEnvironment>
 
 #include <cstdio>
@@ -17,6 +20,13 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     QApplication::setApplicationName(QStringLiteral("Tallyfen"));
     QApplication::setOrganizationName(QStringLiteral("Tallyfen"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tallyfen"));
+    // The bundled face and icons, so the app reads the same on every machine.
+    AppResources::load();
+    if (const QString family = AppResources::fontFamily(); !family.isEmpty()) {
+        QFont text(family);
+        text.setPixelSize(Theme::kBody);
+        QApplication::setFont(text);
+    }
 
     QString reason;
     const std::unique_ptr<AccountStore> store =

@@ -16,6 +16,13 @@ double luminance(const QColor& color) {
 }
 } // namespace
 
+QFont Theme::font(const QFont& base, int pixels, QFont::Weight weight) {
+    QFont sized = base;
+    sized.setPixelSize(pixels);
+    sized.setWeight(weight);
+    return sized;
+}
+
 Theme::Appearance Theme::appearance(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < 128 ? Appearance::dark : Appearance::light;
 }

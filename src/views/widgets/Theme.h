@@ -3,6 +3,7 @@
 #include "views/Tone.h"
 
 #include <QColor>
+#include <QFont>
 #include <QPalette>
 
 // The visual language in one place (docs/design.md says why): the spacing scale, corner
@@ -26,13 +27,17 @@ public:
     static constexpr int kRadiusSmall = 6;
     static constexpr int kRadiusCard = 12;
 
-    // Type ramp, in points: the body size and the steps around it.
-    static constexpr double kCaption = 11;
-    static constexpr double kFootnote = 12;
-    static constexpr double kBody = 13;
-    static constexpr double kHeadline = 15;
-    static constexpr double kTitle = 20;
-    static constexpr double kLargeTitle = 26;
+    // Type ramp, in device-independent pixels (a desktop point is 4/3 of one): the body
+    // size and the steps around it.
+    static constexpr int kCaption = 11;
+    static constexpr int kFootnote = 12;
+    static constexpr int kBody = 13;
+    static constexpr int kHeadline = 15;
+    static constexpr int kTitle = 20;
+    static constexpr int kLargeTitle = 26;
+
+    // The font at one step of the ramp.
+    static QFont font(const QFont& base, int pixels, QFont::Weight weight = QFont::Normal);
 
     // The colours of one tone: its text and icons on a card, and the faint fill of a
     // badge in that tone (its text stays `foreground`).

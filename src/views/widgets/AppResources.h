@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+// The bundled resources (icons, provider logos, the Inter text face), made available
+// once per process before the first widget draws.
+class AppResources final {
+public:
+    AppResources() = delete;
+
+    // Registers the resources and the font; safe to call more than once.
+    static void load();
+    // The bundled text face's family, or the platform's default when it could not load.
+    static QString fontFamily();
+};

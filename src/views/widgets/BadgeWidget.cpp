@@ -1,0 +1,83 @@
+#include "views/widgets/BadgeWidget.h"
+
+#include "views/widgets/SymbolIcon.h"
+#include "views/widgets/Theme.h"
+
+#include <QEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+namespace {
+constexpr int kIconSize = 12;
+constexpr int kDotSize = 8;
+constexpr int kHalo = 3;
+} // namespace
+
+BadgeWidget::BadgeWidget(const Badge& badge, QWidget* parent)
+    : QWidget(parent) {
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setBadge(badge);
+}
+
+void BadgeWidget::setBadge(const Badge& badge) {
+    m_badge = badge;
+    setAccessibleName(badge.accessibleName);
+    updateGeometry();
+    update();
+}
+
+QFont BadgeWidget::badgeFont() const {
+    return Theme::font(font(), Theme::kCaption, QFont::Medium);
+}
+
+QSize BadgeWidget::sizeHint() const {
+    if (isDot()) {
+        return QSize(kDotSize + 2 * kHalo, kDotSize + 2 * kHalo);
+    }
+    const QFontMetrics metrics(badgeFont());
+    const int height = qMax(metrics.height(), kIconSize) + Theme::kSpaceXS * 2;
+    const int width = Theme::kSpaceS + kIconSize + Theme::kSpaceXS + metrics.horizontalAdvance(m_badge.text) +
+                      Theme::kSpaceS + 2;
+    return QSize(width, height);
+}
+
+void BadgeWidget::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const Theme::Appearance look = Theme::appearance(palette());
+    const Theme::ToneColors colors = Theme::colors(m_badge.tone, look);
+    if (isDot()) {
+        const QRectF dot = QRectF(rect()).adjusted(kHalo, kHalo, -kHalo, -kHalo);
+        QColor halo = colors.foreground;
+        halo.setAlphaF(0.25F);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(halo);
+        painter.drawEllipse(QRectF(rect()));
+        painter.setBrush(colors.foreground);
+        painter.drawEllipse(dot);
+        return;
+    }
+    const QRectF capsule = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colors.fill);
+    painter.drawRoundedRect(capsule, capsule.height() / 2, capsule.height() / 2);
+
+    const int iconTop = (height() - kIconSize) / 2;
+    painter.drawPixmap(Theme::kSpaceS, iconTop,
+                       SymbolIcon::pixmap(m_badge.symbol, colors.foreground, kIconSize, devicePixelRatioF()));
+    painter.setFont(badgeFont());
+    painter.setPen(colors.foreground);
+    const QRect textRect(Theme::kSpaceS + kIconSize + Theme::kSpaceXS, 0,
+                         width() - (Theme::kSpaceS + kIconSize + Theme::kSpaceXS) - Theme::kSpaceS, height());
+    painter.drawText(textRect, Qt::AlignVCenter | Qt::AlignLeft, m_badge.text);
+}
+
+void BadgeWidget::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        updateGeometry();
+    }
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) {
+        update();
+    }
+}

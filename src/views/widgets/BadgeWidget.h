@@ -1,0 +1,31 @@
+#pragma once
+
+#include "views/Badge.h"
+
+#include <QWidget>
+
+// A status, pulse or source badge: a capsule with the symbol and the text in the
+// badge's tone on a faint fill of it. A badge without text is the pulse dot: a small
+// circle in the tone with a soft halo.
+class BadgeWidget final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BadgeWidget(const Badge& badge, QWidget* parent = nullptr);
+
+    void setBadge(const Badge& badge);
+    const Badge& badge() const noexcept { return m_badge; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    bool isDot() const { return m_badge.text.isEmpty(); }
+    QFont badgeFont() const;
+
+    Badge m_badge;
+};

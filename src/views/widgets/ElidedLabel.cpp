@@ -1,0 +1,92 @@
+#include "views/widgets/ElidedLabel.h"
+
+#include <QEvent>
+#include <QFontMetrics>
+
+ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
+    : QLabel(parent) {
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    setFullText(text);
+}
+
+void ElidedLabel::setFullText(const QString& text) {
+    m_fullText = text;
+    setAccessibleName(text);
+    setToolTip(fontMetrics().horizontalAdvance(text) > width() ? text : QString());
+    elide();
+    updateGeometry();
+}
+
+void ElidedLabel::setMaximumLines(int lines) {
+    m_lines = qMax(1, lines);
+    setWordWrap(m_lines > 1);
+    QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    policy.setHeightForWidth(m_lines > 1);
+    setSizePolicy(policy);
+    elide();
+    updateGeometry();
+}
+
+int ElidedLabel::heightForWidth(int width) const {
+    const QFontMetrics metrics = fontMetrics();
+    const int needed =
+        metrics.boundingRect(QRect(0, 0, qMax(width, 1), 100000), Qt::TextWordWrap, m_fullText).height();
+    return qMin(needed, metrics.lineSpacing() * m_lines);
+}
+
+QSize ElidedLabel::minimumSizeHint() const {
+    return QSize(fontMetrics().horizontalAdvance(QStringLiteral("…")) * 3, fontMetrics().height());
+}
+
+QSize ElidedLabel::sizeHint() const {
+    // Asks for its whole text, at most a sensible line: a 300-character label asks for
+    // no more than 480 pixels and gets cut to what the layout gives.
+    return QSize(qMin(fontMetrics().horizontalAdvance(m_fullText) + 2, 480), fontMetrics().height());
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent* event) {
+    QLabel::resizeEvent(event);
+    elide();
+}
+
+void ElidedLabel::changeEvent(QEvent* event) {
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange) {
+        elide();
+        updateGeometry();
+    }
+}
+
+void ElidedLabel::elide() {
+    QString shown;
+    if (m_lines == 1) {
+        shown = fontMetrics().elidedText(m_fullText, Qt::ElideRight, qMax(width(), 1));
+    } else {
+        // The longest start of the text that, with an ellipsis, wraps into the lines allowed.
+        const QFontMetrics metrics = fontMetrics();
+        const QRect box(0, 0, qMax(width(), 1), 100000);
+        const int allowed = metrics.lineSpacing() * m_lines;
+        const auto fits = [&](const QString& candidate) {
+            return metrics.boundingRect(box, Qt::TextWordWrap, candidate).height() <= allowed;
+        };
+        if (fits(m_fullText)) {
+            shown = m_fullText;
+        } else {
+            qsizetype low = 0;
+            qsizetype high = m_fullText.size();
+            while (low < high) {
+                const qsizetype middle = (low + high + 1) / 2;
+                if (fits(m_fullText.left(middle).trimmed() + QStringLiteral("…"))) {
+                    low = middle;
+                } else {
+                    high = middle - 1;
+                }
+            }
+            shown = m_fullText.left(low).trimmed() + QStringLiteral("…");
+        }
+    }
+    if (text() != shown) {
+        setText(shown);
+    }
+    setToolTip(shown != m_fullText ? m_fullText : QString());
+}

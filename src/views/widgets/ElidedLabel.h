@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QLabel>
+
+// A label that never widens its window: text longer than the space it gets is cut with
+// an ellipsis (on its last line, when it may wrap), while its accessible name and
+// tooltip keep the whole text.
+class ElidedLabel final : public QLabel {
+    Q_OBJECT
+
+public:
+    explicit ElidedLabel(const QString& text = QString(), QWidget* parent = nullptr);
+
+    void setFullText(const QString& text);
+    const QString& fullText() const noexcept { return m_fullText; }
+    // How many lines the text may wrap to; one by default.
+    void setMaximumLines(int lines);
+
+    bool hasHeightForWidth() const override { return m_lines > 1; }
+    int heightForWidth(int width) const override;
+
+    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void elide();
+
+    QString m_fullText;
+    int m_lines = 1;
+};
