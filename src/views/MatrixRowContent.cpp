@@ -1,0 +1,52 @@
+#include "views/MatrixRowContent.h"
+
+#include "store/ProviderAccount.h"
+#include "views/DisplayFormatters.h"
+#include "views/SubscriptionCardContent.h"
+
+const QStringList MatrixRowContent::kColumns{QStringLiteral("Subscription"), QStringLiteral("Short term"),
+                                             QStringLiteral("Weekly"), QStringLiteral("Pulse / status")};
+
+MatrixRowContent::Cell MatrixRowContent::cell(const QList<UsageWindow>& windows, const QLocale& locale) {
+    Cell cell;
+    if (windows.isEmpty()) {
+        cell.empty = QStringLiteral("—");
+        return cell;
+    }
+    for (const UsageWindow& window : windows.mid(0, 3)) {
+        cell.lines.append(Cell::Line{
+            .dotTone = Tones::forHealth(window.health()),
+            .dotName = window.health().title(),
+            .used = DisplayFormatters::metric(window.used, window.unit, locale),
+            .limit = window.limit ? QStringLiteral("of ") +
+                                        DisplayFormatters::metric(window.limit, window.unit, locale)
+                                  : QStringLiteral("No limit")});
+    }
+    if (windows.size() > 3) {
+        cell.more = QStringLiteral("+%1 more").arg(windows.size() - 3);
+    }
+    return cell;
+}
+
+MatrixRowContent MatrixRowContent::make(const ProviderAccount& account, Timestamp now,
+                                        const QLocale& locale) {
+    const std::optional<UsageSnapshot> snapshot = account.snapshot();
+    MatrixRowContent row;
+    row.id = account.id();
+    row.name = account.displayName();
+    row.subtitle = account.provider().shortName() + QStringLiteral(" · #") + account.shortIdentifier();
+    row.shortTerm = cell(snapshot ? snapshot->shortTermWindows() : QList<UsageWindow>(), locale);
+    row.weekly = cell(snapshot ? snapshot->weeklyWindows() : QList<UsageWindow>(), locale);
+    row.pulse = Badge::pulse(account.pulse());
+    const SyncStatus status = account.effectiveSyncStatus();
+    row.status = status.title();
+    row.statusTone = Tones::forStatus(status);
+    if (snapshot) {
+        row.source = snapshot->source.title();
+        if (SubscriptionCardContent::isBillingOnly(*snapshot)) {
+            row.billingOnly = QStringLiteral("Billing only");
+        }
+    }
+    row.countdown = DisplayFormatters::resetCountdown(snapshot ? snapshot->nextReset() : std::nullopt, now);
+    return row;
+}
