@@ -2,16 +2,24 @@
 // Usage: render_screens <output folder>
 #include "core/ContentView.h"
 #include "core/Preferences.h"
+#include "model/Clock.h"
+#include "providers/MockDataFactory.h"
 #include "views/Badge.h"
+#include "views/MatrixRowContent.h"
 #include "views/MetricCardContent.h"
+#include "views/SubscriptionCardContent.h"
 #include "views/TrendChartContent.h"
 #include "views/widgets/AppResources.h"
 #include "views/widgets/BadgeWidget.h"
 #include "views/widgets/MainWindow.h"
 #include "views/widgets/MetricCardWidget.h"
 #include "views/widgets/SettingsWindow.h"
+#include "views/widgets/SubscriptionCardWidget.h"
+#include "views/widgets/SubscriptionMatrixWidget.h"
 #include "views/widgets/Theme.h"
 #include "views/widgets/TrendChartWidget.h"
+
+#include <QScrollArea>
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -137,6 +145,95 @@ QWidget* blockGallery(Theme::Appearance look) {
     return page;
 }
 
+// Sample subscriptions in their main states: healthy, watch, urgent, billing-only, no
+// snapshot, four windows in one horizon and a 300-character label.
+QList<ProviderAccount*> sampleAccounts(QObject* owner, Timestamp now) {
+    QList<ProviderAccount*> accounts;
+    const auto make = [&](const QString& label, AIProvider provider, const char* id) {
+        auto* account =
+            new ProviderAccount(ProviderAccount::Init{.id = QUuid::fromString(QLatin1StringView(id)),
+                                                      .provider = provider,
+                                                      .label = label,
+                                                      .accountKind = AccountKind::consumer,
+                                                      .connectionMode = ConnectionMode::mock},
+                                owner);
+        account->setSnapshot(MockDataFactory::snapshot(*account, now));
+        account->setLastRefreshAt(now.addingSeconds(-1800));
+        account->setSyncStatus(SyncStatus::current);
+        accounts.append(account);
+        return account;
+    };
+    make(QStringLiteral("OpenAI · Work API"), AIProvider::openAI, "1a2b3c4d-0000-4000-8000-000000000001")
+        ->setModelScope(QStringLiteral("gpt-4o, o3-mini"));
+    ProviderAccount* claude = make(QStringLiteral("Claude · Personal"), AIProvider::anthropic,
+                                   "2b3c4d5e-0000-4000-8000-000000000002");
+    claude->setAgentCount(1);
+    claude->setAgentBudgets({AgentBudget{.id = QStringLiteral("s"),
+                                         .name = QStringLiteral("Scout"),
+                                         .unit = UsageUnit::messages,
+                                         .shortUsed = 9,
+                                         .shortLimit = 10,
+                                         .weeklyUsed = 40,
+                                         .weeklyLimit = 100}});
+    make(QStringLiteral("Grok · Labs"), AIProvider::xAI, "3c4d5e6f-0000-4000-8000-000000000003");
+    ProviderAccount* urgent =
+        make(QStringLiteral("Gemini Advanced"), AIProvider::gemini, "4d5e6f70-0000-4000-8000-000000000004");
+    UsageSnapshot over = *urgent->snapshot();
+    over.windows[0].used = 52;
+    over.windows[0].reportedRemaining = std::nullopt;
+    for (int i = 0; i < 3; ++i) {
+        over.windows.append(UsageWindow{.id = QStringLiteral("extra-%1").arg(i),
+                                        .title = QStringLiteral("Images / 5 hours %1").arg(i + 1),
+                                        .unit = UsageUnit::items,
+                                        .horizon = UsageHorizon::shortTerm,
+                                        .used = 2.0 + i,
+                                        .limit = 10});
+    }
+    urgent->setSnapshot(over);
+    auto* fresh = new ProviderAccount(
+        ProviderAccount::Init{.provider = AIProvider::openAI,
+                              .label = QString(300, u'L'),
+                              .accountKind = AccountKind::api,
+                              .connectionMode = ConnectionMode::apiKey,
+                              .syncMessage =
+                                  QStringLiteral("Key verified — press Refresh for the first usage signal")},
+        owner);
+    accounts.append(fresh);
+    return accounts;
+}
+
+QWidget* subscriptionGallery(Theme::Appearance look, bool matrix) {
+    const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
+    Clock::setFixedNow(now); // ages and staleness as of that moment
+    auto* page = new QWidget;
+    page->setPalette(paletteFor(look));
+    page->setAutoFillBackground(true);
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL);
+    layout->setSpacing(Theme::kSpaceL);
+    const QList<ProviderAccount*> accounts = sampleAccounts(page, now);
+    if (matrix) {
+        QList<MatrixRowContent> rows;
+        for (const ProviderAccount* account : accounts) {
+            rows.append(MatrixRowContent::make(*account, now));
+        }
+        layout->addWidget(new SubscriptionMatrixWidget(rows));
+    } else {
+        auto* grid = new QGridLayout;
+        grid->setSpacing(Theme::kSpaceL);
+        for (qsizetype i = 0; i < accounts.size(); ++i) {
+            grid->addWidget(new SubscriptionCardWidget(SubscriptionCardContent::make(*accounts[i], now),
+                                                       accounts[i]->snapshot()
+                                                           ? accounts[i]->snapshot()->history
+                                                           : QList<UsagePoint>()),
+                            static_cast<int>(i / 2), static_cast<int>(i % 2), Qt::AlignTop);
+        }
+        layout->addLayout(grid);
+    }
+    layout->addStretch(1);
+    return page;
+}
+
 bool save(QWidget& widget, const QString& path) {
     widget.show();
     QApplication::processEvents();
@@ -204,6 +301,22 @@ int main(int argc, char* argv[]) {
             const QString path = QDir(output).filePath(
                 QStringLiteral("blocks-%1@%2x.png").arg(QLatin1StringView(name)).arg(scale));
             const bool written = picture.save(path);
+            std::printf("%s %s\n", written ? "wrote" : "could not write", qPrintable(path));
+            ok &= written;
+        }
+    }
+    for (const auto& [look, name] :
+         {std::pair{Theme::Appearance::light, "light"}, std::pair{Theme::Appearance::dark, "dark"}}) {
+        for (const bool matrix : {false, true}) {
+            std::unique_ptr<QWidget> gallery(subscriptionGallery(look, matrix));
+            gallery->resize(1180, matrix ? 720 : 1320);
+            gallery->show();
+            QApplication::processEvents();
+            const QString path =
+                QDir(output).filePath(QStringLiteral("%1-%2.png")
+                                          .arg(matrix ? QStringLiteral("matrix") : QStringLiteral("cards"),
+                                               QLatin1StringView(name)));
+            const bool written = gallery->grab().save(path);
             std::printf("%s %s\n", written ? "wrote" : "could not write", qPrintable(path));
             ok &= written;
         }

@@ -1,13 +1,24 @@
+#include "providers/MockDataFactory.h"
+#include "store/ProviderAccount.h"
+#include "views/MatrixRowContent.h"
+#include "views/SubscriptionCardContent.h"
 #include "views/widgets/AppResources.h"
 #include "views/widgets/BadgeWidget.h"
 #include "views/widgets/ElidedLabel.h"
 #include "views/widgets/MetricCardWidget.h"
+#include "views/widgets/ProviderLogoWidget.h"
+#include "views/widgets/SubscriptionCardWidget.h"
+#include "views/widgets/SubscriptionMatrixWidget.h"
 #include "views/widgets/SymbolIcon.h"
 #include "views/widgets/TrendChartWidget.h"
+
+#include <QSignalSpy>
 
 #include <QImage>
 #include <QLabel>
 #include <QTest>
+
+#include <algorithm>
 
 namespace {
 const QLocale kEnglish(QStringLiteral("en_US"));
@@ -155,8 +166,76 @@ private slots:
         QVERIFY(title->text().size() < label.size());
     }
 
+    void subscriptionCardShowsItsPartsByName() {
+        ProviderAccount account(ProviderAccount::Init{.provider = AIProvider::xAI,
+                                                      .label = QStringLiteral("Grok · Labs"),
+                                                      .accountKind = AccountKind::api,
+                                                      .connectionMode = ConnectionMode::mock});
+        account.setSnapshot(MockDataFactory::snapshot(account, kNow));
+        account.setAgentCount(1);
+        SubscriptionCardWidget card(SubscriptionCardContent::make(account, kNow, kEnglish, kUTC), {});
+        card.resize(560, 700);
+        card.show();
+        const QStringList texts = accessibleTexts(card);
+        for (const QString& expected :
+             {QStringLiteral("Grok · Labs"), QStringLiteral("xAI / Grok"), QStringLiteral("1 agents"),
+              QStringLiteral("Short term"), QStringLiteral("Weekly"),
+              QStringLiteral("Not available from provider"),
+              QStringLiteral("Billing-only signal — no short-term or weekly quota is published"),
+              QStringLiteral("Other tracked signals"), QStringLiteral("Historical model usage"),
+              QStringLiteral("Daily trend"), QStringLiteral("Next reset"),
+              QStringLiteral("Recent usage trend")}) {
+            QVERIFY2(texts.contains(expected), qPrintable(expected + u" in " + texts.join(u'|')));
+        }
+        QVERIFY(std::any_of(texts.cbegin(), texts.cend(), [](const QString& text) {
+            return text.startsWith(QStringLiteral("Usage pulse: "));
+        }));
+    }
+
+    void matrixRowsSelectTheirAccount() {
+        ProviderAccount first(ProviderAccount::Init{.provider = AIProvider::openAI,
+                                                    .label = QStringLiteral("First"),
+                                                    .accountKind = AccountKind::api});
+        ProviderAccount second(ProviderAccount::Init{.provider = AIProvider::gemini,
+                                                     .label = QStringLiteral("Second"),
+                                                     .accountKind = AccountKind::api});
+        SubscriptionMatrixWidget matrix(
+            {MatrixRowContent::make(first, kNow, kEnglish), MatrixRowContent::make(second, kNow, kEnglish)});
+        matrix.resize(900, 300);
+        matrix.show();
+        const QStringList texts = accessibleTexts(matrix);
+        for (const QString& column : MatrixRowContent::kColumns) {
+            QVERIFY(texts.contains(column));
+        }
+        QSignalSpy selected(&matrix, &SubscriptionMatrixWidget::selected);
+        QWidget* row = nullptr;
+        for (QWidget* child : matrix.findChildren<QWidget*>()) {
+            if (child->accessibleName() == QStringLiteral("Second") &&
+                child->focusPolicy() == Qt::StrongFocus) {
+                row = child;
+            }
+        }
+        QVERIFY(row);
+        QTest::mouseClick(row, Qt::LeftButton, {}, QPoint(10, 10));
+        QCOMPARE(selected.count(), 1);
+        QCOMPARE(selected.first().first().toUuid(), second.id());
+        QTest::keyClick(row, Qt::Key_Return);
+        QCOMPARE(selected.count(), 2);
+    }
+
+    void logosAreNamedAndXAIKeepsItsColours() {
+        const ProviderLogoWidget logo(AIProvider::anthropic, 22);
+        QCOMPARE(logo.accessibleName(), QStringLiteral("Anthropic / Claude"));
+        QCOMPARE(logo.sizeHint(), QSize(22, 22));
+        QVERIFY(ProviderLogoWidget::isTemplate(AIProvider::openAI));
+        QVERIFY(!ProviderLogoWidget::isTemplate(AIProvider::xAI));
+        QCOMPARE(ProviderLogoWidget::logoResource(AIProvider::gemini),
+                 QStringLiteral(":/ProviderIcons/gemini.png"));
+    }
+
     void chartsAreNamed() {
-        const TrendChartWidget spark(TrendChartContent::sparkline({UsagePoint{.date = kNow, .value = 1, .unit = UsageUnit::requests}}));
+        const TrendChartWidget spark(TrendChartContent::sparkline(
+            {UsagePoint{.date = kNow, .value = 1, .unit = UsageUnit::requests}}));
         QCOMPARE(spark.accessibleName(), QStringLiteral("Recent usage trend"));
         QCOMPARE(spark.sizeHint(), QSize(150, 44));
         const TrendChartWidget empty(TrendChartContent::trend({}));

@@ -2,6 +2,9 @@
 
 #include <QEvent>
 #include <QFontMetrics>
+#include <QPainter>
+
+#include "views/widgets/Theme.h"
 
 ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
     : QLabel(parent) {
@@ -25,6 +28,29 @@ void ElidedLabel::setMaximumLines(int lines) {
     setSizePolicy(policy);
     elide();
     updateGeometry();
+}
+
+void ElidedLabel::setStyle(int pixels, QFont::Weight weight, Ink ink, Tone tone) {
+    setFont(Theme::font(font(), pixels, weight));
+    m_ink = ink;
+    m_tone = tone;
+    update();
+}
+
+void ElidedLabel::paintEvent(QPaintEvent* event) {
+    if (m_ink == Ink::palette) {
+        QLabel::paintEvent(event);
+        return;
+    }
+    const Theme::Appearance look = Theme::appearance(window()->palette());
+    const QColor color = m_ink == Ink::primary     ? Theme::primaryText(look)
+                         : m_ink == Ink::secondary ? Theme::secondaryText(look)
+                                                   : Theme::colors(m_tone, look).foreground;
+    QPainter painter(this);
+    painter.setPen(color);
+    painter.setFont(font());
+    const int flags = static_cast<int>(alignment()) | (m_lines > 1 ? Qt::TextWordWrap : 0);
+    painter.drawText(contentsRect(), flags, text());
 }
 
 int ElidedLabel::heightForWidth(int width) const {

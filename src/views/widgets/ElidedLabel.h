@@ -1,5 +1,7 @@
 #pragma once
 
+#include "views/Tone.h"
+
 #include <QLabel>
 
 // A label that never widens its window: text longer than the space it gets is cut with
@@ -16,6 +18,11 @@ public:
     // How many lines the text may wrap to; one by default.
     void setMaximumLines(int lines);
 
+    // Draws the text in a colour of the theme, chosen anew for the window's light or
+    // dark palette: primary or secondary text, or a tone.
+    enum class Ink { palette, primary, secondary, tone };
+    void setStyle(int pixels, QFont::Weight weight, Ink ink, Tone tone = Tone::muted);
+
     bool hasHeightForWidth() const override { return m_lines > 1; }
     int heightForWidth(int width) const override;
 
@@ -23,6 +30,7 @@ public:
     QSize sizeHint() const override;
 
 protected:
+    void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
 
@@ -31,4 +39,6 @@ private:
 
     QString m_fullText;
     int m_lines = 1;
+    Ink m_ink = Ink::palette;
+    Tone m_tone = Tone::muted;
 };

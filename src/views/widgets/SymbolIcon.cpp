@@ -41,6 +41,11 @@ const QHash<QString, QString>& table() {
         {QStringLiteral("diamond.fill"), QStringLiteral("filled-diamond")},
         {QStringLiteral("cpu"), QStringLiteral("outline-cpu")},
         {QStringLiteral("chart.xyaxis.line"), QStringLiteral("outline-chart-line")},
+        {QStringLiteral("person.crop.circle.badge.checkmark"), QStringLiteral("outline-user-check")},
+        {QStringLiteral("person.3.fill"), QStringLiteral("outline-users")},
+        {QStringLiteral("calendar"), QStringLiteral("outline-calendar")},
+        {QStringLiteral("bolt.fill"), QStringLiteral("filled-bolt")},
+        {QStringLiteral("exclamationmark.circle"), QStringLiteral("outline-alert-circle")},
     };
     return icons;
 }
