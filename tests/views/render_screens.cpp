@@ -14,6 +14,7 @@
 #include "views/widgets/MainWindow.h"
 #include "views/widgets/MetricCardWidget.h"
 #include "views/widgets/SettingsWindow.h"
+#include "views/widgets/StatusCardWidget.h"
 #include "views/widgets/SubscriptionCardWidget.h"
 #include "views/widgets/SubscriptionMatrixWidget.h"
 #include "views/widgets/Theme.h"
@@ -142,6 +143,22 @@ QWidget* blockGallery(Theme::Appearance look) {
     sparks->addWidget(new TrendChartWidget(TrendChartContent::sparkline({})));
     charts->addLayout(sparks);
     layout->addLayout(charts);
+
+    auto* cards = new QHBoxLayout;
+    cards->setSpacing(Theme::kSpaceL);
+    cards->addWidget(
+        new StatusCardWidget(StatusCardsContent::emptyState(
+                                 QStringLiteral("No accounts yet"),
+                                 QStringLiteral("Add a subscription to start tracking its allowance."),
+                                 QStringLiteral("Add Account"), true),
+                             [] {}),
+        2);
+    cards->addWidget(new StatusCardWidget(StatusCardsContent::unavailable(
+                         QStringLiteral("Not available from provider"),
+                         QStringLiteral("This horizon is not exposed for this subscription."))),
+                     1);
+    cards->addWidget(new StatusCardWidget(StatusCardsContent::metricCell(windows[1], now)), 1);
+    layout->addLayout(cards);
     return page;
 }
 
@@ -292,7 +309,7 @@ int main(int argc, char* argv[]) {
          {std::pair{Theme::Appearance::light, "light"}, std::pair{Theme::Appearance::dark, "dark"}}) {
         for (const qreal scale : {1.0, 2.0}) {
             std::unique_ptr<QWidget> gallery(blockGallery(look));
-            gallery->resize(1060, 760);
+            gallery->resize(1060, 1000);
             gallery->show();
             QApplication::processEvents();
             QPixmap picture(gallery->size() * scale);

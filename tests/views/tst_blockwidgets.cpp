@@ -7,10 +7,13 @@
 #include "views/widgets/ElidedLabel.h"
 #include "views/widgets/MetricCardWidget.h"
 #include "views/widgets/ProviderLogoWidget.h"
+#include "views/widgets/StatusCardWidget.h"
 #include "views/widgets/SubscriptionCardWidget.h"
 #include "views/widgets/SubscriptionMatrixWidget.h"
+
 #include "views/widgets/SymbolIcon.h"
 #include "views/widgets/TrendChartWidget.h"
+#include <QPushButton>
 
 #include <QSignalSpy>
 
@@ -231,6 +234,48 @@ private slots:
         QVERIFY(!ProviderLogoWidget::isTemplate(AIProvider::xAI));
         QCOMPARE(ProviderLogoWidget::logoResource(AIProvider::gemini),
                  QStringLiteral(":/ProviderIcons/gemini.png"));
+    }
+
+    void emptyStateButtonOnlyWithTitleAndAction() {
+        int pressed = 0;
+        StatusCardWidget both(StatusCardsContent::emptyState(QStringLiteral("No accounts yet"),
+                                                             QStringLiteral("Add one."),
+                                                             QStringLiteral("Add Account"), true),
+                              [&pressed] { ++pressed; });
+        QVERIFY(both.actionButton());
+        QCOMPARE(both.actionButton()->text(), QStringLiteral("Add Account"));
+        QTest::mouseClick(both.actionButton(), Qt::LeftButton);
+        QCOMPARE(pressed, 1);
+        const StatusCardWidget titleOnly(StatusCardsContent::emptyState(QStringLiteral("t"),
+                                                                        QStringLiteral("m"),
+                                                                        QStringLiteral("Go"), false),
+                                         {});
+        QVERIFY(!titleOnly.actionButton());
+        const StatusCardWidget actionOnly(
+            StatusCardsContent::emptyState(QStringLiteral("t"), QStringLiteral("m"), std::nullopt, true),
+            [] {});
+        QVERIFY(!actionOnly.actionButton());
+        both.show();
+        QVERIFY(accessibleTexts(both).contains(QStringLiteral("No accounts yet")));
+        QVERIFY(accessibleTexts(both).contains(QStringLiteral("Add one.")));
+    }
+
+    void unplacedCardsShowTheirTexts() {
+        ProviderAccount account(ProviderAccount::Init{.provider = AIProvider::anthropic,
+                                                      .label = QStringLiteral("Claude"),
+                                                      .accountKind = AccountKind::consumer});
+        StatusCardWidget summary(StatusCardsContent::accountSummary(account, kNow, kEnglish, kUTC));
+        summary.show();
+        QVERIFY(accessibleTexts(summary).contains(
+            QStringLiteral("No snapshot yet — refresh or add manual data.")));
+        const UsageWindow window{.id = QStringLiteral("w"),
+                                 .title = QStringLiteral("Tokens"),
+                                 .unit = UsageUnit::tokens,
+                                 .used = 3};
+        StatusCardWidget cell(StatusCardsContent::metricCell(window, kNow, kEnglish));
+        cell.show();
+        QVERIFY(accessibleTexts(cell).contains(QStringLiteral("Limit not reported")));
+        QVERIFY(accessibleTexts(cell).contains(QStringLiteral("3 tokens")));
     }
 
     void chartsAreNamed() {
