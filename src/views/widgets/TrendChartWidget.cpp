@@ -35,6 +35,7 @@ TrendChartWidget::TrendChartWidget(const TrendChartContent& content, QWidget* pa
 
 void TrendChartWidget::setContent(const TrendChartContent& content) {
     m_content = content;
+    m_picture = QPixmap();
     setAccessibleName(isSparkline() ? content.accessibleName
                                     : (content.isEmpty() ? content.emptyText : content.yAxisLabel));
     if (isSparkline()) {
@@ -56,7 +57,22 @@ QSize TrendChartWidget::minimumSizeHint() const {
 }
 
 void TrendChartWidget::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
+    // What the picture depends on besides the data: size, scale, light or dark, font.
+    const qreal ratio = devicePixelRatioF();
+    const size_t key = qHashMulti(0, width(), height(), qRound(ratio * 8),
+                                  static_cast<int>(Theme::appearance(palette())), font().key());
+    if (m_picture.isNull() || key != m_pictureKey) {
+        m_picture = QPixmap(size() * ratio);
+        m_picture.setDevicePixelRatio(ratio);
+        m_picture.fill(Qt::transparent);
+        QPainter picture(&m_picture);
+        draw(picture);
+        m_pictureKey = key;
+    }
+    QPainter(this).drawPixmap(0, 0, m_picture);
+}
+
+void TrendChartWidget::draw(QPainter& painter) {
     painter.setRenderHint(QPainter::Antialiasing);
     const Theme::Appearance look = Theme::appearance(palette());
     const QColor accent = Theme::colors(Tone::accent, look).foreground;

@@ -2,6 +2,7 @@
 
 #include "views/TrendChartContent.h"
 
+#include <QPixmap>
 #include <QWidget>
 
 // A history chart drawn with QPainter: an area, a Catmull-Rom line and the points, in the
@@ -24,6 +25,11 @@ protected:
 
 private:
     bool isSparkline() const { return m_content.kind == TrendChartContent::Kind::sparkline; }
+    void draw(QPainter& painter);
 
     TrendChartContent m_content;
+    // The chart as last drawn: a repaint at the same size, scale, palette and data only
+    // copies it. Emptied by new content.
+    QPixmap m_picture;
+    size_t m_pictureKey = 0;
 };
