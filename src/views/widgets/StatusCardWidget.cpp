@@ -135,11 +135,5 @@ StatusCardWidget::StatusCardWidget(const StatusCardsContent::MetricCell& content
 }
 
 void StatusCardWidget::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const Theme::Appearance look = Theme::appearance(palette());
-    painter.setPen(m_muted ? Qt::NoPen : QPen(Theme::separator(look), 1));
-    painter.setBrush(m_muted ? Theme::colors(Tone::muted, look).fill : Theme::card(look));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Theme::kRadiusCard,
-                            Theme::kRadiusCard);
+    Theme::paintCard(this, m_muted);
 }

@@ -245,11 +245,5 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
 }
 
 void SubscriptionCardWidget::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const Theme::Appearance look = Theme::appearance(palette());
-    painter.setPen(QPen(Theme::separator(look), 1));
-    painter.setBrush(Theme::card(look));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Theme::kRadiusCard,
-                            Theme::kRadiusCard);
+    Theme::paintCard(this);
 }

@@ -1,5 +1,8 @@
 #include "views/widgets/Theme.h"
 
+#include <QPainter>
+#include <QWidget>
+
 #include <cmath>
 
 namespace {
@@ -62,6 +65,15 @@ QColor Theme::primaryText(Appearance appearance) {
 
 QColor Theme::secondaryText(Appearance appearance) {
     return colors(Tone::muted, appearance).foreground;
+}
+
+void Theme::paintCard(QWidget* widget, bool muted) {
+    QPainter painter(widget);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const Appearance look = appearance(widget->palette());
+    painter.setPen(muted ? QPen(Qt::NoPen) : QPen(separator(look), 1));
+    painter.setBrush(muted ? colors(Tone::muted, look).fill : card(look));
+    painter.drawRoundedRect(QRectF(widget->rect()).adjusted(0.5, 0.5, -0.5, -0.5), kRadiusCard, kRadiusCard);
 }
 
 double Theme::contrastRatio(const QColor& a, const QColor& b) {

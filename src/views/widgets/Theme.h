@@ -6,6 +6,8 @@
 #include <QFont>
 #include <QPalette>
 
+class QWidget;
+
 // The visual language in one place (docs/design.md says why): the spacing scale, corner
 // radii, type ramp, card surfaces and the colour of every tone in a light and a dark
 // window. Widgets take their measures and colours from here and nowhere else.
@@ -55,6 +57,10 @@ public:
     static QColor separator(Appearance appearance);
     static QColor primaryText(Appearance appearance);
     static QColor secondaryText(Appearance appearance);
+
+    // Paints a card surface over `rect` for the widget's palette: the card colour with a
+    // hairline border and the card radius, or a muted panel without a border.
+    static void paintCard(QWidget* widget, bool muted = false);
 
     // The WCAG contrast ratio of two opaque colours, from 1 to 21.
     static double contrastRatio(const QColor& a, const QColor& b);
