@@ -5,8 +5,8 @@
 #include <QWidget>
 
 class ElidedLabel;
-class QLabel;
 class MeterBar;
+class QBoxLayout;
 
 // The card of one window: title and unit icon, the used amount, the ceiling and what
 // remains, the bar, the reset line and the note. It draws a MetricCardContent and
@@ -17,25 +17,11 @@ class MetricCardWidget final : public QWidget {
 public:
     explicit MetricCardWidget(const MetricCardContent& content, QWidget* parent = nullptr);
 
-    void setContent(const MetricCardContent& content);
     const MetricCardContent& content() const noexcept { return m_content; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
-    void applyColors();
-
     MetricCardContent m_content;
-    ElidedLabel* m_title;
-    QLabel* m_unitIcon;
-    QLabel* m_value;
-    ElidedLabel* m_ceiling;
-    QLabel* m_remainder;
-    MeterBar* m_bar;
-    QLabel* m_resetIcon;
-    QLabel* m_countdown;
-    QLabel* m_resetDate;
-    ElidedLabel* m_note;
 };
