@@ -18,10 +18,11 @@ int main(int argc, char* argv[]) {
     }
     const QDir source(arguments[1]);
     const QDir output(arguments[2]);
-    const QList<QPair<QString, QString>> marks{{QStringLiteral("openai.svg"), QStringLiteral("openai.png")},
-                                               {QStringLiteral("claude.svg"), QStringLiteral("anthropic.png")},
-                                               {QStringLiteral("grok.svg"), QStringLiteral("xai.png")},
-                                               {QStringLiteral("gemini-color.svg"), QStringLiteral("gemini.png")}};
+    const QList<QPair<QString, QString>> marks{
+        {QStringLiteral("openai.svg"), QStringLiteral("openai.png")},
+        {QStringLiteral("claude.svg"), QStringLiteral("anthropic.png")},
+        {QStringLiteral("grok.svg"), QStringLiteral("xai.png")},
+        {QStringLiteral("gemini-color.svg"), QStringLiteral("gemini.png")}};
     constexpr int kSize = 128;
     for (const auto& [svg, png] : marks) {
         QSvgRenderer renderer(source.filePath(svg));
