@@ -89,6 +89,10 @@ QString DisplayFormatters::remaining(const UsageWindow& window, const QLocale& l
     return text + (*left < 0 ? QStringLiteral(" over") : QStringLiteral(" remaining"));
 }
 
+QString DisplayFormatters::ofLimit(const UsageWindow& window, const QLocale& locale) {
+    return QStringLiteral("of ") + metric(window.limit, window.unit, locale);
+}
+
 QString DisplayFormatters::dateTime(std::optional<Timestamp> date, const QTimeZone& timeZone,
                                     const QLocale& locale) {
     if (!date) {

@@ -25,6 +25,8 @@ public:
     static QString metric(std::optional<double> value, UsageUnit unit, const QLocale& locale = QLocale());
     // "20 requests over", "0 requests remaining"; "Not available from provider" when absent.
     static QString remaining(const UsageWindow& window, const QLocale& locale = QLocale());
+    // The ceiling line of a window with a limit: "of 60 requests".
+    static QString ofLimit(const UsageWindow& window, const QLocale& locale = QLocale());
     // Medium date and short time: "Apr 2, 2026, 9:30 AM"; "Not available" when absent.
     static QString dateTime(std::optional<Timestamp> date,
                             const QTimeZone& timeZone = QTimeZone::systemTimeZone(),

@@ -15,7 +15,7 @@ HorizonPanelContent::Row HorizonPanelContent::row(const UsageWindow& window, Tim
     if (window.limit) {
         row.progress = window.progress().value_or(0);
         row.remainder = DisplayFormatters::remaining(window, locale);
-        row.ceiling = QStringLiteral("of ") + DisplayFormatters::metric(window.limit, window.unit, locale);
+        row.ceiling = DisplayFormatters::ofLimit(window, locale);
     } else {
         row.noLimit = QStringLiteral("Limit not reported by provider");
     }

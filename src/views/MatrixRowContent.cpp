@@ -14,13 +14,11 @@ MatrixRowContent::Cell MatrixRowContent::cell(const QList<UsageWindow>& windows,
         return cell;
     }
     for (const UsageWindow& window : windows.mid(0, 3)) {
-        cell.lines.append(Cell::Line{
-            .dotTone = Tones::forHealth(window.health()),
-            .dotName = window.health().title(),
-            .used = DisplayFormatters::metric(window.used, window.unit, locale),
-            .limit = window.limit ? QStringLiteral("of ") +
-                                        DisplayFormatters::metric(window.limit, window.unit, locale)
-                                  : QStringLiteral("No limit")});
+        cell.lines.append(Cell::Line{.dotTone = Tones::forHealth(window.health()),
+                                     .dotName = window.health().title(),
+                                     .used = DisplayFormatters::metric(window.used, window.unit, locale),
+                                     .limit = window.limit ? DisplayFormatters::ofLimit(window, locale)
+                                                           : QStringLiteral("No limit")});
     }
     if (windows.size() > 3) {
         cell.more = QStringLiteral("+%1 more").arg(windows.size() - 3);

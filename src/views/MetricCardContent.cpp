@@ -15,8 +15,7 @@ MetricCardContent MetricCardContent::make(const UsageWindow& window, Timestamp n
                                 : QStringLiteral("Not available from provider");
     content.limitReported = window.limit.has_value();
     if (window.limit) {
-        content.ceiling =
-            QStringLiteral("of ") + DisplayFormatters::metric(window.limit, window.unit, locale);
+        content.ceiling = DisplayFormatters::ofLimit(window, locale);
         content.remainder = DisplayFormatters::remaining(window, locale);
         content.remainderTone = over ? Tone::critical : Tone::muted;
     } else {

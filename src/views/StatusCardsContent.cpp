@@ -45,7 +45,7 @@ StatusCardsContent::MetricCell StatusCardsContent::metricCell(const UsageWindow&
         cell.progress = window.progress().value_or(0);
         cell.progressTone = QuotaMath::isOverLimit(window.used, window.limit) ? Tone::critical : Tone::accent;
         cell.remainder = DisplayFormatters::remaining(window, locale);
-        cell.ceiling = QStringLiteral("of ") + DisplayFormatters::metric(window.limit, window.unit, locale);
+        cell.ceiling = DisplayFormatters::ofLimit(window, locale);
     } else {
         cell.noLimit = QStringLiteral("Limit not reported");
     }

@@ -105,6 +105,13 @@ private slots:
                  QStringLiteral("2.50 USD over"));
     }
 
+    void ceilingLine() {
+        QCOMPARE(DisplayFormatters::ofLimit(window(1, 150000, std::nullopt, UsageUnit::tokens), kEnglish),
+                 QStringLiteral("of 150,000 tokens"));
+        QCOMPARE(DisplayFormatters::ofLimit(window(1, 10, std::nullopt, UsageUnit::dollars), kEnglish),
+                 QStringLiteral("of 10.00 USD"));
+    }
+
     void dateTime() {
         QCOMPARE(DisplayFormatters::dateTime(std::nullopt, kUTC, kEnglish), QStringLiteral("Not available"));
         const QString text = DisplayFormatters::dateTime(kNow, kUTC, kEnglish);
