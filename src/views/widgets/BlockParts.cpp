@@ -4,6 +4,7 @@
 #include "views/widgets/SymbolIcon.h"
 #include "views/widgets/Theme.h"
 
+#include <QHBoxLayout>
 #include <QPainter>
 
 namespace {
@@ -70,6 +71,13 @@ QWidget* BlockParts::icon(const QString& symbol, int size, QWidget* parent, std:
 QWidget* BlockParts::chip(const QString& symbol, const QString& text, QWidget* parent) {
     return new BadgeWidget(Badge{.symbol = symbol, .text = text, .tone = Tone::muted, .accessibleName = text},
                            parent);
+}
+
+QHBoxLayout* BlockParts::row(int spacing) {
+    auto* layout = new QHBoxLayout;
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacing);
+    return layout;
 }
 
 QWidget* BlockParts::separator(QWidget* parent) {

@@ -5,7 +5,7 @@
 
 #include <QWidget>
 
-class QLayout;
+class QHBoxLayout;
 
 // Small builders the monitoring blocks share, so that every card spells a title, a
 // secondary line or an icon the same way.
@@ -24,6 +24,8 @@ public:
                          std::optional<Tone> tone = std::nullopt);
     // A chip: a muted capsule with a symbol and a text.
     static QWidget* chip(const QString& symbol, const QString& text, QWidget* parent);
+    // A horizontal row with no margins of its own.
+    static QHBoxLayout* row(int spacing);
     // A thin separator line.
     static QWidget* separator(QWidget* parent);
 };

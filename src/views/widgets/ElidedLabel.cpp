@@ -15,7 +15,6 @@ ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
 void ElidedLabel::setFullText(const QString& text) {
     m_fullText = text;
     setAccessibleName(text);
-    setToolTip(fontMetrics().horizontalAdvance(text) > width() ? text : QString());
     elide();
     updateGeometry();
 }

@@ -10,13 +10,6 @@
 
 namespace {
 using Ink = ElidedLabel::Ink;
-
-QHBoxLayout* row(int spacing) {
-    auto* layout = new QHBoxLayout;
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(spacing);
-    return layout;
-}
 } // namespace
 
 MetricCardWidget::MetricCardWidget(const MetricCardContent& content, QWidget* parent)
@@ -28,7 +21,7 @@ MetricCardWidget::MetricCardWidget(const MetricCardContent& content, QWidget* pa
     layout->setContentsMargins(Theme::kSpaceL, Theme::kSpaceL, Theme::kSpaceL, Theme::kSpaceL);
     layout->setSpacing(Theme::kSpaceS);
 
-    QHBoxLayout* header = row(Theme::kSpaceS);
+    QHBoxLayout* header = BlockParts::row(Theme::kSpaceS);
     ElidedLabel* title =
         BlockParts::text(content.title, Theme::kHeadline, QFont::DemiBold, Ink::primary, this);
     title->setObjectName(QStringLiteral("metricTitle"));
@@ -44,7 +37,7 @@ MetricCardWidget::MetricCardWidget(const MetricCardContent& content, QWidget* pa
     value->setObjectName(QStringLiteral("metricValue"));
     layout->addWidget(value);
 
-    QHBoxLayout* ceiling = row(Theme::kSpaceS);
+    QHBoxLayout* ceiling = BlockParts::row(Theme::kSpaceS);
     ElidedLabel* ceilingText =
         BlockParts::text(content.ceiling, Theme::kFootnote, QFont::Normal, Ink::secondary, this);
     ceilingText->setObjectName(QStringLiteral("metricCeiling"));
@@ -63,7 +56,7 @@ MetricCardWidget::MetricCardWidget(const MetricCardContent& content, QWidget* pa
     bar->setVisible(content.progress.has_value());
     layout->addWidget(bar);
 
-    QHBoxLayout* reset = row(Theme::kSpaceXS);
+    QHBoxLayout* reset = BlockParts::row(Theme::kSpaceXS);
     reset->addWidget(BlockParts::icon(content.resetSymbol, 12, this));
     ElidedLabel* countdown =
         BlockParts::value(content.countdown, Theme::kFootnote, QFont::Normal, Ink::secondary, this);

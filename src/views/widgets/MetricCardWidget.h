@@ -4,10 +4,6 @@
 
 #include <QWidget>
 
-class ElidedLabel;
-class MeterBar;
-class QBoxLayout;
-
 // The card of one window: title and unit icon, the used amount, the ceiling and what
 // remains, the bar, the reset line and the note. It draws a MetricCardContent and
 // nothing else; every text is a label a screen reader finds by its text.

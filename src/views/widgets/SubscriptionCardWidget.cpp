@@ -16,16 +16,9 @@
 namespace {
 using Ink = ElidedLabel::Ink;
 
-QHBoxLayout* row(int spacing = Theme::kSpaceS) {
-    auto* layout = new QHBoxLayout;
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(spacing);
-    return layout;
-}
-
 // A section heading: a symbol and a label in secondary type.
 QHBoxLayout* heading(const QString& symbol, const QString& title, QWidget* parent) {
-    QHBoxLayout* layout = row(Theme::kSpaceXS);
+    QHBoxLayout* layout = BlockParts::row(Theme::kSpaceXS);
     layout->addWidget(BlockParts::icon(symbol, 14, parent));
     layout->addWidget(BlockParts::text(title, Theme::kFootnote, QFont::DemiBold, Ink::secondary, parent), 1);
     return layout;
@@ -38,7 +31,7 @@ QWidget* horizonPanel(const HorizonPanelContent& panel, QWidget* parent) {
     layout->setSpacing(Theme::kSpaceS);
     layout->addLayout(heading(panel.symbol, panel.title, box));
     if (panel.rows.isEmpty()) {
-        QHBoxLayout* line = row(Theme::kSpaceXS);
+        QHBoxLayout* line = BlockParts::row(Theme::kSpaceXS);
         line->addWidget(BlockParts::icon(panel.unavailableSymbol, 14, box));
         line->addWidget(
             BlockParts::text(panel.unavailableTitle, Theme::kFootnote, QFont::Medium, Ink::secondary, box),
@@ -48,7 +41,7 @@ QWidget* horizonPanel(const HorizonPanelContent& panel, QWidget* parent) {
                                            Ink::secondary, box, Tone::muted, 2));
     }
     for (const HorizonPanelContent::Row& window : panel.rows) {
-        QHBoxLayout* top = row(Theme::kSpaceXS);
+        QHBoxLayout* top = BlockParts::row(Theme::kSpaceXS);
         top->addWidget(new BadgeWidget(Badge{.tone = window.dotTone, .accessibleName = window.dotName}, box));
         top->addWidget(BlockParts::text(window.title, Theme::kFootnote, QFont::Medium, Ink::primary, box), 1);
         top->addWidget(BlockParts::value(window.used, Theme::kFootnote, QFont::DemiBold, Ink::primary, box));
@@ -60,7 +53,7 @@ QWidget* horizonPanel(const HorizonPanelContent& panel, QWidget* parent) {
             auto* bar = new MeterBar(box);
             bar->setValue(window.progress, window.tone);
             layout->addWidget(bar);
-            QHBoxLayout* numbers = row();
+            QHBoxLayout* numbers = BlockParts::row(Theme::kSpaceS);
             numbers->addWidget(BlockParts::text(window.remainder, Theme::kCaption, QFont::Medium, Ink::tone,
                                                 box, window.tone),
                                1);
@@ -68,7 +61,7 @@ QWidget* horizonPanel(const HorizonPanelContent& panel, QWidget* parent) {
                 BlockParts::value(window.ceiling, Theme::kCaption, QFont::Normal, Ink::secondary, box));
             layout->addLayout(numbers);
         }
-        QHBoxLayout* reset = row(Theme::kSpaceXS);
+        QHBoxLayout* reset = BlockParts::row(Theme::kSpaceXS);
         reset->addWidget(BlockParts::icon(window.resetSymbol, 12, box));
         reset->addWidget(
             BlockParts::text(window.countdown, Theme::kCaption, QFont::Normal, Ink::secondary, box), 1);
@@ -78,7 +71,7 @@ QWidget* horizonPanel(const HorizonPanelContent& panel, QWidget* parent) {
         }
         layout->addLayout(reset);
         if (!window.modelName.isEmpty()) {
-            QHBoxLayout* model = row(Theme::kSpaceXS);
+            QHBoxLayout* model = BlockParts::row(Theme::kSpaceXS);
             model->addWidget(BlockParts::icon(window.modelSymbol, 12, box));
             model->addWidget(
                 BlockParts::text(window.modelName, Theme::kCaption, QFont::Normal, Ink::secondary, box), 1);
@@ -100,7 +93,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
     layout->setSpacing(Theme::kSpaceM);
 
     // Identity row.
-    QHBoxLayout* identity = row(Theme::kSpaceM);
+    QHBoxLayout* identity = BlockParts::row(Theme::kSpaceM);
     identity->addWidget(new ProviderLogoWidget(*AIProvider::fromRawValue(card.providerRaw), 22, this), 0,
                         Qt::AlignTop);
     auto* who = new QVBoxLayout;
@@ -108,7 +101,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
     who->addWidget(BlockParts::text(card.name, Theme::kHeadline, QFont::DemiBold, Ink::primary, this));
     who->addWidget(BlockParts::text(card.subtitle, Theme::kCaption, QFont::Normal, Ink::secondary, this));
     if (!card.chips.isEmpty()) {
-        QHBoxLayout* chips = row(Theme::kSpaceXS);
+        QHBoxLayout* chips = BlockParts::row(Theme::kSpaceXS);
         for (const SubscriptionCardContent::Chip& chip : card.chips) {
             chips->addWidget(BlockParts::chip(chip.symbol, chip.text, this));
         }
@@ -118,7 +111,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
     identity->addLayout(who, 1);
     auto* state = new QVBoxLayout;
     state->setSpacing(Theme::kSpaceXS);
-    QHBoxLayout* badges = row(Theme::kSpaceXS);
+    QHBoxLayout* badges = BlockParts::row(Theme::kSpaceXS);
     badges->addStretch(1);
     for (const Badge& badge : card.badges) {
         badges->addWidget(new BadgeWidget(badge, this));
@@ -132,7 +125,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
     layout->addLayout(identity);
 
     if (!card.hasSnapshot) {
-        QHBoxLayout* none = row(Theme::kSpaceXS);
+        QHBoxLayout* none = BlockParts::row(Theme::kSpaceXS);
         none->addWidget(BlockParts::icon(card.noSnapshotSymbol, 14, this, Tone::caution));
         none->addWidget(
             BlockParts::text(card.noSnapshotTitle, Theme::kFootnote, QFont::DemiBold, Ink::primary, this), 1);
@@ -142,7 +135,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
         return;
     }
 
-    QHBoxLayout* horizons = row(Theme::kSpaceXL);
+    QHBoxLayout* horizons = BlockParts::row(Theme::kSpaceXL);
     for (const HorizonPanelContent& panel : card.horizons) {
         horizons->addWidget(horizonPanel(panel, this), 1);
     }
@@ -152,7 +145,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
         layout->addWidget(BlockParts::separator(this));
         layout->addLayout(heading(card.models->symbol, card.models->label, this));
         for (const ModelBreakdownContent::Row& model : card.models->rows) {
-            QHBoxLayout* line = row(Theme::kSpaceXS);
+            QHBoxLayout* line = BlockParts::row(Theme::kSpaceXS);
             if (!model.symbol.isEmpty()) {
                 QWidget* chart = BlockParts::icon(model.symbol, 12, this);
                 chart->setAccessibleName(model.symbolName);
@@ -178,7 +171,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
         layout->addWidget(
             BlockParts::text(card.budgets->note, Theme::kCaption, QFont::Normal, Ink::secondary, this));
         for (const AgentBudgetPanelContent::Row& budget : card.budgets->rows) {
-            QHBoxLayout* line = row(Theme::kSpaceS);
+            QHBoxLayout* line = BlockParts::row(Theme::kSpaceS);
             line->addWidget(
                 new BadgeWidget(Badge{.tone = budget.dotTone, .accessibleName = budget.dotName}, this));
             line->addWidget(BlockParts::text(budget.name, Theme::kCaption, QFont::Medium, Ink::primary, this),
@@ -191,7 +184,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
         }
     }
     if (card.billingOnly) {
-        QHBoxLayout* billing = row(Theme::kSpaceXS);
+        QHBoxLayout* billing = BlockParts::row(Theme::kSpaceXS);
         billing->addWidget(BlockParts::icon(card.billingOnlySymbol, 14, this));
         billing->addWidget(
             BlockParts::text(card.billingOnlyText, Theme::kCaption, QFont::Normal, Ink::secondary, this), 1);
@@ -203,7 +196,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
         layout->addWidget(BlockParts::text(card.additionalHeading, Theme::kFootnote, QFont::DemiBold,
                                            Ink::secondary, this));
         for (const SubscriptionCardContent::AdditionalRow& signal : card.additional) {
-            QHBoxLayout* line = row(Theme::kSpaceXS);
+            QHBoxLayout* line = BlockParts::row(Theme::kSpaceXS);
             line->addWidget(
                 new BadgeWidget(Badge{.tone = signal.dotTone, .accessibleName = signal.dotName}, this));
             line->addWidget(
@@ -218,7 +211,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
 
     // Footer: the daily trend and the next reset.
     layout->addWidget(BlockParts::separator(this));
-    QHBoxLayout* footer = row(Theme::kSpaceL);
+    QHBoxLayout* footer = BlockParts::row(Theme::kSpaceL);
     auto* trendText = new QVBoxLayout;
     trendText->setSpacing(2);
     trendText->addWidget(

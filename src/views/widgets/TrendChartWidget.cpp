@@ -111,8 +111,6 @@ void TrendChartWidget::draw(QPainter& painter) {
 
     if (!isSparkline()) {
         // Quiet grid and marks: three y values, the x marks every second day.
-        painter.setPen(QPen(Theme::separator(look), 1));
-        painter.setPen(secondary);
         for (int i = 0; i <= 2; ++i) {
             const double value = minY + (maxY - minY) * i / 2.0;
             const double y = plot.bottom() - plot.height() * i / 2.0;
