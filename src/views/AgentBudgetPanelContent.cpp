@@ -19,8 +19,7 @@ AgentBudgetPanelContent AgentBudgetPanelContent::make(const QList<AgentBudget>& 
     content.note = QStringLiteral("Operator-entered budgets; they are not provider-reported limits.");
     for (const AgentBudget& budget : budgets) {
         content.rows.append(
-            Row{.dotTone = Tones::forHealth(budget.health()),
-                .dotName = budget.health().title(),
+            Row{.dot = Badge::dot(budget.health()),
                 .name = budget.name,
                 .shortTitle = QStringLiteral("Short"),
                 .shortValue = metricText(budget.shortUsed, budget.shortLimit, budget.unit, locale),

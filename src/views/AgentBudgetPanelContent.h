@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/AgentBudget.h"
+#include "views/Badge.h"
 #include "views/Tone.h"
 
 #include <QList>
@@ -12,8 +13,8 @@
 // The operator's agent budgets, one row each with a short and a weekly figure.
 struct AgentBudgetPanelContent {
     struct Row {
-        Tone dotTone = Tone::muted;
-        QString dotName;
+        // A pulse dot of the health: its tone, and the health title as its name.
+        Badge dot;
         QString name;
         QString shortTitle;
         QString shortValue;

@@ -6,8 +6,7 @@ HorizonPanelContent::Row HorizonPanelContent::row(const UsageWindow& window, Tim
                                                   const QLocale& locale, const QTimeZone& timeZone) {
     const UsageHealth health = window.health();
     Row row;
-    row.dotTone = Tones::forHealth(health);
-    row.dotName = health.title();
+    row.dot = Badge::dot(health);
     row.title = window.title;
     row.used = DisplayFormatters::metric(window.used, window.unit, locale);
     row.limitReported = window.limit.has_value();

@@ -2,6 +2,7 @@
 
 #include "model/Timestamp.h"
 #include "model/UsageWindow.h"
+#include "views/Badge.h"
 #include "views/Tone.h"
 
 #include <QList>
@@ -15,8 +16,8 @@
 // unavailable panel when the horizon has none.
 struct HorizonPanelContent {
     struct Row {
-        Tone dotTone = Tone::muted;
-        QString dotName; // the health's title, for a screen reader
+        // A pulse dot of the health: its tone, and the health title as its name.
+        Badge dot;
         QString title;
         QString used; // metric of used
         bool limitReported = false;

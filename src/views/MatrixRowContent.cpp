@@ -14,8 +14,7 @@ MatrixRowContent::Cell MatrixRowContent::cell(const QList<UsageWindow>& windows,
         return cell;
     }
     for (const UsageWindow& window : windows.mid(0, 3)) {
-        cell.lines.append(Cell::Line{.dotTone = Tones::forHealth(window.health()),
-                                     .dotName = window.health().title(),
+        cell.lines.append(Cell::Line{.dot = Badge::dot(window.health()),
                                      .used = DisplayFormatters::metric(window.used, window.unit, locale),
                                      .limit = window.limit ? DisplayFormatters::ofLimit(window, locale)
                                                            : QStringLiteral("No limit")});

@@ -17,8 +17,8 @@ struct MatrixRowContent {
     // A horizon's cell: "—" alone, or up to three windows and "+N more".
     struct Cell {
         struct Line {
-            Tone dotTone = Tone::muted;
-            QString dotName;
+            // A pulse dot of the health: its tone, and the health title as its name.
+            Badge dot;
             QString used;
             QString limit; // "No limit" or "of 60 requests"
             friend bool operator==(const Line&, const Line&) = default;

@@ -18,8 +18,7 @@ ModelBreakdownContent ModelBreakdownContent::make(const QList<UsageModelSummary>
             row.symbol = QStringLiteral("chart.xyaxis.line");
             row.symbolName = QStringLiteral("Historical model usage");
         } else {
-            row.dotTone = Tones::forHealth(summary.health());
-            row.dotName = summary.health().title();
+            row.dot = Badge::dot(summary.health());
         }
         row.modelName = summary.modelName;
         const QList<UsageWindow> historical = summary.historicalWindows();

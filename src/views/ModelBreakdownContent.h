@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/UsageModelSummary.h"
+#include "views/Badge.h"
 #include "views/Tone.h"
 
 #include <QList>
@@ -11,11 +12,11 @@
 struct ModelBreakdownContent {
     struct Row {
         // "chart.xyaxis.line" for a summary with only historical windows; else empty
-        // and a dot in `dotTone` stands first.
+        // and `dot` stands first.
         QString symbol;
         QString symbolName; // "Historical model usage" for the chart icon
-        Tone dotTone = Tone::muted;
-        QString dotName;
+        // A pulse dot of the health: its tone, and the health title as its name.
+        Badge dot;
         QString modelName;
         // Up to three: "Historical: 1,337 tokens".
         QStringList historical;

@@ -10,8 +10,7 @@ bool SubscriptionCardContent::isBillingOnly(const UsageSnapshot& snapshot) {
 
 SubscriptionCardContent::AdditionalRow SubscriptionCardContent::additionalRow(const UsageWindow& window,
                                                                               const QLocale& locale) {
-    return AdditionalRow{.dotTone = Tones::forHealth(window.health()),
-                         .dotName = window.health().title(),
+    return AdditionalRow{.dot = Badge::dot(window.health()),
                          .title = window.title,
                          .used = DisplayFormatters::metric(window.used, window.unit, locale),
                          .limitText = window.limit ? DisplayFormatters::remaining(window, locale)

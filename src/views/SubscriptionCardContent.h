@@ -26,8 +26,8 @@ struct SubscriptionCardContent {
         friend bool operator==(const Chip&, const Chip&) = default;
     };
     struct AdditionalRow {
-        Tone dotTone = Tone::muted;
-        QString dotName;
+        // A pulse dot of the health: its tone, and the health title as its name.
+        Badge dot;
         QString title;
         QString used;
         QString limitText; // "No limit" or the remainder

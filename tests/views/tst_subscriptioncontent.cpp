@@ -103,7 +103,7 @@ private slots:
         const ModelBreakdownContent withAgents = ModelBreakdownContent::make({attributed}, kEnglish);
         QCOMPARE(withAgents.label, QStringLiteral("Model & agent usage"));
         QVERIFY(withAgents.rows[0].symbol.isEmpty()); // a pulse dot instead
-        QVERIFY(!withAgents.rows[0].dotName.isEmpty());
+        QVERIFY(!withAgents.rows[0].dot.accessibleName.isEmpty());
         QVERIFY(withAgents.attributionNote.startsWith(
             QStringLiteral("Agent/key attribution is provider-reported")));
     }

@@ -42,7 +42,7 @@ QWidget* horizonPanel(const HorizonPanelContent& panel, QWidget* parent) {
     }
     for (const HorizonPanelContent::Row& window : panel.rows) {
         QHBoxLayout* top = BlockParts::row(Theme::kSpaceXS);
-        top->addWidget(new BadgeWidget(Badge{.tone = window.dotTone, .accessibleName = window.dotName}, box));
+        top->addWidget(new BadgeWidget(window.dot, box));
         top->addWidget(BlockParts::text(window.title, Theme::kFootnote, QFont::Medium, Ink::primary, box), 1);
         top->addWidget(BlockParts::value(window.used, Theme::kFootnote, QFont::DemiBold, Ink::primary, box));
         layout->addLayout(top);
@@ -151,8 +151,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
                 chart->setAccessibleName(model.symbolName);
                 line->addWidget(chart);
             } else {
-                line->addWidget(
-                    new BadgeWidget(Badge{.tone = model.dotTone, .accessibleName = model.dotName}, this));
+                line->addWidget(new BadgeWidget(model.dot, this));
             }
             line->addWidget(
                 BlockParts::text(model.modelName, Theme::kCaption, QFont::Medium, Ink::primary, this), 1);
@@ -172,8 +171,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
             BlockParts::text(card.budgets->note, Theme::kCaption, QFont::Normal, Ink::secondary, this));
         for (const AgentBudgetPanelContent::Row& budget : card.budgets->rows) {
             QHBoxLayout* line = BlockParts::row(Theme::kSpaceS);
-            line->addWidget(
-                new BadgeWidget(Badge{.tone = budget.dotTone, .accessibleName = budget.dotName}, this));
+            line->addWidget(new BadgeWidget(budget.dot, this));
             line->addWidget(BlockParts::text(budget.name, Theme::kCaption, QFont::Medium, Ink::primary, this),
                             1);
             line->addWidget(BlockParts::value(budget.shortTitle + QStringLiteral(" ") + budget.shortValue,
@@ -197,8 +195,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
                                            Ink::secondary, this));
         for (const SubscriptionCardContent::AdditionalRow& signal : card.additional) {
             QHBoxLayout* line = BlockParts::row(Theme::kSpaceXS);
-            line->addWidget(
-                new BadgeWidget(Badge{.tone = signal.dotTone, .accessibleName = signal.dotName}, this));
+            line->addWidget(new BadgeWidget(signal.dot, this));
             line->addWidget(
                 BlockParts::text(signal.title, Theme::kCaption, QFont::Medium, Ink::primary, this), 1);
             line->addWidget(

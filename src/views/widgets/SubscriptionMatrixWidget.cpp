@@ -25,7 +25,7 @@ QWidget* cellWidget(const MatrixRowContent::Cell& cell, QWidget* parent) {
     for (const MatrixRowContent::Cell::Line& line : cell.lines) {
         auto* top = new QHBoxLayout;
         top->setSpacing(Theme::kSpaceXS);
-        top->addWidget(new BadgeWidget(Badge{.tone = line.dotTone, .accessibleName = line.dotName}, box));
+        top->addWidget(new BadgeWidget(line.dot, box));
         top->addWidget(BlockParts::text(line.used, Theme::kFootnote, QFont::Medium, Ink::primary, box), 1);
         layout->addLayout(top);
         layout->addWidget(BlockParts::text(line.limit, Theme::kCaption, QFont::Normal, Ink::secondary, box));
