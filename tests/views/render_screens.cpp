@@ -208,12 +208,13 @@ QList<ProviderAccount*> sampleAccounts(QObject* owner, Timestamp now) {
     }
     urgent->setSnapshot(over);
     auto* fresh = new ProviderAccount(
-        ProviderAccount::Init{.provider = AIProvider::openAI,
-                              .label = QString(300, u'L'),
-                              .accountKind = AccountKind::api,
-                              .connectionMode = ConnectionMode::apiKey,
-                              .syncMessage =
-                                  QStringLiteral("Key verified — press Refresh for the first usage signal")},
+        ProviderAccount::Init{
+            .id = QUuid::fromString(QLatin1StringView("5e6f7081-0000-4000-8000-000000000005")),
+            .provider = AIProvider::openAI,
+            .label = QString(300, u'L'),
+            .accountKind = AccountKind::api,
+            .connectionMode = ConnectionMode::apiKey,
+            .syncMessage = QStringLiteral("Key verified — press Refresh for the first usage signal")},
         owner);
     accounts.append(fresh);
     return accounts;
@@ -249,6 +250,19 @@ QWidget* subscriptionGallery(Theme::Appearance look, bool matrix) {
     }
     layout->addStretch(1);
     return page;
+}
+
+// Lays a gallery out at `size` and writes it at the given scale.
+bool saveGallery(std::unique_ptr<QWidget> gallery, QSize size, qreal scale, const QString& path) {
+    gallery->resize(size);
+    gallery->show();
+    QApplication::processEvents();
+    QPixmap picture(gallery->size() * scale);
+    picture.setDevicePixelRatio(scale);
+    gallery->render(&picture);
+    const bool written = picture.save(path);
+    std::printf("%s %s\n", written ? "wrote" : "could not write", qPrintable(path));
+    return written;
 }
 
 bool save(QWidget& widget, const QString& path) {
@@ -307,36 +321,16 @@ int main(int argc, char* argv[]) {
     }
     for (const auto& [look, name] :
          {std::pair{Theme::Appearance::light, "light"}, std::pair{Theme::Appearance::dark, "dark"}}) {
+        const QLatin1StringView appearance(name);
         for (const qreal scale : {1.0, 2.0}) {
-            std::unique_ptr<QWidget> gallery(blockGallery(look));
-            gallery->resize(1060, 1000);
-            gallery->show();
-            QApplication::processEvents();
-            QPixmap picture(gallery->size() * scale);
-            picture.setDevicePixelRatio(scale);
-            gallery->render(&picture);
-            const QString path = QDir(output).filePath(
-                QStringLiteral("blocks-%1@%2x.png").arg(QLatin1StringView(name)).arg(scale));
-            const bool written = picture.save(path);
-            std::printf("%s %s\n", written ? "wrote" : "could not write", qPrintable(path));
-            ok &= written;
+            ok &= saveGallery(
+                std::unique_ptr<QWidget>(blockGallery(look)), QSize(1060, 1000), scale,
+                QDir(output).filePath(QStringLiteral("blocks-%1@%2x.png").arg(appearance).arg(scale)));
         }
-    }
-    for (const auto& [look, name] :
-         {std::pair{Theme::Appearance::light, "light"}, std::pair{Theme::Appearance::dark, "dark"}}) {
-        for (const bool matrix : {false, true}) {
-            std::unique_ptr<QWidget> gallery(subscriptionGallery(look, matrix));
-            gallery->resize(1180, matrix ? 720 : 1320);
-            gallery->show();
-            QApplication::processEvents();
-            const QString path =
-                QDir(output).filePath(QStringLiteral("%1-%2.png")
-                                          .arg(matrix ? QStringLiteral("matrix") : QStringLiteral("cards"),
-                                               QLatin1StringView(name)));
-            const bool written = gallery->grab().save(path);
-            std::printf("%s %s\n", written ? "wrote" : "could not write", qPrintable(path));
-            ok &= written;
-        }
+        ok &= saveGallery(std::unique_ptr<QWidget>(subscriptionGallery(look, false)), QSize(1180, 1320), 1.0,
+                          QDir(output).filePath(QStringLiteral("cards-%1.png").arg(appearance)));
+        ok &= saveGallery(std::unique_ptr<QWidget>(subscriptionGallery(look, true)), QSize(1180, 720), 1.0,
+                          QDir(output).filePath(QStringLiteral("matrix-%1.png").arg(appearance)));
     }
     return ok ? 0 : 1;
 }
