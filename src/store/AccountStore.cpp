@@ -151,28 +151,6 @@ std::optional<ProviderAccountRow> rowFrom(const QSqlQuery& query) {
                               .sampleDataEnabled = query.value(20).toLongLong() != 0};
 }
 
-// The first id that two readable rows share, however each spells it; false when the
-// rows can't be read.
-bool findDuplicateID(QSqlDatabase& db, QString* duplicate, QString* errorMessage) {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT id FROM %1").arg(AccountStore::kTableName))) {
-        *errorMessage = describe(query.lastError());
-        return false;
-    }
-    QSet<QUuid> seen;
-    while (query.next()) {
-        if (const auto id = UuidText::fromText(query.value(0).toString())) {
-            if (seen.contains(*id)) {
-                *duplicate = UuidText::toText(*id);
-                return true;
-            }
-            seen.insert(*id);
-        }
-    }
-    return true;
-}
-
 QString nextConnectionName() {
     static int counter = 0;
     return QStringLiteral("tallyfen-store-%1").arg(++counter);
@@ -236,6 +214,10 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
             return fail(QStringLiteral("the file is another program's database (it holds the table “%1”)")
                             .arg(others.first()));
         }
+        // Reads through memory mapping (which writes nothing): the last column sits behind
+        // each row's large history blob, and following that blob's overflow pages then
+        // copies nothing.
+        run(db, QStringLiteral("PRAGMA mmap_size=268435456"), nullptr);
         if (hasOurTable) {
             QSqlQuery columns(db);
             if (!columns.exec(QStringLiteral("PRAGMA table_info(%1)").arg(kTableName))) {
@@ -252,14 +234,10 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
                                    "Tallyfen knows")
                         .arg(kTableName));
             }
-            QString duplicate;
-            if (!findDuplicateID(db, &duplicate, &reason)) {
+            // Read while the file is still as it was found: a refusal (two accounts with
+            // one id) must leave every byte of it.
+            if (!store->load(&reason)) {
                 return fail(reason);
-            }
-            if (!duplicate.isEmpty()) {
-                // Two accounts with one id would share one keychain item and one history;
-                // which of them an edit or a delete meant can't be known.
-                return fail(QStringLiteral("two accounts in the file have the same id (%1)").arg(duplicate));
             }
         }
 
@@ -273,9 +251,6 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
         if (!run(db, QStringLiteral("PRAGMA synchronous=FULL"), &reason)) {
             return fail(reason);
         }
-        // Reads through memory mapping: the last column sits behind each row's large
-        // history blob, and following that blob's overflow pages then copies nothing.
-        run(db, QStringLiteral("PRAGMA mmap_size=268435456"), nullptr);
 
         if (!hasOurTable) {
             QStringList definitions;
@@ -288,9 +263,6 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
                 return fail(reason);
             }
         }
-    }
-    if (!store->load(&reason)) {
-        return fail(reason);
     }
     return store;
 }
@@ -315,6 +287,13 @@ bool AccountStore::load(QString* errorMessage) {
         // A row whose id can't be read is left in the file untouched.
         if (auto row = rowFrom(query)) {
             const QUuid id = row->id;
+            if (m_rowKeys.contains(id)) {
+                // Two accounts with one id would share one keychain item and one history;
+                // which of them an edit or a delete meant can't be known.
+                *errorMessage = QStringLiteral("two accounts in the file have the same id (%1)")
+                                    .arg(UuidText::toText(id));
+                return false;
+            }
             // The id as the file spells it: another program may have written it in lower
             // case or with braces, and the row is found by that spelling until it is saved.
             m_rowKeys.insert(id, RowKey{query.value(rowIDColumn).toLongLong(), query.value(0).toString()});
