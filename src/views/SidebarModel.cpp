@@ -32,9 +32,7 @@ SidebarModel::SidebarModel(ContentView* content, QObject* parent)
     for (ProviderAccount* account : filteredAccounts(m_content->accounts(), m_searchText)) {
         m_rows.append(AccountRow{account, account->effectiveSyncStatus()});
     }
-    for (const ProviderAccount* account : m_content->accounts()) {
-        ++m_providerCounts[static_cast<std::size_t>(account->provider().value())];
-    }
+    m_providerCounts = providerCounts();
     connect(m_content, &ContentView::accountListChanged, this, [this] {
         syncAccounts();
         syncProviderCounts();
@@ -137,11 +135,16 @@ void SidebarModel::syncAccounts() {
     }
 }
 
-void SidebarModel::syncProviderCounts() {
+std::array<int, 4> SidebarModel::providerCounts() const {
     std::array<int, 4> counts{};
     for (const ProviderAccount* account : m_content->accounts()) {
         ++counts[static_cast<std::size_t>(account->provider().value())];
     }
+    return counts;
+}
+
+void SidebarModel::syncProviderCounts() {
+    const std::array<int, 4> counts = providerCounts();
     const QModelIndex section = sectionIndex(Section::providers);
     for (std::size_t i = 0; i < counts.size(); ++i) {
         if (counts[i] != m_providerCounts[i]) {

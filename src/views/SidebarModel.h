@@ -86,6 +86,8 @@ private:
     Kind kindOf(const QModelIndex& index) const;
     // Brings the account rows and the section in line with the controller's list.
     void syncAccounts();
+    // The number of accounts of each provider, in the order of the providers.
+    std::array<int, 4> providerCounts() const;
     void syncProviderCounts();
     void accountChanged(ProviderAccount* account, ProviderAccount::Fields fields);
     void heartbeatTicked();
