@@ -1,21 +1,16 @@
 #include "services/KeychainStore.h"
 
+#include "services/ApplicationSettings.h"
 #include "services/KeychainBackend.h"
 
-#include <QSettings>
 #include <QStringDecoder>
 
 const QString KeychainStore::service = QStringLiteral("Tallyfen.credentials");
 const QString KeychainStore::kPendingDeletionsKey = QStringLiteral("pendingCredentialDeletions");
 
 namespace {
-// The application's own settings file, whoever calls.
-QSettings settings() {
-    return QSettings(QStringLiteral("Tallyfen"), QStringLiteral("Tallyfen"));
-}
-
 void writePending(const QStringList& accounts) {
-    QSettings store = settings();
+    QSettings store = ApplicationSettings::open();
     if (accounts.isEmpty()) {
         store.remove(KeychainStore::kPendingDeletionsKey);
     } else {
@@ -45,7 +40,7 @@ bool deleted(qint32 status) {
 } // namespace
 
 QStringList KeychainStore::pendingDeletions() {
-    return settings().value(kPendingDeletionsKey).toStringList();
+    return ApplicationSettings::open().value(kPendingDeletionsKey).toStringList();
 }
 
 void KeychainStore::retryPendingDeletions() {

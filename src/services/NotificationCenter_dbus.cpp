@@ -1,13 +1,14 @@
 // The freedesktop notification service (org.freedesktop.Notifications) on the session bus.
 #include "services/NotificationCenter.h"
 
+#include "services/ApplicationSettings.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QHash>
 #include <QSet>
-#include <QSettings>
 #include <QStringList>
 #include <QVariantMap>
 
@@ -22,12 +23,8 @@ constexpr int kCallTimeoutMilliseconds = 5000;
 // restart still replaces the last one before it.
 const QString kServerIDsKey = QStringLiteral("notificationServerIDs");
 
-QSettings settings() {
-    return QSettings(QStringLiteral("Tallyfen"), QStringLiteral("Tallyfen"));
-}
-
-// Per identifier: the server's id of its notification, whether a Notify is on its way,
-// and the newest request that waits for that call to come back.
+// Per identifier: whether a Notify is on its way, and the newest request that waits for
+// that call to come back with the id to replace.
 struct Delivery {
     QSet<QString> inFlight;
     QHash<QString, UrgentNotificationRequest> waiting;
@@ -39,11 +36,11 @@ Delivery& delivery() {
 }
 
 uint storedServerID(const QString& identifier) {
-    return settings().value(kServerIDsKey).toMap().value(identifier).toUInt();
+    return ApplicationSettings::open().value(kServerIDsKey).toMap().value(identifier).toUInt();
 }
 
 void storeServerID(const QString& identifier, uint id) {
-    QSettings store = settings();
+    QSettings store = ApplicationSettings::open();
     QVariantMap ids = store.value(kServerIDsKey).toMap();
     ids.insert(identifier, id);
     store.setValue(kServerIDsKey, ids);

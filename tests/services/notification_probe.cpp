@@ -3,12 +3,12 @@
 // see that a notification after a restart replaces the one before it.
 //
 //   notification_probe <account UUID>
+#include "services/ApplicationSettings.h"
 #include "services/NotificationService.h"
 #include "store/ProviderAccount.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QSettings>
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
@@ -18,7 +18,7 @@ int main(int argc, char* argv[]) {
                                                         .label = QStringLiteral("Restarted"),
                                                         .accountKind = AccountKind::api});
     const QString identifier = NotificationService::makeUrgentRequest(account).identifier;
-    const uint before = QSettings(QStringLiteral("Tallyfen"), QStringLiteral("Tallyfen"))
+    const uint before = ApplicationSettings::open()
                             .value(QStringLiteral("notificationServerIDs"))
                             .toMap()
                             .value(identifier)
@@ -28,7 +28,7 @@ int main(int argc, char* argv[]) {
     clock.start();
     while (clock.elapsed() < 5000) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-        const uint after = QSettings(QStringLiteral("Tallyfen"), QStringLiteral("Tallyfen"))
+        const uint after = ApplicationSettings::open()
                                .value(QStringLiteral("notificationServerIDs"))
                                .toMap()
                                .value(identifier)
