@@ -40,8 +40,6 @@ public:
 
     AccountStore* store() const noexcept { return m_store; }
     Preferences* preferences() const noexcept { return m_preferences; }
-    RefreshEngine& engine() noexcept { return m_engine; }
-    AccountLifecycle& lifecycle() noexcept { return m_lifecycle; }
     const QList<ProviderAccount*>& accounts() const { return m_store->accounts(); }
 
     const SidebarSelection& selection() const noexcept { return m_selection; }
