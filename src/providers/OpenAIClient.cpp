@@ -142,7 +142,17 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
     if (!status.isValid()) {
         throw UsageProviderError::malformedResponse(); // not an HTTP response
     }
-    co_return Response{status.toInt(), reply->readAll(), HeaderValues(reply->rawHeaderPairs())};
+    QByteArray body = reply->readAll();
+    // Qt does not always report a connection that closed mid-body: fewer bytes than the
+    // server announced are a broken transfer, not a body to judge. (A compressed body is
+    // announced at its compressed size, so only a plain one is measured.)
+    const QVariant announced = reply->header(QNetworkRequest::ContentLengthHeader);
+    if (announced.isValid() && reply->rawHeader(QByteArrayLiteral("Content-Encoding")).isEmpty() &&
+        body.size() < announced.toLongLong()) {
+        throw TransportError{QNetworkReply::RemoteHostClosedError,
+                             QStringLiteral("The connection closed before the whole response arrived.")};
+    }
+    co_return Response{status.toInt(), std::move(body), HeaderValues(reply->rawHeaderPairs())};
 }
 
 void OpenAIClient::judge(const Response& response, const QString& otherStatusText) {
