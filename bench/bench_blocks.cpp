@@ -1,19 +1,28 @@
-// Painting the monitoring blocks after the first layout: 50 metric cards, and one trend
-// chart of 90 points. Offscreen, into a pixmap of the window's size.
+// Painting the monitoring blocks after the first layout: 50 metric cards, 50 monitoring
+// cards, a matrix of 50 rows, and one trend chart of 90 points. Offscreen, into a pixmap
+// of the page's size.
+#include "BenchFixtures.h"
+#include "views/MatrixRowContent.h"
 #include "views/MetricCardContent.h"
+#include "views/SubscriptionCardContent.h"
 #include "views/TrendChartContent.h"
 #include "views/widgets/AppResources.h"
 #include "views/widgets/MetricCardWidget.h"
+#include "views/widgets/SubscriptionCardWidget.h"
+#include "views/widgets/SubscriptionMatrixWidget.h"
 #include "views/widgets/TrendChartWidget.h"
 
 #include <QApplication>
 #include <QGridLayout>
 #include <QPixmap>
+#include <QScrollArea>
+#include <QScrollBar>
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 #include <memory>
+#include <vector>
 
 namespace {
 const Timestamp kNow(800'000'000);
@@ -45,6 +54,84 @@ void paintFiftyMetricCards(benchmark::State& state) {
     }
 }
 BENCHMARK(paintFiftyMetricCards)->Unit(benchmark::kMillisecond);
+
+// Fifty subscriptions as three months of refreshes leave them.
+std::vector<std::unique_ptr<ProviderAccount>> fiftyAccounts() {
+    std::vector<std::unique_ptr<ProviderAccount>> accounts;
+    for (int i = 0; i < 50; ++i) {
+        accounts.push_back(std::make_unique<ProviderAccount>(benchdata::accountRow(i)));
+    }
+    return accounts;
+}
+
+void paint(benchmark::State& state, QWidget& page) {
+    page.show();
+    QApplication::processEvents();
+    QPixmap target(page.size());
+    for (auto _ : state) {
+        page.render(&target);
+    }
+}
+
+void paintFiftyMonitoringCards(benchmark::State& state) {
+    const auto accounts = fiftyAccounts();
+    QWidget page;
+    auto* grid = new QGridLayout(&page);
+    for (int i = 0; i < 50; ++i) {
+        const ProviderAccount& account = *accounts[static_cast<size_t>(i)];
+        const Timestamp now = account.snapshot()->capturedAt.addingSeconds(30);
+        grid->addWidget(new SubscriptionCardWidget(SubscriptionCardContent::make(account, now),
+                                                   account.snapshot()->history),
+                        i / 2, i % 2, Qt::AlignTop);
+    }
+    page.resize(1200, page.sizeHint().height());
+    paint(state, page);
+}
+BENCHMARK(paintFiftyMonitoringCards)->Unit(benchmark::kMillisecond);
+
+// What a window repaints: the same fifty cards in a scrolling page, seen through a
+// 1200 x 900 viewport, scrolled a screenful at a time from top to bottom and back.
+void paintFiftyMonitoringCardsThroughAWindow(benchmark::State& state) {
+    const auto accounts = fiftyAccounts();
+    QScrollArea area;
+    auto* page = new QWidget;
+    auto* grid = new QGridLayout(page);
+    for (int i = 0; i < 50; ++i) {
+        const ProviderAccount& account = *accounts[static_cast<size_t>(i)];
+        const Timestamp now = account.snapshot()->capturedAt.addingSeconds(30);
+        grid->addWidget(new SubscriptionCardWidget(SubscriptionCardContent::make(account, now),
+                                                   account.snapshot()->history),
+                        i / 2, i % 2, Qt::AlignTop);
+    }
+    area.setWidget(page);
+    area.setWidgetResizable(true);
+    area.resize(1200, 900);
+    area.show();
+    QApplication::processEvents();
+    QScrollBar* bar = area.verticalScrollBar();
+    QPixmap target(area.viewport()->size());
+    int step = bar->pageStep();
+    for (auto _ : state) {
+        if (bar->value() + step > bar->maximum() || bar->value() + step < 0) {
+            step = -step;
+        }
+        bar->setValue(bar->value() + step);
+        area.viewport()->render(&target);
+    }
+}
+BENCHMARK(paintFiftyMonitoringCardsThroughAWindow)->Unit(benchmark::kMillisecond);
+
+void paintMatrixOfFiftyRows(benchmark::State& state) {
+    const auto accounts = fiftyAccounts();
+    QList<MatrixRowContent> rows;
+    for (const auto& account : accounts) {
+        rows.append(MatrixRowContent::make(*account, account->snapshot()->capturedAt.addingSeconds(30)));
+    }
+    SubscriptionMatrixWidget matrix(rows);
+    matrix.resize(1200, matrix.sizeHint().height());
+    paint(state, matrix);
+}
+BENCHMARK(paintMatrixOfFiftyRows)->Unit(benchmark::kMillisecond);
 
 QList<UsagePoint> ninetyPoints() {
     QList<UsagePoint> points;

@@ -1,11 +1,21 @@
 #include "views/widgets/Theme.h"
 
+#include "views/widgets/AppResources.h"
+#include "views/widgets/BlockParts.h"
+
+#include <QApplication>
+#include <QFontInfo>
 #include <QTest>
 
 class TestTheme final : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase() {
+        AppResources::load();
+        QApplication::setFont(QFont(AppResources::fontFamily()));
+    }
+
     void contrastOfKnownPairs() {
         QCOMPARE(Theme::contrastRatio(Qt::black, Qt::white), 21.0);
         QCOMPARE(Theme::contrastRatio(Qt::white, Qt::white), 1.0);
@@ -53,6 +63,32 @@ private slots:
         QPalette dark;
         dark.setColor(QPalette::Window, QColor(0x20, 0x20, 0x22));
         QCOMPARE(Theme::appearance(dark), Theme::Appearance::dark);
+    }
+
+    // Every figure of the tabular face has one width, so a refreshing number keeps its
+    // place; the text face keeps its proportional figures.
+    void figuresThatChangeKeepTheirWidth() {
+        QFont base(AppResources::fontFamily());
+        base.setPixelSize(Theme::kLargeTitle);
+        const QFont tabular = Theme::tabular(base);
+        QCOMPARE(QFontInfo(tabular).family(), QStringLiteral("Inter Tabular"));
+        QFontMetricsF figures(tabular);
+        for (const QString& text : {QStringLiteral("1,111.11"), QStringLiteral("0,000.00")}) {
+            QCOMPARE(figures.horizontalAdvance(text), figures.horizontalAdvance(QStringLiteral("8,888.88")));
+        }
+        QFontMetricsF proportional(base);
+        QVERIFY(proportional.horizontalAdvance(QStringLiteral("1111")) <
+                proportional.horizontalAdvance(QStringLiteral("8888")));
+    }
+
+    void figureLabelsUseTabularFigures() {
+        QWidget parent;
+        ElidedLabel* figure = BlockParts::value(QStringLiteral("42 requests"), Theme::kBody, QFont::Normal,
+                                                ElidedLabel::Ink::primary, &parent);
+        ElidedLabel* words = BlockParts::text(QStringLiteral("Requests"), Theme::kBody, QFont::Normal,
+                                              ElidedLabel::Ink::primary, &parent);
+        QCOMPARE(QFontInfo(figure->font()).family(), QStringLiteral("Inter Tabular"));
+        QCOMPARE(QFontInfo(words->font()).family(), AppResources::fontFamily());
     }
 };
 

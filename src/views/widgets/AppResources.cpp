@@ -14,6 +14,19 @@ QString& family() {
     static QString name;
     return name;
 }
+
+QString& tabularFamily() {
+    static QString name;
+    return name;
+}
+
+// Registers one bundled face and remembers its family name.
+void addFont(const QString& path, QString& familyName) {
+    const int id = QFontDatabase::addApplicationFont(path);
+    if (id >= 0 && familyName.isEmpty()) {
+        familyName = QFontDatabase::applicationFontFamilies(id).value(0);
+    }
+}
 } // namespace
 
 void AppResources::load() {
@@ -24,15 +37,18 @@ void AppResources::load() {
     loaded = true;
     initialiseResources();
     for (const char* weight : {"400", "500", "600"}) {
-        const int id = QFontDatabase::addApplicationFont(
-            QStringLiteral(":/fonts/Inter-%1.woff").arg(QLatin1StringView(weight)));
-        if (id >= 0 && family().isEmpty()) {
-            family() = QFontDatabase::applicationFontFamilies(id).value(0);
-        }
+        const QLatin1StringView name(weight);
+        addFont(QStringLiteral(":/fonts/Inter-%1.woff").arg(name), family());
+        addFont(QStringLiteral(":/fonts/InterTabular-%1.woff").arg(name), tabularFamily());
     }
 }
 
 QString AppResources::fontFamily() {
     load();
     return family();
+}
+
+QString AppResources::tabularFontFamily() {
+    load();
+    return tabularFamily();
 }

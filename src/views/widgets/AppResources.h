@@ -12,4 +12,7 @@ public:
     static void load();
     // The bundled text face's family, or the platform's default when it could not load.
     static QString fontFamily();
+    // The same face with tabular figures as its default glyphs, for numbers that change;
+    // empty when it could not load.
+    static QString tabularFontFamily();
 };

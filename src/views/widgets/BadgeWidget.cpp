@@ -65,11 +65,18 @@ void BadgeWidget::paintEvent(QPaintEvent*) {
     const int iconTop = (height() - kIconSize) / 2;
     painter.drawPixmap(Theme::kSpaceS, iconTop,
                        SymbolIcon::pixmap(m_badge.symbol, colors.foreground, kIconSize, devicePixelRatioF()));
-    painter.setFont(badgeFont());
+    const QFont font = badgeFont();
+    if (m_laidOut.text() != m_badge.text || m_laidOutFont != font) {
+        m_laidOut = QStaticText(m_badge.text);
+        m_laidOut.setTextFormat(Qt::PlainText);
+        m_laidOut.prepare(QTransform(), font);
+        m_laidOutFont = font;
+    }
+    painter.setFont(font);
     painter.setPen(colors.foreground);
-    const QRect textRect(Theme::kSpaceS + kIconSize + Theme::kSpaceXS, 0,
-                         width() - (Theme::kSpaceS + kIconSize + Theme::kSpaceXS) - Theme::kSpaceS, height());
-    painter.drawText(textRect, Qt::AlignVCenter | Qt::AlignLeft, m_badge.text);
+    painter.drawStaticText(
+        QPointF(Theme::kSpaceS + kIconSize + Theme::kSpaceXS, (height() - m_laidOut.size().height()) / 2),
+        m_laidOut);
 }
 
 void BadgeWidget::changeEvent(QEvent* event) {

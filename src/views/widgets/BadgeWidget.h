@@ -2,6 +2,7 @@
 
 #include "views/Badge.h"
 
+#include <QStaticText>
 #include <QWidget>
 
 // A status, pulse or source badge: a capsule with the symbol and the text in the
@@ -28,4 +29,7 @@ private:
     QFont badgeFont() const;
 
     Badge m_badge;
+    // The text, laid out once per text and font.
+    QStaticText m_laidOut;
+    QFont m_laidOutFont;
 };

@@ -60,6 +60,7 @@ ElidedLabel* BlockParts::text(const QString& text, int pixels, QFont::Weight wei
 ElidedLabel* BlockParts::value(const QString& text, int pixels, QFont::Weight weight, ElidedLabel::Ink ink,
                                QWidget* parent, Tone tone) {
     ElidedLabel* label = BlockParts::text(text, pixels, weight, ink, parent, tone);
+    label->setTabularFigures(true);
     label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     return label;
 }

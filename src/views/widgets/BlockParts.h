@@ -16,7 +16,8 @@ public:
     static ElidedLabel* text(const QString& text, int pixels, QFont::Weight weight, ElidedLabel::Ink ink,
                              QWidget* parent, Tone tone = Tone::muted, int lines = 1);
     // The same for a short figure that must show whole ("42 requests", "of 60 requests"):
-    // it takes the width its text needs, and the labels beside it give way.
+    // it takes the width its text needs, the labels beside it give way, and its figures
+    // are tabular.
     static ElidedLabel* value(const QString& text, int pixels, QFont::Weight weight, ElidedLabel::Ink ink,
                               QWidget* parent, Tone tone = Tone::muted);
     // A symbol in secondary colour (or a tone), redrawn for the window's appearance.

@@ -1,8 +1,10 @@
 #include "views/widgets/ElidedLabel.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QFontMetrics>
 #include <QPainter>
+#include <QTextOption>
 
 #include "views/widgets/Theme.h"
 
@@ -36,6 +38,18 @@ void ElidedLabel::setStyle(int pixels, QFont::Weight weight, Ink ink, Tone tone)
     update();
 }
 
+void ElidedLabel::setTabularFigures(bool tabular) {
+    QFont figures = font();
+    if (tabular) {
+        figures = Theme::tabular(figures);
+    } else {
+        figures.setFamilies(QApplication::font().families());
+    }
+    setFont(figures);
+    elide();
+    updateGeometry();
+}
+
 void ElidedLabel::paintEvent(QPaintEvent* event) {
     if (m_ink == Ink::palette) {
         QLabel::paintEvent(event);
@@ -45,11 +59,34 @@ void ElidedLabel::paintEvent(QPaintEvent* event) {
     const QColor color = m_ink == Ink::primary     ? Theme::primaryText(look)
                          : m_ink == Ink::secondary ? Theme::secondaryText(look)
                                                    : Theme::colors(m_tone, look).foreground;
+    const QRect box = contentsRect();
+    // The text is laid out once per text, font and width, not on every paint.
+    if (m_laidOutWidth != box.width() || m_laidOut.text() != text()) {
+        m_laidOut = QStaticText(text());
+        m_laidOut.setTextFormat(Qt::PlainText);
+        m_laidOut.setTextOption(QTextOption(alignment() & Qt::AlignHorizontal_Mask));
+        m_laidOut.setTextWidth(m_lines > 1 ? box.width() : -1);
+        m_laidOut.prepare(QTransform(), font());
+        m_laidOutWidth = box.width();
+    }
+    const QSizeF size = m_laidOut.size();
+    const Qt::Alignment align = alignment();
+    qreal x = box.left();
+    if (m_lines == 1 && align & Qt::AlignRight) {
+        x = box.left() + box.width() - size.width();
+    } else if (m_lines == 1 && align & Qt::AlignHCenter) {
+        x = box.left() + (box.width() - size.width()) / 2;
+    }
+    qreal y = box.top();
+    if (align & Qt::AlignBottom) {
+        y = box.top() + box.height() - size.height();
+    } else if (!(align & Qt::AlignTop)) {
+        y = box.top() + (box.height() - size.height()) / 2;
+    }
     QPainter painter(this);
     painter.setPen(color);
     painter.setFont(font());
-    const int flags = static_cast<int>(alignment()) | (m_lines > 1 ? Qt::TextWordWrap : 0);
-    painter.drawText(contentsRect(), flags, text());
+    painter.drawStaticText(QPointF(x, y), m_laidOut);
 }
 
 int ElidedLabel::heightForWidth(int width) const {
@@ -77,6 +114,7 @@ void ElidedLabel::resizeEvent(QResizeEvent* event) {
 void ElidedLabel::changeEvent(QEvent* event) {
     QLabel::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
+        m_laidOutWidth = -1;
         elide();
         updateGeometry();
     }

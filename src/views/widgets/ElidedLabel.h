@@ -3,6 +3,7 @@
 #include "views/Tone.h"
 
 #include <QLabel>
+#include <QStaticText>
 
 // A label that never widens its window: text longer than the space it gets is cut with
 // an ellipsis (on its last line, when it may wrap), while its accessible name and
@@ -22,6 +23,8 @@ public:
     // dark palette: primary or secondary text, or a tone.
     enum class Ink { palette, primary, secondary, tone };
     void setStyle(int pixels, QFont::Weight weight, Ink ink, Tone tone = Tone::muted);
+    // Draws figures at one width each, so a number that changes does not jitter.
+    void setTabularFigures(bool tabular);
 
     bool hasHeightForWidth() const override { return m_lines > 1; }
     int heightForWidth(int width) const override;
@@ -41,4 +44,6 @@ private:
     int m_lines = 1;
     Ink m_ink = Ink::palette;
     Tone m_tone = Tone::muted;
+    QStaticText m_laidOut;
+    int m_laidOutWidth = -1;
 };

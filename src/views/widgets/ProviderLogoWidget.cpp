@@ -4,8 +4,10 @@
 #include "views/widgets/Theme.h"
 
 #include <QFile>
+#include <QHash>
 #include <QImage>
 #include <QPainter>
+#include <QPixmapCache>
 
 ProviderLogoWidget::ProviderLogoWidget(AIProvider provider, int size, QWidget* parent)
     : QWidget(parent)
@@ -16,36 +18,62 @@ ProviderLogoWidget::ProviderLogoWidget(AIProvider provider, int size, QWidget* p
 }
 
 QString ProviderLogoWidget::logoResource(AIProvider provider) {
+    // Resolved once per provider: a resource that exists but does not decode counts as
+    // missing, and the answer cannot change while the process runs.
+    static QHash<QString, QString> resolved;
+    const auto found = resolved.constFind(provider.rawValue());
+    if (found != resolved.cend()) {
+        return *found;
+    }
+    QString usable;
     for (const QString& path : {QStringLiteral(":/%1.png"), QStringLiteral(":/ProviderIcons/%1.png")}) {
         const QString resource = path.arg(provider.rawValue());
         if (QFile::exists(resource) && !QImage(resource).isNull()) {
-            return resource;
+            usable = resource;
+            break;
         }
     }
-    return QString();
+    resolved.insert(provider.rawValue(), usable);
+    return usable;
+}
+
+QPixmap ProviderLogoWidget::logo(AIProvider provider, int size, const QColor& ink, qreal ratio) {
+    const QString resource = logoResource(provider);
+    if (resource.isEmpty()) {
+        // The symbol, inset by 12 per cent on each side, on a transparent square.
+        QPixmap square(QSize(size, size) * ratio);
+        square.setDevicePixelRatio(ratio);
+        square.fill(Qt::transparent);
+        const int inset = qRound(size * 0.12);
+        QPainter(&square).drawPixmap(
+            inset, inset, SymbolIcon::pixmap(provider.systemImage(), ink, size - 2 * inset, ratio));
+        return square;
+    }
+    const QString key = QStringLiteral("logo:%1:%2:%3:%4")
+                            .arg(provider.rawValue())
+                            .arg(size)
+                            .arg(ratio)
+                            .arg(isTemplate(provider) ? ink.rgba() : 0u);
+    QPixmap cached;
+    if (QPixmapCache::find(key, &cached)) {
+        return cached;
+    }
+    QImage image = QImage(resource)
+                       .scaled(QSize(size, size) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+                       .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    if (isTemplate(provider)) {
+        QPainter tint(&image);
+        tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        tint.fillRect(image.rect(), ink);
+    }
+    QPixmap result = QPixmap::fromImage(image);
+    result.setDevicePixelRatio(ratio);
+    QPixmapCache::insert(key, result);
+    return result;
 }
 
 void ProviderLogoWidget::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
     const QColor ink = Theme::primaryText(Theme::appearance(window()->palette()));
-    const qreal ratio = devicePixelRatioF();
-    const QString resource = logoResource(m_provider);
-    if (resource.isEmpty()) {
-        // The symbol, inset by 12 per cent on each side.
-        const int inset = qRound(m_size * 0.12);
-        painter.drawPixmap(inset, inset,
-                           SymbolIcon::pixmap(m_provider.systemImage(), ink, m_size - 2 * inset, ratio));
-        return;
-    }
-    QImage logo = QImage(resource)
-                      .scaled(QSize(m_size, m_size) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation)
-                      .convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    if (isTemplate(m_provider)) {
-        QPainter tint(&logo);
-        tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        tint.fillRect(logo.rect(), ink);
-    }
-    logo.setDevicePixelRatio(ratio);
-    painter.drawImage(QPointF(0, 0), logo);
+    painter.drawPixmap(QPointF(0, 0), logo(m_provider, m_size, ink, devicePixelRatioF()));
 }

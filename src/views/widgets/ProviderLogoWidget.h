@@ -2,6 +2,7 @@
 
 #include "model/AIProvider.h"
 
+#include <QPixmap>
 #include <QWidget>
 
 // A provider's logo in a square: the bundled mark, taking the text colour around it
@@ -14,6 +15,10 @@ public:
 
     // The bundled mark's resource; empty when none loads.
     static QString logoResource(AIProvider provider);
+    // The logo drawn at `size` device-independent pixels for a device pixel ratio, in
+    // `ink` where the mark takes the surrounding colour; scaled once and kept in the
+    // pixmap cache, so painting it is a copy.
+    static QPixmap logo(AIProvider provider, int size, const QColor& ink, qreal ratio);
     // Whether the mark takes the surrounding colour.
     static bool isTemplate(AIProvider provider) { return provider != AIProvider::xAI; }
 

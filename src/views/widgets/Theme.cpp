@@ -1,5 +1,7 @@
 #include "views/widgets/Theme.h"
 
+#include "views/widgets/AppResources.h"
+
 #include <QPainter>
 #include <QWidget>
 
@@ -24,6 +26,16 @@ QFont Theme::font(const QFont& base, int pixels, QFont::Weight weight) {
     sized.setPixelSize(pixels);
     sized.setWeight(weight);
     return sized;
+}
+
+QFont Theme::tabular(const QFont& base) {
+    const QString family = AppResources::tabularFontFamily();
+    if (family.isEmpty()) {
+        return base;
+    }
+    QFont figures = base;
+    figures.setFamilies({family, AppResources::fontFamily()});
+    return figures;
 }
 
 Theme::Appearance Theme::appearance(const QPalette& palette) {

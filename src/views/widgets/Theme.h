@@ -40,6 +40,8 @@ public:
 
     // The font at one step of the ramp.
     static QFont font(const QFont& base, int pixels, QFont::Weight weight = QFont::Normal);
+    // The same font with tabular figures, so a number that changes keeps its width.
+    static QFont tabular(const QFont& base);
 
     // The colours of one tone: its text and icons on a card, and the faint fill of a
     // badge in that tone (its text stays `foreground`).

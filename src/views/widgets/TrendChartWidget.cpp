@@ -15,7 +15,7 @@ constexpr QSize kSparkline(150, 44);
 constexpr double kPointRadius = 2.5;
 
 QFont captionFont(const QFont& base) {
-    return Theme::font(base, Theme::kCaption);
+    return Theme::tabular(Theme::font(base, Theme::kCaption));
 }
 
 // A range that has room in it, also when every value is the same.
