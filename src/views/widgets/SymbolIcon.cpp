@@ -46,6 +46,17 @@ const QHash<QString, QString>& table() {
         {QStringLiteral("calendar"), QStringLiteral("outline-calendar")},
         {QStringLiteral("bolt.fill"), QStringLiteral("filled-bolt")},
         {QStringLiteral("exclamationmark.circle"), QStringLiteral("outline-alert-circle")},
+        {QStringLiteral("person.2.fill"), QStringLiteral("outline-users")},
+        {QStringLiteral("timer"), QStringLiteral("outline-stopwatch")},
+        {QStringLiteral("dollarsign.circle"), QStringLiteral("outline-currency-dollar")},
+        {QStringLiteral("sparkles.rectangle.stack.fill"), QStringLiteral("filled-sparkles")},
+        {QStringLiteral("rectangle.grid.1x2"), QStringLiteral("outline-layout-rows")},
+        {QStringLiteral("tablecells"), QStringLiteral("outline-table")},
+        {QStringLiteral("pencil.and.outline"), QStringLiteral("outline-pencil")},
+        {QStringLiteral("key.fill"), QStringLiteral("outline-key")},
+        {QStringLiteral("globe"), QStringLiteral("outline-world")},
+        {QStringLiteral("person.crop.circle"), QStringLiteral("outline-user-circle")},
+        {QStringLiteral("magnifyingglass"), QStringLiteral("outline-search")},
     };
     return icons;
 }
