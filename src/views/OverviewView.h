@@ -55,7 +55,7 @@ public:
 
     struct AttentionRow {
         QUuid id;
-        AIProvider provider;
+        AIProvider provider = AIProvider::openAI;
         QString name;
         // "Usage pulse: Watch" for a current account, its sync message otherwise.
         QString message;
@@ -69,7 +69,7 @@ public:
 
     // One provider's cards in the cards mode.
     struct ProviderGroup {
-        AIProvider provider;
+        AIProvider provider = AIProvider::openAI;
         QString title; // the provider's display name
         QString count; // "1 subscription", "3 subscriptions"
         QList<ProviderAccount*> accounts;

@@ -17,6 +17,10 @@ enum class Tone : quint8 {
     muted,
     // the application's own colour: selection, links, primary actions
     accent,
+    // sample data, which never contacts a provider
+    sample,
+    // a reference link that reads no data
+    reference,
 };
 
 // The tone of a sync status and of a usage health.

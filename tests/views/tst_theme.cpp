@@ -26,7 +26,8 @@ private slots:
     void everyToneIsReadable_data() {
         QTest::addColumn<int>("tone");
         QTest::addColumn<int>("appearance");
-        for (const Tone tone : {Tone::positive, Tone::caution, Tone::critical, Tone::muted, Tone::accent}) {
+        for (const Tone tone : {Tone::positive, Tone::caution, Tone::critical, Tone::muted, Tone::accent,
+                                Tone::sample, Tone::reference}) {
             for (const Theme::Appearance appearance : {Theme::Appearance::light, Theme::Appearance::dark}) {
                 QTest::addRow("tone %d, %s", int(tone),
                               appearance == Theme::Appearance::dark ? "dark" : "light")

@@ -55,6 +55,10 @@ Theme::ToneColors Theme::colors(Tone tone, Appearance appearance) {
         return dark ? ToneColors{hex("#A7AEBA"), hex("#2A2E35")} : ToneColors{hex("#5B6270"), hex("#EEF0F3")};
     case Tone::accent:
         return dark ? ToneColors{hex("#93B4FF"), hex("#1D2A47")} : ToneColors{hex("#2B55C9"), hex("#E8EEFC")};
+    case Tone::sample:
+        return dark ? ToneColors{hex("#C5A3FF"), hex("#2E2145")} : ToneColors{hex("#6B3FC4"), hex("#F1EBFC")};
+    case Tone::reference:
+        return dark ? ToneColors{hex("#6FD3D0"), hex("#15312F")} : ToneColors{hex("#0E6E6B"), hex("#E3F4F3")};
     }
     return ToneColors{primaryText(appearance), card(appearance)};
 }
