@@ -26,3 +26,17 @@ DetailRoute DetailRoute::forSelection(const SidebarSelection& selection,
     Q_UNREACHABLE();
     return DetailRoute{Screen::unavailable, QString(), {}};
 }
+
+StatusCardsContent::EmptyState DetailRoute::unavailableState() {
+    return StatusCardsContent::emptyState(QStringLiteral("Account unavailable"),
+                                          QStringLiteral("This account may have been removed."),
+                                          QStringLiteral("Back to Overview"), true);
+}
+
+DetailRoute::ToolbarItem DetailRoute::addAccountItem() {
+    return {QStringLiteral("Add Account"), QStringLiteral("plus")};
+}
+
+DetailRoute::ToolbarItem DetailRoute::deleteAccountItem() {
+    return {QStringLiteral("Delete Account"), QStringLiteral("trash")};
+}

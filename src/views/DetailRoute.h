@@ -2,6 +2,7 @@
 
 #include "core/SidebarSelection.h"
 #include "store/ProviderAccount.h"
+#include "views/StatusCardsContent.h"
 
 #include <QList>
 #include <QString>
@@ -19,4 +20,15 @@ struct DetailRoute {
 
     static DetailRoute forSelection(const SidebarSelection& selection,
                                     const QList<ProviderAccount*>& accounts);
+
+    // What stands in the detail area when the selected account is gone.
+    static StatusCardsContent::EmptyState unavailableState();
+
+    // The window toolbar's one item of an overview and of an account.
+    struct ToolbarItem {
+        QString title;
+        QString symbol;
+    };
+    static ToolbarItem addAccountItem();
+    static ToolbarItem deleteAccountItem();
 };

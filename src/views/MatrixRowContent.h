@@ -46,4 +46,6 @@ struct MatrixRowContent {
     static MatrixRowContent make(const ProviderAccount& account, Timestamp now,
                                  const QLocale& locale = QLocale());
     static Cell cell(const QList<UsageWindow>& windows, const QLocale& locale = QLocale());
+
+    friend bool operator==(const MatrixRowContent&, const MatrixRowContent&) = default;
 };

@@ -71,4 +71,6 @@ struct SubscriptionCardContent {
     static AdditionalRow additionalRow(const UsageWindow& window, const QLocale& locale);
     // The snapshot has no short-term or weekly signal but a billing one.
     static bool isBillingOnly(const UsageSnapshot& snapshot);
+
+    friend bool operator==(const SubscriptionCardContent&, const SubscriptionCardContent&) = default;
 };

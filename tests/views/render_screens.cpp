@@ -7,13 +7,16 @@
 #include "views/Badge.h"
 #include "views/MatrixRowContent.h"
 #include "views/MetricCardContent.h"
+#include "views/SettingsContent.h"
 #include "views/SubscriptionCardContent.h"
 #include "views/TrendChartContent.h"
 #include "views/widgets/AppResources.h"
 #include "views/widgets/BadgeWidget.h"
 #include "views/widgets/MainWindow.h"
 #include "views/widgets/MetricCardWidget.h"
-#include "views/widgets/SettingsWindow.h"
+#include "views/widgets/OverviewScreen.h"
+#include "views/widgets/SettingsView.h"
+#include "views/widgets/SidebarView.h"
 #include "views/widgets/StatusCardWidget.h"
 #include "views/widgets/SubscriptionCardWidget.h"
 #include "views/widgets/SubscriptionMatrixWidget.h"
@@ -29,6 +32,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QTemporaryDir>
 
@@ -37,28 +41,6 @@
 #include <memory>
 
 namespace {
-void addAccount(AccountStore& store, const QString& label, AIProvider provider, SyncStatus status,
-                double createdAt) {
-    auto* account = new ProviderAccount(ProviderAccount::Init{.provider = provider,
-                                                              .label = label,
-                                                              .accountKind = AccountKind::consumer,
-                                                              .createdAt = Timestamp(createdAt),
-                                                              .syncStatus = status});
-    store.insert(account);
-}
-
-QPalette paletteFor(Theme::Appearance look) {
-    QPalette palette;
-    const QColor window = Theme::window(look);
-    const QColor text = Theme::primaryText(look);
-    palette.setColor(QPalette::Window, window);
-    palette.setColor(QPalette::Base, Theme::card(look));
-    palette.setColor(QPalette::WindowText, text);
-    palette.setColor(QPalette::Text, text);
-    palette.setColor(QPalette::ButtonText, text);
-    palette.setColor(QPalette::Button, Theme::card(look));
-    return palette;
-}
 
 UsageWindow sampleWindow(const QString& title, std::optional<double> used, std::optional<double> limit,
                          UsageUnit unit, std::optional<double> resetIn, const QString& note, Timestamp now) {
@@ -76,7 +58,7 @@ UsageWindow sampleWindow(const QString& title, std::optional<double> used, std::
 QWidget* blockGallery(Theme::Appearance look) {
     const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
     auto* page = new QWidget;
-    page->setPalette(paletteFor(look));
+    page->setPalette(Theme::palette(look));
     page->setAutoFillBackground(true);
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL);
@@ -224,7 +206,7 @@ QWidget* subscriptionGallery(Theme::Appearance look, bool matrix) {
     const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
     Clock::setFixedNow(now); // ages and staleness as of that moment
     auto* page = new QWidget;
-    page->setPalette(paletteFor(look));
+    page->setPalette(Theme::palette(look));
     page->setAutoFillBackground(true);
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL);
@@ -272,56 +254,164 @@ bool save(QWidget& widget, const QString& path) {
     std::printf("%s %s\n", ok ? "wrote" : "could not write", qPrintable(path));
     return ok;
 }
+
+// An account as a finished refresh leaves it: a mock snapshot for `now`, recorded with a
+// few earlier days so that its trend has points.
+ProviderAccount* refreshedAccount(AccountStore& store, const QString& label, AIProvider provider,
+                                  ConnectionMode mode, UsageSource source, double createdAt, Timestamp now) {
+    auto* account = new ProviderAccount(ProviderAccount::Init{
+        .id = QUuid::createUuidV5(QUuid(), label),
+        .provider = provider,
+        .label = label,
+        .accountKind = provider == AIProvider::openAI ? AccountKind::api : AccountKind::consumer,
+        .connectionMode = mode,
+        .createdAt = Timestamp(createdAt),
+        .lastRefreshAt = now.addingSeconds(-600),
+        .syncStatus = SyncStatus::current,
+        .syncMessage = QStringLiteral("Refreshed from the provider"),
+        .sampleDataEnabled = mode == ConnectionMode::mock});
+    for (int day = 6; day >= 0; --day) {
+        UsageSnapshot snapshot = MockDataFactory::snapshot(*account, now.addingSeconds(-86400.0 * day));
+        snapshot.source = source;
+        account->record(snapshot);
+        account->setSnapshot(snapshot);
+    }
+    store.insert(account);
+    return account;
+}
+
+struct Scenario {
+    QTemporaryDir scratch;
+    std::unique_ptr<AccountStore> store;
+    std::unique_ptr<Preferences> preferences;
+    std::unique_ptr<ContentView> content;
+
+    explicit Scenario(bool onboarded = true) {
+        QString error;
+        store = AccountStore::open(scratch.filePath(QStringLiteral("screens.store")), &error);
+        preferences = std::make_unique<Preferences>(scratch.filePath(QStringLiteral("preferences.ini")));
+        preferences->setOnboardingCompleted(onboarded);
+        content = std::make_unique<ContentView>(store.get(), preferences.get());
+    }
+};
+
+bool shoot(MainWindow& window, const QString& path) {
+    window.show();
+    QApplication::processEvents();
+    QApplication::processEvents();
+    return save(window, path);
+}
 } // namespace
 
 int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
     AppResources::load();
-    QApplication::setFont(QFont(AppResources::fontFamily(), 10));
+    QFont text(AppResources::fontFamily());
+    text.setPixelSize(Theme::kBody);
+    QApplication::setFont(text);
     const QString output = QCoreApplication::arguments().value(1, QStringLiteral("screenshots"));
     QDir().mkpath(output);
-    QTemporaryDir scratch;
-    QString error;
-    auto store = AccountStore::open(scratch.filePath(QStringLiteral("screens.store")), &error);
-    if (!store) {
-        std::fprintf(stderr, "%s\n", qPrintable(error));
-        return 1;
-    }
-    Preferences preferences(scratch.filePath(QStringLiteral("preferences.ini")));
-    ContentView content(store.get(), &preferences);
+    const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
+    Clock::setFixedNow(now);
+    const QSize windowSize(1240, 820);
 
     bool ok = true;
-    {
-        // First launch: the welcome.
-        MainWindow window(&content);
-        window.resize(MainWindow::kMinimumWidth, MainWindow::kMinimumHeight);
-        window.show();
-        QApplication::processEvents();
-        ok &= save(window, QDir(output).filePath(QStringLiteral("main-welcome.png")));
-        content.finishOnboarding();
-        ok &= save(window, QDir(output).filePath(QStringLiteral("main-empty.png")));
-    }
-    addAccount(*store, QStringLiteral("Work org"), AIProvider::openAI, SyncStatus::current, 1);
-    addAccount(*store, QStringLiteral(""), AIProvider::anthropic, SyncStatus::needsAttention, 2);
-    addAccount(*store, QStringLiteral("Grok Premium+"), AIProvider::xAI, SyncStatus::offline, 3);
-    addAccount(*store, QStringLiteral("Gemini Advanced"), AIProvider::gemini, SyncStatus::partial, 4);
-    {
-        MainWindow window(&content);
-        window.resize(MainWindow::kMinimumWidth, MainWindow::kMinimumHeight);
-        ok &= save(window, QDir(output).filePath(QStringLiteral("main-overview.png")));
-        content.setSelection(SidebarSelection::account(store->accounts().at(1)->id()));
-        ok &= save(window, QDir(output).filePath(QStringLiteral("main-account.png")));
-        content.requestDelete(store->accounts().at(1)->id());
-        QApplication::processEvents();
-        if (window.deleteDialog()) {
-            ok &= save(*window.deleteDialog(), QDir(output).filePath(QStringLiteral("delete-dialog.png")));
-            window.deleteDialog()->reject();
-        }
-        ok &= save(*window.settingsWindow(), QDir(output).filePath(QStringLiteral("settings.png")));
-    }
     for (const auto& [look, name] :
          {std::pair{Theme::Appearance::light, "light"}, std::pair{Theme::Appearance::dark, "dark"}}) {
+        Theme::apply(look);
         const QLatin1StringView appearance(name);
+        const auto file = [&](const char* screen) {
+            return QDir(output).filePath(
+                QStringLiteral("%1-%2.png").arg(QLatin1StringView(screen), appearance));
+        };
+        {
+            // First launch: the welcome; then the empty overview.
+            Scenario scenario(false);
+            MainWindow window(scenario.content.get());
+            window.resize(windowSize);
+            ok &= shoot(window, file("main-welcome"));
+            scenario.content->finishOnboarding();
+            ok &= shoot(window, file("overview-empty"));
+        }
+        {
+            // The sample workspace, refreshed, as cards and as a matrix; then one account.
+            Scenario scenario;
+            AccountStore& store = *scenario.store;
+            refreshedAccount(store, QStringLiteral("OpenAI · Work API"), AIProvider::openAI,
+                             ConnectionMode::mock, UsageSource::mock, 1, now);
+            refreshedAccount(store, QStringLiteral("Claude · Personal"), AIProvider::anthropic,
+                             ConnectionMode::mock, UsageSource::mock, 2, now);
+            ProviderAccount* grok = refreshedAccount(store, QStringLiteral("Grok · Labs"), AIProvider::xAI,
+                                                     ConnectionMode::mock, UsageSource::mock, 3, now);
+            grok->setSyncStatus(SyncStatus::stale);
+            grok->setSyncMessage(QStringLiteral("Snapshot is older than its reset"));
+            MainWindow window(scenario.content.get());
+            window.resize(windowSize);
+            ok &= shoot(window, file("overview-cards"));
+            window.overview()->setViewMode(MonitoringViewMode::matrix);
+            ok &= shoot(window, file("overview-matrix"));
+            window.overview()->setViewMode(MonitoringViewMode::cards);
+            scenario.content->setSelection(SidebarSelection::account(store.accounts().at(0)->id()));
+            ok &= shoot(window, file("detail-mock"));
+            scenario.content->setSelection(SidebarSelection::overview());
+            window.sidebar()->searchField()->setText(QStringLiteral("claude"));
+            ok &= shoot(window, file("sidebar-search"));
+        }
+        {
+            // One account for each other connection mode.
+            Scenario scenario;
+            AccountStore& store = *scenario.store;
+            MainWindow window(scenario.content.get());
+            window.resize(windowSize);
+            window.show(); // the legacy migration runs now, before the reference account exists
+            ProviderAccount* key =
+                refreshedAccount(store, QStringLiteral("Production org"), AIProvider::openAI,
+                                 ConnectionMode::apiKey, UsageSource::officialAPI, 11, now);
+            UsageSnapshot official = *key->snapshot();
+            official.warnings = {QStringLiteral("Costs could not be read; usage is shown without spend.")};
+            key->setSnapshot(official);
+            ProviderAccount* manual =
+                refreshedAccount(store, QStringLiteral("Claude Max"), AIProvider::anthropic,
+                                 ConnectionMode::manual, UsageSource::manual, 12, now);
+            auto* browser =
+                new ProviderAccount(ProviderAccount::Init{.provider = AIProvider::gemini,
+                                                          .label = QStringLiteral("Gemini Advanced"),
+                                                          .accountKind = AccountKind::consumer,
+                                                          .connectionMode = ConnectionMode::browser,
+                                                          .createdAt = Timestamp(13),
+                                                          .sampleDataEnabled = false});
+            store.insert(browser);
+            const std::pair<ProviderAccount*, const char*> modes[] = {
+                {key, "detail-apikey"}, {manual, "detail-manual"}, {browser, "detail-browser"}};
+            for (const auto& [account, screen] : modes) {
+                scenario.content->setSelection(SidebarSelection::account(account->id()));
+                ok &= shoot(window, file(screen));
+            }
+            scenario.content->setSelection(SidebarSelection::account(QUuid::createUuid()));
+            ok &= shoot(window, file("detail-unavailable"));
+            window.settingsWindow()->resize(SettingsContent::kWidth, SettingsContent::kHeight);
+            ok &= save(*window.settingsWindow(), file("settings"));
+        }
+        {
+            // Fifty accounts across the providers.
+            Scenario scenario;
+            const QList<AIProvider> providers = AIProvider::allCases();
+            for (int i = 0; i < 50; ++i) {
+                ProviderAccount* account = refreshedAccount(
+                    *scenario.store, QStringLiteral("Team %1").arg(i + 1), providers.at(i % providers.size()),
+                    i % 3 == 0 ? ConnectionMode::manual : ConnectionMode::mock,
+                    i % 3 == 0 ? UsageSource::manual : UsageSource::mock, 100 + i, now);
+                if (i % 7 == 3) {
+                    account->setSyncStatus(SyncStatus::offline);
+                    account->setSyncMessage(QStringLiteral("The provider could not be reached"));
+                }
+            }
+            MainWindow window(scenario.content.get());
+            window.resize(windowSize);
+            ok &= shoot(window, file("overview-50"));
+            window.overview()->setViewMode(MonitoringViewMode::matrix);
+            ok &= shoot(window, file("overview-50-matrix"));
+        }
         for (const qreal scale : {1.0, 2.0}) {
             ok &= saveGallery(
                 std::unique_ptr<QWidget>(blockGallery(look)), QSize(1060, 1000), scale,

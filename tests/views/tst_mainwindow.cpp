@@ -5,7 +5,7 @@
 #include "core/CoreFixtures.h"
 #include "services/KeychainStore.h"
 #include "views/SidebarModel.h"
-#include "views/widgets/SettingsWindow.h"
+#include "views/widgets/SettingsView.h"
 #include "views/widgets/TrackerCommands.h"
 
 #include <QAction>

@@ -253,7 +253,8 @@ private slots:
     void attentionSortWeighsThePulseDouble() {
         Accounts accounts;
         accounts.add(QStringLiteral("Stale"), AIProvider::openAI, SyncStatus::stale, {shortWindow(10)});
-        accounts.add(QStringLiteral("Urgent current"), AIProvider::openAI, SyncStatus::current, {shortWindow(95)});
+        accounts.add(QStringLiteral("Urgent current"), AIProvider::openAI, SyncStatus::current,
+                     {shortWindow(95)});
         accounts.add(QStringLiteral("Quiet"), AIProvider::openAI, SyncStatus::current, {shortWindow(10)});
         accounts.add(QStringLiteral("Unavailable"), AIProvider::openAI, SyncStatus::current,
                      {UsageWindow{.id = QStringLiteral("x"),

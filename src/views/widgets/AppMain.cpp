@@ -20,6 +20,8 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     QApplication::setApplicationName(QStringLiteral("Tallyfen"));
     QApplication::setOrganizationName(QStringLiteral("Tallyfen"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tallyfen"));
+    // Light or dark as the desktop is, in the app's own palette and controls.
+    Theme::apply(Theme::appearance(QApplication::palette()));
     // The bundled face and icons, so the app reads the same on every machine.
     AppResources::load();
     if (const QString family = AppResources::fontFamily(); !family.isEmpty()) {

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "views/AgentBudgetPanelContent.h"
 #include "views/Badge.h"
+#include "views/ModelBreakdownContent.h"
 #include "views/widgets/ElidedLabel.h"
+#include "views/widgets/Theme.h"
 
 #include <QWidget>
 
 class QHBoxLayout;
+class QVBoxLayout;
+class QPushButton;
 
 // Small builders the monitoring blocks share, so that every card spells a title, a
 // secondary line or an icon the same way.
@@ -29,4 +34,18 @@ public:
     static QHBoxLayout* row(int spacing);
     // A thin separator line.
     static QWidget* separator(QWidget* parent);
+    // A small heading of a panel: a symbol and a title in secondary text.
+    static QHBoxLayout* symbolHeading(const QString& symbol, const QString& title, QWidget* parent);
+    // The model rows of a snapshot, under their heading, with the attribution note.
+    static void addModelBreakdown(QVBoxLayout* layout, const ModelBreakdownContent& models, QWidget* parent);
+    // The operator's agent budgets, under their heading and note.
+    static void addAgentBudgets(QVBoxLayout* layout, const AgentBudgetPanelContent& budgets, QWidget* parent);
+    // A section's heading: its title and, below it, the subtitle in secondary text.
+    static QWidget* heading(const QString& title, const QString& subtitle, QWidget* parent);
+    // A push button in one of the theme's roles, with an optional symbol before its
+    // text; its accessible name is its text.
+    static QPushButton* button(const QString& text, Theme::ButtonRole role, QWidget* parent,
+                               const QString& symbol = QString());
+    // A card surface with a vertical layout inside; `tone` tints it (a callout) instead.
+    static QWidget* card(QWidget* parent, std::optional<Tone> tint = std::nullopt);
 };

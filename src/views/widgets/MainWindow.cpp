@@ -2,28 +2,36 @@
 
 #include "core/ContentView.h"
 #include "model/UuidText.h"
-#include "views/DetailRoute.h"
 #include "views/PlatformWording.h"
-#include "views/widgets/SettingsWindow.h"
+#include "views/SidebarModel.h"
+#include "views/widgets/AccountDetailScreen.h"
+#include "views/widgets/BlockParts.h"
+#include "views/widgets/OverviewScreen.h"
+#include "views/widgets/SettingsView.h"
+#include "views/widgets/SidebarView.h"
+#include "views/widgets/StatusCardWidget.h"
+#include "views/widgets/SymbolIcon.h"
+#include "views/widgets/Theme.h"
 #include "views/widgets/TrackerCommands.h"
 
-#include "views/SidebarModel.h"
-
-#include <QHBoxLayout>
-#include <QHeaderView>
-#include <QItemSelectionModel>
-#include <QLabel>
+#include <QAction>
+#include <QCloseEvent>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QShowEvent>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTimer>
-#include <QTreeView>
+#include <QToolBar>
+#include <QToolButton>
 #include <QVBoxLayout>
 
-#include <algorithm>
+namespace {
+const QString kGeometryKey = QStringLiteral("mainWindow/geometry");
+const QString kSplitterKey = QStringLiteral("mainWindow/splitter");
+} // namespace
 
 MainWindow::MainWindow(ContentView* content, QWidget* parent)
     : QMainWindow(parent)
@@ -31,113 +39,172 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QStringLiteral("Tallyfen"));
     setMinimumSize(kMinimumWidth, kMinimumHeight);
+    resize(1240, 820);
 
     m_splitter = new QSplitter(Qt::Horizontal, this);
     m_splitter->setObjectName(QStringLiteral("mainSplitter"));
     m_splitter->setChildrenCollapsible(false);
+    m_splitter->setHandleWidth(1);
 
-    m_sidebarModel = new SidebarModel(m_content, this);
-    m_sidebar = new QTreeView(m_splitter);
-    m_sidebar->setObjectName(QStringLiteral("sidebar"));
-    m_sidebar->setAccessibleName(QStringLiteral("Accounts"));
+    m_sidebar = new SidebarView(m_content, m_splitter);
     m_sidebar->setMinimumWidth(kSidebarMinimumWidth);
-    m_sidebar->setHeaderHidden(true);
-    m_sidebar->setRootIsDecorated(false);
-    m_sidebar->setItemsExpandable(false);
-    m_sidebar->setUniformRowHeights(true);
-    m_sidebar->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_sidebar->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_sidebar->setModel(m_sidebarModel);
-    m_sidebar->expandAll();
-    // The accounts section comes back when the first account arrives: open it.
-    connect(m_sidebarModel, &SidebarModel::rowsInserted, this, [this](const QModelIndex& under) {
-        if (!under.isValid()) {
-            m_sidebar->expandAll();
-        }
-        syncSidebarSelection();
-    });
+    connect(m_sidebar, &SidebarView::addRequested, this,
+            [this] { m_content->setEditorState(EditorState::newAccount()); });
+    connect(m_sidebar, &SidebarView::editRequested, this,
+            [this](const QUuid& id) { m_content->setEditorState(EditorState::edit(id)); });
+    connect(m_sidebar, &SidebarView::deleteRequested, m_content, &ContentView::requestDelete);
 
     m_detailStack = new QStackedWidget(m_splitter);
     m_detailStack->setObjectName(QStringLiteral("detailStack"));
-    auto* detailArea = new QWidget(m_detailStack);
-    detailArea->setObjectName(QStringLiteral("detailArea"));
-    auto* detailLayout = new QVBoxLayout(detailArea);
-    detailLayout->setContentsMargins(24, 20, 24, 20);
-    detailLayout->setSpacing(10);
-    m_detailTitle = new QLabel(detailArea);
-    m_detailTitle->setObjectName(QStringLiteral("detailTitle"));
-    QFont titleFont = m_detailTitle->font();
-    titleFont.setBold(true);
-    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.5);
-    m_detailTitle->setFont(titleFont);
-    m_detail = new QLabel(detailArea);
-    m_detail->setObjectName(QStringLiteral("detail"));
-    m_detail->setAccessibleName(QStringLiteral("Detail"));
-    m_detail->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    m_detail->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    detailLayout->addWidget(m_detailTitle);
-    auto* actions = new QHBoxLayout;
-    m_addButton = new QPushButton(QStringLiteral("Add Account"), detailArea);
-    m_addButton->setObjectName(QStringLiteral("addAccountButton"));
-    connect(m_addButton, &QPushButton::clicked, this,
+    m_overview = new OverviewScreen(m_detailStack);
+    connect(m_overview, &OverviewScreen::addRequested, this,
             [this] { m_content->setEditorState(EditorState::newAccount()); });
-    m_clearSamplesButton = new QPushButton(QStringLiteral("Clear Sample Data"), detailArea);
-    m_clearSamplesButton->setObjectName(QStringLiteral("clearSampleDataButton"));
-    connect(m_clearSamplesButton, &QPushButton::clicked, m_content, &ContentView::requestSampleClear);
-    m_deleteButton = new QPushButton(QStringLiteral("Delete Account"), detailArea);
-    m_deleteButton->setObjectName(QStringLiteral("deleteAccountButton"));
-    connect(m_deleteButton, &QPushButton::clicked, this, [this] {
-        if (const auto id = m_content->selection().accountID()) {
-            m_content->requestDelete(*id);
+    connect(m_overview, &OverviewScreen::selected, this,
+            [this](const QUuid& id) { m_content->setSelection(SidebarSelection::account(id)); });
+    connect(m_overview, &OverviewScreen::clearSampleDataRequested, m_content,
+            &ContentView::requestSampleClear);
+    m_detailStack->addWidget(m_overview);
+
+    m_detail = new AccountDetailScreen(m_detailStack);
+    connect(m_detail, &AccountDetailScreen::refreshRequested, this, [this] {
+        if (ProviderAccount* account = m_detail->account()) {
+            m_content->refresh(account);
         }
     });
-    m_backButton = new QPushButton(QStringLiteral("Back to Overview"), detailArea);
-    m_backButton->setObjectName(QStringLiteral("backToOverviewButton"));
-    connect(m_backButton, &QPushButton::clicked, this,
-            [this] { m_content->setSelection(SidebarSelection::overview()); });
-    actions->addWidget(m_addButton);
-    actions->addWidget(m_backButton);
-    actions->addWidget(m_clearSamplesButton);
-    actions->addWidget(m_deleteButton);
-    actions->addStretch(1);
-    // The screen's actions sit under its title, as a toolbar would.
-    detailLayout->addLayout(actions);
-    detailLayout->addWidget(m_detail, 1);
+    connect(m_detail, &AccountDetailScreen::editRequested, this, [this] {
+        if (ProviderAccount* account = m_detail->account()) {
+            m_content->setEditorState(EditorState::edit(account->id()));
+        }
+    });
+    connect(m_detail, &AccountDetailScreen::signOutConfirmed, this, [this] {
+        if (ProviderAccount* account = m_detail->account()) {
+            m_content->logout(account);
+        }
+    });
+    m_detailStack->addWidget(m_detail);
 
-    m_detailStack->addWidget(detailArea);
+    auto* unavailablePage = new QWidget(m_detailStack);
+    auto* unavailableLayout = new QVBoxLayout(unavailablePage);
+    unavailableLayout->setContentsMargins(Theme::kSpaceXXL, Theme::kSpaceXXL, Theme::kSpaceXXL,
+                                          Theme::kSpaceXXL);
+    m_unavailable = new StatusCardWidget(
+        DetailRoute::unavailableState(), [this] { m_content->setSelection(SidebarSelection::overview()); },
+        unavailablePage);
+    m_unavailable->setObjectName(QStringLiteral("accountUnavailable"));
+    m_unavailable->actionButton()->setObjectName(QStringLiteral("backToOverviewButton"));
+    unavailableLayout->addWidget(m_unavailable);
+    unavailableLayout->addStretch(1);
+    m_detailStack->addWidget(unavailablePage);
 
     m_splitter->addWidget(m_sidebar);
     m_splitter->addWidget(m_detailStack);
     m_splitter->setStretchFactor(0, 0);
     m_splitter->setStretchFactor(1, 1);
-    m_splitter->setSizes({kSidebarIdealWidth, kMinimumWidth - kSidebarIdealWidth});
+    m_splitter->setSizes({kSidebarIdealWidth, width() - kSidebarIdealWidth});
     setCentralWidget(m_splitter);
 
+    buildToolbar();
     m_commands = new TrackerCommands(menuBar(), this);
-    m_settings = new SettingsWindow(this);
+    m_settings = new SettingsView(m_content->preferences(), this);
     connect(m_commands, &TrackerCommands::settingsRequested, this, &MainWindow::showSettings);
 
-    connect(m_sidebar->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            &MainWindow::onSidebarCurrentChanged);
-    // Each signal redraws what reads it: the list and the selection route the detail;
-    // a field redraws it only when it shows that account; a refresh starting or ending
-    // changes nothing on the placeholder detail but the account's own fields.
-    connect(m_content, &ContentView::accountListChanged, this, &MainWindow::updateDetail);
-    connect(m_content, &ContentView::accountChanged, this, &MainWindow::accountChanged);
-    connect(m_content, &ContentView::selectionChanged, this, [this] {
-        syncSidebarSelection();
-        updateDetail();
+    connect(m_content, &ContentView::accountListChanged, this, &MainWindow::route);
+    connect(m_content, &ContentView::selectionChanged, this, &MainWindow::route);
+    connect(m_content, &ContentView::accountChanged, this,
+            [this](ProviderAccount* account, ProviderAccount::Fields) { accountChanged(account); });
+    connect(m_content, &ContentView::refreshingChanged, this, [this](const QUuid& id) {
+        if (m_screen == DetailRoute::Screen::account && m_shownIDs.contains(id)) {
+            m_detail->setRefreshing(m_content->refreshingIDs().contains(id));
+        }
     });
+    connect(m_content, &ContentView::heartbeatTicked, this, &MainWindow::timePassed);
     connect(m_content, &ContentView::presentationChanged, this, [this] {
         presentOnboarding();
         presentDialogs();
     });
 
-    syncSidebarSelection();
-    updateDetail();
+    restoreWindowState();
+    route();
 }
 
 MainWindow::~MainWindow() = default;
+
+void MainWindow::buildToolbar() {
+    m_toolbar = new QToolBar(QStringLiteral("Toolbar"), this);
+    m_toolbar->setObjectName(QStringLiteral("mainToolbar"));
+    m_toolbar->setMovable(false);
+    m_toolbar->setFloatable(false);
+    m_toolbar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_toolbar->setIconSize(QSize(16, 16));
+    m_toolbar->toggleViewAction()->setEnabled(false);
+    addToolBar(Qt::TopToolBarArea, m_toolbar);
+    auto* spacer = new QWidget(m_toolbar);
+    spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    m_toolbar->addWidget(spacer);
+
+    const Theme::Appearance look = Theme::appearance(palette());
+    const auto item = [&](const QString& title, const QString& symbol, const QString& name, Tone tone) {
+        auto* action = new QAction(title, this);
+        action->setObjectName(name);
+        action->setIcon(QIcon(SymbolIcon::pixmap(
+            symbol, tone == Tone::critical ? Theme::colors(tone, look).foreground : Theme::primaryText(look),
+            16, devicePixelRatioF())));
+        m_toolbar->addAction(action);
+        if (auto* button = qobject_cast<QToolButton*>(m_toolbar->widgetForAction(action))) {
+            button->setAccessibleName(title);
+            button->setObjectName(name + QStringLiteral("Button"));
+            if (tone == Tone::critical) {
+                button->setProperty("role", QStringLiteral("destructive"));
+            }
+        }
+        return action;
+    };
+    const DetailRoute::ToolbarItem add = DetailRoute::addAccountItem();
+    m_addAction = item(add.title, add.symbol, QStringLiteral("addAccount"), Tone::accent);
+    connect(m_addAction, &QAction::triggered, this,
+            [this] { m_content->setEditorState(EditorState::newAccount()); });
+    const AccountDetailView::Toolbar commands = AccountDetailView::toolbar(false);
+    m_refreshAction =
+        item(commands.refreshTitle, commands.refreshIcon, QStringLiteral("refreshAccount"), Tone::accent);
+    connect(m_refreshAction, &QAction::triggered, this, [this] {
+        if (ProviderAccount* account = m_detail->account()) {
+            m_content->refresh(account);
+        }
+    });
+    m_editAction =
+        item(commands.editTitle, QStringLiteral("pencil"), QStringLiteral("editAccount"), Tone::accent);
+    connect(m_editAction, &QAction::triggered, this, [this] {
+        if (ProviderAccount* account = m_detail->account()) {
+            m_content->setEditorState(EditorState::edit(account->id()));
+        }
+    });
+    const DetailRoute::ToolbarItem remove = DetailRoute::deleteAccountItem();
+    m_deleteAction = item(remove.title, remove.symbol, QStringLiteral("deleteAccount"), Tone::critical);
+    connect(m_deleteAction, &QAction::triggered, this, [this] {
+        if (const auto id = m_content->selection().accountID()) {
+            m_content->requestDelete(*id);
+        }
+    });
+    connect(m_detail, &AccountDetailScreen::refreshingShown, this,
+            [this](const AccountDetailView::Toolbar& toolbar) {
+                m_refreshAction->setText(toolbar.refreshTitle);
+                m_refreshAction->setEnabled(toolbar.refreshEnabled);
+                if (QWidget* button = m_toolbar->widgetForAction(m_refreshAction)) {
+                    button->setAccessibleName(toolbar.refreshTitle);
+                }
+            });
+}
+
+void MainWindow::showToolbarFor(DetailRoute::Screen screen) {
+    m_addAction->setVisible(screen == DetailRoute::Screen::overview);
+    m_refreshAction->setVisible(screen == DetailRoute::Screen::account);
+    m_editAction->setVisible(screen == DetailRoute::Screen::account);
+    m_deleteAction->setVisible(screen == DetailRoute::Screen::account);
+}
+
+QWidget* MainWindow::currentScreen() const {
+    return m_detailStack->currentWidget();
+}
 
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
@@ -148,51 +215,84 @@ void MainWindow::showEvent(QShowEvent* event) {
     }
 }
 
+void MainWindow::closeEvent(QCloseEvent* event) {
+    saveWindowState();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::restoreWindowState() {
+    QSettings& settings = m_content->preferences()->settings();
+    if (const QByteArray geometry = settings.value(kGeometryKey).toByteArray(); !geometry.isEmpty()) {
+        restoreGeometry(geometry);
+    }
+    if (const QByteArray splitter = settings.value(kSplitterKey).toByteArray(); !splitter.isEmpty()) {
+        m_splitter->restoreState(splitter);
+    }
+}
+
+void MainWindow::saveWindowState() {
+    QSettings& settings = m_content->preferences()->settings();
+    settings.setValue(kGeometryKey, saveGeometry());
+    settings.setValue(kSplitterKey, m_splitter->saveState());
+    settings.sync();
+}
+
+void MainWindow::route() {
+    const DetailRoute route = DetailRoute::forSelection(m_content->selection(), m_content->accounts());
+    m_screen = route.screen;
+    m_shownIDs.clear();
+    for (const ProviderAccount* account : route.accounts) {
+        m_shownIDs.insert(account->id());
+    }
+    m_changed.clear();
+    switch (route.screen) {
+    case DetailRoute::Screen::overview:
+        m_overview->setAccounts(route.title, route.accounts);
+        break;
+    case DetailRoute::Screen::account: {
+        ProviderAccount* account = route.accounts.first();
+        m_detail->setAccount(account, m_content->refreshingIDs().contains(account->id()));
+        break;
+    }
+    case DetailRoute::Screen::unavailable:
+        break;
+    }
+    showToolbarFor(route.screen);
+    presentOnboarding();
+}
+
 void MainWindow::accountChanged(ProviderAccount* account) {
-    if (detailShows(account->id())) {
-        scheduleDetailUpdate();
-    }
-}
-
-bool MainWindow::detailShows(const QUuid& id) const {
-    return m_shownIDs.contains(id);
-}
-
-void MainWindow::scheduleDetailUpdate() {
-    if (!m_detailUpdateScheduled) {
-        m_detailUpdateScheduled = true;
-        QTimer::singleShot(0, this, [this] {
-            m_detailUpdateScheduled = false;
-            updateDetail();
-        });
-    }
-}
-
-void MainWindow::syncSidebarSelection() {
-    const QModelIndex wanted = m_sidebarModel->indexFor(m_content->selection());
-    if (m_sidebar->currentIndex() == wanted) {
+    if (!m_shownIDs.contains(account->id())) {
         return;
     }
-    // An account the search hides stays selected; its row is simply not there.
-    m_syncingSelection = true;
-    if (wanted.isValid()) {
-        m_sidebar->selectionModel()->setCurrentIndex(wanted, QItemSelectionModel::ClearAndSelect);
-    } else {
-        m_sidebar->selectionModel()->clearCurrentIndex();
-        m_sidebar->selectionModel()->clearSelection();
+    m_changed.insert(account->id());
+    if (!m_flushScheduled) {
+        m_flushScheduled = true;
+        QTimer::singleShot(0, this, &MainWindow::flushChangedAccounts);
     }
-    m_syncingSelection = false;
 }
 
-void MainWindow::onSidebarCurrentChanged(const QModelIndex& current) {
-    if (m_syncingSelection) {
-        return;
+void MainWindow::flushChangedAccounts() {
+    m_flushScheduled = false;
+    const QSet<QUuid> changed = std::exchange(m_changed, {});
+    for (const QUuid& id : changed) {
+        ProviderAccount* account = m_content->store()->account(id);
+        if (!account || !m_shownIDs.contains(id)) {
+            continue;
+        }
+        if (m_screen == DetailRoute::Screen::overview) {
+            m_overview->accountChanged(account);
+        } else if (m_screen == DetailRoute::Screen::account) {
+            m_detail->redraw();
+        }
     }
-    if (const std::optional<SidebarSelection> selection = m_sidebarModel->selectionAt(current)) {
-        m_content->setSelection(*selection);
-    } else {
-        // A section heading: the selection stays where it was.
-        syncSidebarSelection();
+}
+
+void MainWindow::timePassed() {
+    if (m_screen == DetailRoute::Screen::overview) {
+        m_overview->timePassed();
+    } else if (m_screen == DetailRoute::Screen::account) {
+        m_detail->redraw();
     }
 }
 
@@ -202,53 +302,10 @@ void MainWindow::presentOnboarding() {
         m_welcome = buildWelcome();
         m_detailStack->addWidget(m_welcome);
     }
-    m_detailStack->setCurrentWidget(m_content->showOnboarding() ? m_welcome : m_detailStack->widget(0));
-}
-
-void MainWindow::updateDetail() {
-    const DetailRoute route = DetailRoute::forSelection(m_content->selection(), m_content->accounts());
-    m_shownIDs.clear();
-    for (const ProviderAccount* account : route.accounts) {
-        m_shownIDs.insert(account->id());
-    }
-    const bool anySamples =
-        std::any_of(m_content->accounts().cbegin(), m_content->accounts().cend(),
-                    [](const ProviderAccount* account) { return account->sampleDataEnabled(); });
-    m_addButton->setVisible(route.screen == DetailRoute::Screen::overview);
-    m_clearSamplesButton->setVisible(route.screen == DetailRoute::Screen::overview && anySamples);
-    m_deleteButton->setVisible(route.screen == DetailRoute::Screen::account);
-    m_backButton->setVisible(route.screen == DetailRoute::Screen::unavailable);
-    m_detailTitle->setText(route.title);
-    QStringList lines;
-    switch (route.screen) {
-    case DetailRoute::Screen::overview: {
-        // A summary: the sidebar lists every account.
-        constexpr qsizetype kShown = 30;
-        for (const ProviderAccount* account : route.accounts.mid(0, kShown)) {
-            lines.append(account->displayName() + QStringLiteral(" — ") +
-                         account->effectiveSyncStatus().title());
-        }
-        if (route.accounts.size() > kShown) {
-            lines.append(QStringLiteral("… and %1 more").arg(route.accounts.size() - kShown));
-        }
-        if (route.accounts.isEmpty()) {
-            lines.append(QStringLiteral("No accounts yet."));
-        }
-        break;
-    }
-    case DetailRoute::Screen::account: {
-        const ProviderAccount* account = route.accounts.first();
-        if (account->displayName() != account->provider().displayName()) {
-            lines.append(account->provider().displayName());
-        }
-        lines.append(account->effectiveSyncStatus().title() + QStringLiteral(" — ") + account->syncMessage());
-        break;
-    }
-    case DetailRoute::Screen::unavailable:
-        lines.append(QStringLiteral("This account may have been removed."));
-        break;
-    }
-    m_detail->setText(lines.join(u'\n'));
+    QWidget* screen = m_screen == DetailRoute::Screen::overview  ? static_cast<QWidget*>(m_overview)
+                      : m_screen == DetailRoute::Screen::account ? static_cast<QWidget*>(m_detail)
+                                                                 : m_unavailable->parentWidget();
+    m_detailStack->setCurrentWidget(m_content->showOnboarding() ? m_welcome : screen);
 }
 
 QWidget* MainWindow::buildWelcome() {
@@ -257,28 +314,23 @@ QWidget* MainWindow::buildWelcome() {
     welcome->setObjectName(QStringLiteral("welcome"));
     auto* layout = new QVBoxLayout(welcome);
     layout->setContentsMargins(48, 48, 48, 48);
-    layout->setSpacing(14);
-    auto* heading = new QLabel(QStringLiteral("Let’s get your first account on the board."), welcome);
-    heading->setObjectName(QStringLiteral("welcomeHeading"));
-    QFont headingFont = heading->font();
-    headingFont.setBold(true);
-    headingFont.setPointSizeF(headingFont.pointSizeF() * 1.6);
-    heading->setFont(headingFont);
-    heading->setWordWrap(true);
-    auto* text =
-        new QLabel(QStringLiteral("Track each AI subscription in one calm place. Set up your first account, "
-                                  "or explore a small sample workspace before you connect anything."),
-                   welcome);
-    text->setWordWrap(true);
-    auto* sample = new QPushButton(QStringLiteral("Try sample workspace"), welcome);
+    layout->setSpacing(Theme::kSpaceM);
+    layout->addWidget(BlockParts::text(QStringLiteral("Let’s get your first account on the board."),
+                                       Theme::kLargeTitle, QFont::DemiBold, ElidedLabel::Ink::primary,
+                                       welcome, Tone::muted, 2));
+    layout->addWidget(BlockParts::text(
+        QStringLiteral(
+            "Track each AI subscription in one calm place. Set up your first account, or explore a small "
+            "sample workspace before you connect anything."),
+        Theme::kBody, QFont::Normal, ElidedLabel::Ink::secondary, welcome, Tone::muted, 3));
+    QPushButton* sample =
+        BlockParts::button(QStringLiteral("Try sample workspace"), Theme::ButtonRole::primary, welcome);
     sample->setObjectName(QStringLiteral("trySampleWorkspaceButton"));
     sample->setDefault(true);
     connect(sample, &QPushButton::clicked, this, [this] {
         m_content->createDemoAccounts();
         m_content->finishOnboarding();
     });
-    layout->addWidget(heading);
-    layout->addWidget(text);
     layout->addWidget(sample, 0, Qt::AlignLeft);
     layout->addStretch(1);
     return welcome;
@@ -291,6 +343,7 @@ QMessageBox* MainWindow::confirmation(const QString& objectName, const QString& 
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     QPushButton* confirm = dialog->addButton(destructiveButton, QMessageBox::DestructiveRole);
     confirm->setObjectName(QStringLiteral("confirmButton"));
+    Theme::setButtonRole(confirm, Theme::ButtonRole::destructive);
     QPushButton* cancel = dialog->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cancelButton"));
     dialog->setDefaultButton(cancel);
@@ -300,12 +353,12 @@ QMessageBox* MainWindow::confirmation(const QString& objectName, const QString& 
 
 void MainWindow::presentDialogs() {
     if (m_content->showDeleteConfirmation() && !m_deleteDialog) {
-        m_deleteDialog = confirmation(
+        QMessageBox* dialog = confirmation(
             QStringLiteral("deleteDialog"), QStringLiteral("Delete this account?"),
             PlatformWording::apply(QStringLiteral(
                 "Only this account's metadata, snapshot, and Keychain credential will be removed.")),
             QStringLiteral("Delete Account"));
-        QMessageBox* dialog = m_deleteDialog;
+        m_deleteDialog = dialog;
         connect(dialog, &QMessageBox::finished, this, [this, dialog] {
             const bool confirmed =
                 dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole;
@@ -318,13 +371,13 @@ void MainWindow::presentDialogs() {
         dialog->open();
     }
     if (m_content->showSampleClearConfirmation() && !m_sampleClearDialog) {
-        m_sampleClearDialog = confirmation(
+        QMessageBox* dialog = confirmation(
             QStringLiteral("sampleClearDialog"), QStringLiteral("Remove sample data?"),
             QStringLiteral(
                 "This removes only accounts created in sample mode. Your manually configured and official "
                 "API accounts stay untouched."),
             QStringLiteral("Clear Sample Data"));
-        QMessageBox* dialog = m_sampleClearDialog;
+        m_sampleClearDialog = dialog;
         connect(dialog, &QMessageBox::finished, this, [this, dialog] {
             const bool confirmed =
                 dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole;

@@ -1,26 +1,32 @@
 #pragma once
 
+#include "core/SidebarSelection.h"
+#include "store/ProviderAccount.h"
+#include "views/DetailRoute.h"
+
 #include <QMainWindow>
+#include <QPointer>
 #include <QSet>
 #include <QUuid>
 
+class AccountDetailScreen;
 class ContentView;
-class ProviderAccount;
-class QLabel;
-class QMessageBox;
-class QModelIndex;
-class QPushButton;
-class QStackedWidget;
+class OverviewScreen;
+class QAction;
+#include <QMessageBox>
 class QSplitter;
-class QTreeView;
-class SettingsWindow;
-class SidebarModel;
+class QStackedWidget;
+class QToolBar;
+class SettingsView;
+class SidebarView;
+class StatusCardWidget;
 class TrackerCommands;
 
-// The main window: the sidebar beside the detail area, the menu commands, and the
-// Settings window. It draws the controller's state and forwards what the operator does.
-// The sidebar draws a SidebarModel; the detail area redraws for the selection, the
-// list, and the fields of the accounts it shows; dialogs follow presentationChanged.
+// The main window: the sidebar beside the detail area, the toolbar, the menu commands
+// and the Settings window. The detail area routes the controller's selection to the
+// overview, one account, or the notice that it is gone. Each controller signal redraws
+// what reads it: a changed account redraws its card (or its detail), the list and the
+// selection route again, a refresh starting or ending changes only the refresh buttons.
 class MainWindow final : public QMainWindow {
     Q_OBJECT
 
@@ -33,7 +39,12 @@ public:
     explicit MainWindow(ContentView* content, QWidget* parent = nullptr);
     ~MainWindow() override;
 
-    SettingsWindow* settingsWindow() const noexcept { return m_settings; }
+    SettingsView* settingsWindow() const noexcept { return m_settings; }
+    SidebarView* sidebar() const noexcept { return m_sidebar; }
+    OverviewScreen* overview() const noexcept { return m_overview; }
+    AccountDetailScreen* detail() const noexcept { return m_detail; }
+    QWidget* currentScreen() const;
+    QToolBar* toolbar() const noexcept { return m_toolbar; }
     // The confirmation dialogs, while one is up.
     QMessageBox* deleteDialog() const noexcept { return m_deleteDialog; }
     QMessageBox* sampleClearDialog() const noexcept { return m_sampleClearDialog; }
@@ -45,42 +56,47 @@ signals:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
 private:
-    // Fields of one account changed: the detail redraws if it shows that account.
+    void buildToolbar();
+    // Routes the selection to its screen, built afresh.
+    void route();
     void accountChanged(ProviderAccount* account);
-    // Redraws the detail once the present turn of the event loop is over.
-    void scheduleDetailUpdate();
-    bool detailShows(const QUuid& id) const;
-    void syncSidebarSelection();
-    void updateDetail();
-    void onSidebarCurrentChanged(const QModelIndex& current);
+    // Redraws the accounts that changed in this turn of the event loop, once.
+    void flushChangedAccounts();
+    void timePassed();
+    void showToolbarFor(DetailRoute::Screen screen);
     void presentOnboarding();
     void showSettings();
     QWidget* buildWelcome();
     void presentDialogs();
     QMessageBox* confirmation(const QString& objectName, const QString& title, const QString& message,
                               const QString& destructiveButton);
+    void restoreWindowState();
+    void saveWindowState();
 
     ContentView* m_content;
     QSplitter* m_splitter = nullptr;
-    SidebarModel* m_sidebarModel = nullptr;
-    QTreeView* m_sidebar = nullptr;
+    SidebarView* m_sidebar = nullptr;
     QStackedWidget* m_detailStack = nullptr;
+    OverviewScreen* m_overview = nullptr;
+    AccountDetailScreen* m_detail = nullptr;
+    StatusCardWidget* m_unavailable = nullptr;
     QWidget* m_welcome = nullptr;
-    QLabel* m_detailTitle = nullptr;
-    QLabel* m_detail = nullptr;
-    QPushButton* m_addButton = nullptr;
-    QPushButton* m_deleteButton = nullptr;
-    QPushButton* m_clearSamplesButton = nullptr;
-    QPushButton* m_backButton = nullptr;
-    QMessageBox* m_deleteDialog = nullptr;
-    QMessageBox* m_sampleClearDialog = nullptr;
+    QToolBar* m_toolbar = nullptr;
+    QAction* m_addAction = nullptr;
+    QAction* m_refreshAction = nullptr;
+    QAction* m_editAction = nullptr;
+    QAction* m_deleteAction = nullptr;
+    QPointer<QMessageBox> m_deleteDialog;
+    QPointer<QMessageBox> m_sampleClearDialog;
     TrackerCommands* m_commands = nullptr;
-    SettingsWindow* m_settings = nullptr;
+    SettingsView* m_settings = nullptr;
     bool m_appeared = false;
-    bool m_syncingSelection = false;
-    bool m_detailUpdateScheduled = false;
-    // The accounts the detail area shows now.
+    DetailRoute::Screen m_screen = DetailRoute::Screen::overview;
+    // The accounts the detail area shows now, and those changed since the last redraw.
     QSet<QUuid> m_shownIDs;
+    QSet<QUuid> m_changed;
+    bool m_flushScheduled = false;
 };

@@ -49,11 +49,8 @@ QPixmap ProviderLogoWidget::logo(AIProvider provider, int size, const QColor& in
             inset, inset, SymbolIcon::pixmap(provider.systemImage(), ink, size - 2 * inset, ratio));
         return square;
     }
-    const QString key = QStringLiteral("logo:%1:%2:%3:%4")
-                            .arg(provider.rawValue())
-                            .arg(size)
-                            .arg(ratio)
-                            .arg(isTemplate(provider) ? ink.rgba() : 0u);
+    const QString key =
+        QStringLiteral("logo:%1:%2:%3:%4").arg(provider.rawValue()).arg(size).arg(ratio).arg(ink.rgba());
     QPixmap cached;
     if (QPixmapCache::find(key, &cached)) {
         return cached;
@@ -65,6 +62,24 @@ QPixmap ProviderLogoWidget::logo(AIProvider provider, int size, const QColor& in
         QPainter tint(&image);
         tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
         tint.fillRect(image.rect(), ink);
+    }
+    // A mark that keeps its own (dark) colours stands on a light tile in a dark window,
+    // so that it stays visible without being recoloured.
+    if (!isTemplate(provider) && ink.lightness() > 128) {
+        QImage tile(image.size(), QImage::Format_ARGB32_Premultiplied);
+        tile.fill(Qt::transparent);
+        QPainter painter(&tile);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(ink);
+        painter.drawRoundedRect(QRectF(tile.rect()), tile.width() * 0.22, tile.height() * 0.22);
+        const QRectF inner = QRectF(tile.rect())
+                                 .adjusted(tile.width() * 0.16, tile.height() * 0.16, -tile.width() * 0.16,
+                                           -tile.height() * 0.16);
+        painter.drawImage(inner, image);
+        painter.end();
+        image = tile;
     }
     QPixmap result = QPixmap::fromImage(image);
     result.setDevicePixelRatio(ratio);

@@ -47,17 +47,8 @@ StatusCardWidget::StatusCardWidget(const StatusCardsContent::EmptyState& content
         m_action = new QPushButton(*content.actionTitle, this);
         m_action->setObjectName(QStringLiteral("emptyStateAction"));
         m_action->setDefault(true);
-        // The one prominent action: the accent colour, white text, a small radius.
-        const Theme::Appearance look = Theme::appearance(parent ? parent->palette() : palette());
-        const QColor accent = Theme::colors(Tone::accent, look).foreground;
-        m_action->setStyleSheet(
-            QStringLiteral("QPushButton { background: %1; color: %2; border: none; border-radius: %3px;"
-                           " padding: %4px %5px; font-weight: 600; }")
-                .arg(accent.name(),
-                     look == Theme::Appearance::dark ? QStringLiteral("#10131A") : QStringLiteral("#FFFFFF"))
-                .arg(Theme::kRadiusSmall)
-                .arg(Theme::kSpaceS)
-                .arg(Theme::kSpaceL));
+        // The one prominent action.
+        Theme::setButtonRole(m_action, Theme::ButtonRole::primary);
         connect(m_action, &QPushButton::clicked, this, std::move(action));
         layout->addWidget(m_action, 0, Qt::AlignHCenter);
     }

@@ -17,19 +17,12 @@ namespace {
 using Ink = ElidedLabel::Ink;
 
 // A section heading: a symbol and a label in secondary type.
-QHBoxLayout* heading(const QString& symbol, const QString& title, QWidget* parent) {
-    QHBoxLayout* layout = BlockParts::row(Theme::kSpaceXS);
-    layout->addWidget(BlockParts::icon(symbol, 14, parent));
-    layout->addWidget(BlockParts::text(title, Theme::kFootnote, QFont::DemiBold, Ink::secondary, parent), 1);
-    return layout;
-}
-
 QWidget* horizonPanel(const HorizonPanelContent& panel, QWidget* parent) {
     auto* box = new QWidget(parent);
     auto* layout = new QVBoxLayout(box);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(Theme::kSpaceS);
-    layout->addLayout(heading(panel.symbol, panel.title, box));
+    layout->addLayout(BlockParts::symbolHeading(panel.symbol, panel.title, box));
     if (panel.rows.isEmpty()) {
         QHBoxLayout* line = BlockParts::row(Theme::kSpaceXS);
         line->addWidget(BlockParts::icon(panel.unavailableSymbol, 14, box));
@@ -143,43 +136,11 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
 
     if (card.models) {
         layout->addWidget(BlockParts::separator(this));
-        layout->addLayout(heading(card.models->symbol, card.models->label, this));
-        for (const ModelBreakdownContent::Row& model : card.models->rows) {
-            QHBoxLayout* line = BlockParts::row(Theme::kSpaceXS);
-            if (!model.symbol.isEmpty()) {
-                QWidget* chart = BlockParts::icon(model.symbol, 12, this);
-                chart->setAccessibleName(model.symbolName);
-                line->addWidget(chart);
-            } else {
-                line->addWidget(new BadgeWidget(model.dot, this));
-            }
-            line->addWidget(
-                BlockParts::text(model.modelName, Theme::kCaption, QFont::Medium, Ink::primary, this), 1);
-            for (const QString& figure : model.historical) {
-                line->addWidget(
-                    BlockParts::value(figure, Theme::kCaption, QFont::Normal, Ink::secondary, this));
-            }
-            layout->addLayout(line);
-        }
-        layout->addWidget(BlockParts::text(card.models->attributionNote, Theme::kCaption, QFont::Normal,
-                                           Ink::secondary, this, Tone::muted, 2));
+        BlockParts::addModelBreakdown(layout, *card.models, this);
     }
     if (card.budgets) {
         layout->addWidget(BlockParts::separator(this));
-        layout->addLayout(heading(card.budgets->symbol, card.budgets->label, this));
-        layout->addWidget(
-            BlockParts::text(card.budgets->note, Theme::kCaption, QFont::Normal, Ink::secondary, this));
-        for (const AgentBudgetPanelContent::Row& budget : card.budgets->rows) {
-            QHBoxLayout* line = BlockParts::row(Theme::kSpaceS);
-            line->addWidget(new BadgeWidget(budget.dot, this));
-            line->addWidget(BlockParts::text(budget.name, Theme::kCaption, QFont::Medium, Ink::primary, this),
-                            1);
-            line->addWidget(BlockParts::value(budget.shortTitle + QStringLiteral(" ") + budget.shortValue,
-                                              Theme::kCaption, QFont::Normal, Ink::secondary, this));
-            line->addWidget(BlockParts::value(budget.weekTitle + QStringLiteral(" ") + budget.weekValue,
-                                              Theme::kCaption, QFont::Normal, Ink::secondary, this));
-            layout->addLayout(line);
-        }
+        BlockParts::addAgentBudgets(layout, *card.budgets, this);
     }
     if (card.billingOnly) {
         QHBoxLayout* billing = BlockParts::row(Theme::kSpaceXS);

@@ -2,7 +2,10 @@
 
 #include "views/widgets/AppResources.h"
 
+#include <QApplication>
 #include <QPainter>
+#include <QStyle>
+#include <QStyleFactory>
 #include <QWidget>
 
 #include <cmath>
@@ -39,7 +42,13 @@ QFont Theme::tabular(const QFont& base) {
 }
 
 Theme::Appearance Theme::appearance(const QPalette& palette) {
-    return palette.color(QPalette::Window).lightness() < 128 ? Appearance::dark : Appearance::light;
+    QColor window = palette.color(QPalette::Window);
+    // A style sheet's transparent background says nothing about light or dark: the
+    // application's window colour does.
+    if (window.alpha() < 255 || palette.brush(QPalette::Window).style() != Qt::SolidPattern) {
+        window = QApplication::palette().color(QPalette::Window);
+    }
+    return window.lightness() < 128 ? Appearance::dark : Appearance::light;
 }
 
 Theme::ToneColors Theme::colors(Tone tone, Appearance appearance) {
@@ -65,6 +74,125 @@ Theme::ToneColors Theme::colors(Tone tone, Appearance appearance) {
 
 QColor Theme::window(Appearance appearance) {
     return appearance == Appearance::dark ? hex("#15171A") : hex("#F4F5F7");
+}
+
+QColor Theme::sidebar(Appearance appearance) {
+    return appearance == Appearance::dark ? hex("#1A1C20") : hex("#ECEEF1");
+}
+
+QPalette Theme::palette(Appearance look) {
+    QPalette palette;
+    const QColor text = primaryText(look);
+    const QColor secondary = secondaryText(look);
+    const QColor accent = colors(Tone::accent, look).foreground;
+    palette.setColor(QPalette::Window, window(look));
+    palette.setColor(QPalette::Base, card(look));
+    palette.setColor(QPalette::AlternateBase, sidebar(look));
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::Button, card(look));
+    palette.setColor(QPalette::ToolTipBase, card(look));
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::PlaceholderText, secondary);
+    palette.setColor(QPalette::Highlight, colors(Tone::accent, look).fill);
+    palette.setColor(QPalette::HighlightedText, text);
+    palette.setColor(QPalette::Link, accent);
+    palette.setColor(QPalette::Mid, separator(look));
+    palette.setColor(QPalette::Midlight, separator(look));
+    palette.setColor(QPalette::Dark, separator(look));
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, secondary);
+    }
+    return palette;
+}
+
+QString Theme::styleSheet(Appearance look) {
+    const QString text = primaryText(look).name();
+    const QString secondary = secondaryText(look).name();
+    const QString surface = card(look).name();
+    const QString line = separator(look).name();
+    const QString accent = colors(Tone::accent, look).foreground.name();
+    const QString accentFill = colors(Tone::accent, look).fill.name();
+    const QString onAccent = look == Appearance::dark ? QStringLiteral("#10131A") : QStringLiteral("#FFFFFF");
+    const QString critical = colors(Tone::critical, look).foreground.name();
+    const QString criticalFill = colors(Tone::critical, look).fill.name();
+    const QString muted = colors(Tone::muted, look).fill.name();
+    QString sheet = QStringLiteral(R"(
+QPushButton { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
+              padding: 5px 12px; }
+QPushButton:hover { background: @muted; }
+QPushButton:focus { border-color: @accent; }
+QPushButton:disabled { color: @secondary; }
+QPushButton[role="primary"] { background: @accent; color: @onAccent; border: none; font-weight: 600; }
+QPushButton[role="primary"]:focus { border: 2px solid @accentFill; }
+QPushButton[role="primary"]:disabled { background: @muted; color: @secondary; }
+QPushButton[role="destructive"] { color: @critical; border-color: @line; }
+QPushButton[role="destructive"]:hover { background: @criticalFill; }
+QPushButton[role="plain"] { border: none; background: transparent; }
+QPushButton[role="plain"]:hover { background: @muted; }
+QToolButton { border: none; border-radius: @rpx; padding: 4px 8px; color: @text; }
+QToolButton:hover { background: @muted; }
+QToolButton:checked { background: @surface; border: 1px solid @line; }
+QToolButton:focus { border: 1px solid @accent; }
+QToolButton:disabled { color: @secondary; }
+QLineEdit { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
+            padding: 5px 8px; selection-background-color: @accentFill; }
+QLineEdit:focus { border-color: @accent; }
+QComboBox { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
+            padding: 4px 10px; }
+QComboBox:focus { border-color: @accent; }
+QComboBox::drop-down { border: none; width: 22px; }
+QComboBox::down-arrow { image: url(:/icons/chevron-down-@look.svg); width: 12px; height: 12px; }
+QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @line;
+                              selection-background-color: @accentFill; selection-color: @text; outline: none; }
+QMenu { background: @surface; color: @text; border: 1px solid @line; padding: 4px; }
+QMenu::item { padding: 5px 18px; border-radius: 4px; }
+QMenu::item:selected { background: @accentFill; }
+QMenu::item:disabled { color: @secondary; }
+QMenu::separator { height: 1px; background: @line; margin: 4px 6px; }
+QMenuBar { background: transparent; color: @text; }
+QMenuBar::item:selected { background: @muted; border-radius: 4px; }
+QToolBar { background: transparent; border: none; spacing: 6px; padding: 6px 12px; }
+QToolBar::separator { width: 1px; background: @line; margin: 4px 6px; }
+QScrollArea { background: transparent; border: none; }
+QScrollBar:vertical { background: transparent; width: 10px; margin: 2px; }
+QScrollBar::handle:vertical { background: @line; border-radius: 3px; min-height: 32px; }
+QScrollBar::add-line, QScrollBar::sub-line { height: 0; width: 0; }
+QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
+QSplitter::handle { background: @line; }
+QToolTip { background: @surface; color: @text; border: 1px solid @line; padding: 4px; }
+QMessageBox QLabel { color: @text; }
+)");
+    sheet.replace(QStringLiteral("@onAccent"), onAccent)
+        .replace(QStringLiteral("@accentFill"), accentFill)
+        .replace(QStringLiteral("@accent"), accent)
+        .replace(QStringLiteral("@criticalFill"), criticalFill)
+        .replace(QStringLiteral("@critical"), critical)
+        .replace(QStringLiteral("@secondary"), secondary)
+        .replace(QStringLiteral("@surface"), surface)
+        .replace(QStringLiteral("@muted"), muted)
+        .replace(QStringLiteral("@line"), line)
+        .replace(QStringLiteral("@text"), text)
+        .replace(QStringLiteral("@r"), QString::number(kRadiusSmall))
+        .replace(QStringLiteral("@look"),
+                 look == Appearance::dark ? QStringLiteral("dark") : QStringLiteral("light"));
+    return sheet;
+}
+
+void Theme::apply(Appearance appearance) {
+    if (auto* fusion = QStyleFactory::create(QStringLiteral("Fusion"))) {
+        QApplication::setStyle(fusion);
+    }
+    QApplication::setPalette(palette(appearance));
+    qApp->setStyleSheet(styleSheet(appearance));
+}
+
+void Theme::setButtonRole(QWidget* button, ButtonRole role) {
+    static const char* const names[] = {"standard", "primary", "destructive", "plain"};
+    button->setProperty("role", QString::fromLatin1(names[static_cast<int>(role)]));
+    button->style()->unpolish(button);
+    button->style()->polish(button);
 }
 
 QColor Theme::card(Appearance appearance) {

@@ -60,6 +60,22 @@ public:
     static QColor primaryText(Appearance appearance);
     static QColor secondaryText(Appearance appearance);
 
+    // The sidebar's surface: a shade between the window and a card.
+    static QColor sidebar(Appearance appearance);
+
+    // The application's palette for an appearance: window, cards as the base, text,
+    // the accent as highlight and link.
+    static QPalette palette(Appearance appearance);
+    // The style sheet of the standard controls (buttons by role, fields, pickers,
+    // menus, scroll bars), so no control keeps the toolkit's default grey.
+    static QString styleSheet(Appearance appearance);
+    // Sets the palette, style and style sheet on the whole application.
+    static void apply(Appearance appearance);
+
+    // The role a push button plays; its style sheet draws each differently.
+    enum class ButtonRole { standard, primary, destructive, plain };
+    static void setButtonRole(QWidget* button, ButtonRole role);
+
     // Paints a card surface over `rect` for the widget's palette: the card colour with a
     // hairline border and the card radius, or a muted panel without a border.
     static void paintCard(QWidget* widget, bool muted = false);

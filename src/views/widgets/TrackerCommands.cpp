@@ -48,7 +48,10 @@ TrackerCommands::TrackerCommands(QMenuBar* menuBar, QObject* parent)
     fileMenu->addSeparator();
     m_settings = fileMenu->addAction(QStringLiteral("Settings…"));
     m_settings->setObjectName(QStringLiteral("settingsAction"));
-    m_settings->setShortcut(QKeySequence::Preferences);
+    // Linux desktops have no standard key for preferences; Ctrl+, is the common one.
+    const QKeySequence preferences(QKeySequence::Preferences);
+    m_settings->setShortcut(preferences.isEmpty() ? QKeySequence(Qt::CTRL | Qt::Key_Comma) : preferences);
+    m_settings->setShortcutContext(Qt::ApplicationShortcut);
     m_settings->setMenuRole(QAction::PreferencesRole);
     connect(m_settings, &QAction::triggered, this, &TrackerCommands::settingsRequested);
     fileMenu->addSeparator();

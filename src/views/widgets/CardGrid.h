@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QList>
+#include <QWidget>
+
+class QGridLayout;
+
+// Cards in as many columns as fit, each column at least `minimumColumnWidth` wide; a
+// resize that changes the number of columns moves the cards, it never rebuilds them.
+class CardGrid final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit CardGrid(int minimumColumnWidth, QWidget* parent = nullptr);
+
+    // Takes the cards, in reading order; earlier cards not among them are deleted.
+    void setCards(const QList<QWidget*>& cards);
+    const QList<QWidget*>& cards() const noexcept { return m_cards; }
+    // Puts `card` where `old` stood and deletes `old`.
+    void replace(QWidget* old, QWidget* card);
+    int columns() const noexcept { return m_columns; }
+    QSize minimumSizeHint() const override;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    int columnsFor(int width) const;
+    void place();
+
+    int m_minimumColumnWidth;
+    int m_columns = 1;
+    QGridLayout* m_grid;
+    QList<QWidget*> m_cards;
+};

@@ -1,0 +1,171 @@
+#include "views/widgets/SettingsView.h"
+
+#include "core/Preferences.h"
+#include "views/SettingsContent.h"
+#include "views/widgets/BlockParts.h"
+#include "views/widgets/Theme.h"
+#include "views/widgets/ToggleSwitch.h"
+
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+namespace {
+using Ink = ElidedLabel::Ink;
+
+// A card holding a section's rows, separated by hairlines.
+class SectionCard final : public QWidget {
+public:
+    explicit SectionCard(QWidget* parent)
+        : QWidget(parent) {
+        m_layout = new QVBoxLayout(this);
+        m_layout->setContentsMargins(Theme::kSpaceL, Theme::kSpaceS, Theme::kSpaceL, Theme::kSpaceS);
+        m_layout->setSpacing(Theme::kSpaceS);
+    }
+    // Adds a row; returns the hairline above it, if any, which shows and hides with it.
+    QWidget* add(QWidget* row) {
+        QWidget* line = nullptr;
+        if (m_layout->count() > 0) {
+            line = BlockParts::separator(this);
+            m_layout->addWidget(line);
+        }
+        m_layout->addWidget(row);
+        return line;
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override { Theme::paintCard(this); }
+
+private:
+    QVBoxLayout* m_layout;
+};
+
+// A label and value row of the support table and the About block.
+QWidget* pair(const QString& label, const QString& value, QWidget* parent) {
+    auto* row = new QWidget(parent);
+    auto* layout = BlockParts::row(Theme::kSpaceL);
+    row->setLayout(layout);
+    layout->setContentsMargins(0, Theme::kSpaceXS, 0, Theme::kSpaceXS);
+    layout->addWidget(BlockParts::text(label, Theme::kBody, QFont::Normal, Ink::primary, row), 1);
+    ElidedLabel* shown =
+        BlockParts::text(value, Theme::kBody, QFont::Normal, Ink::secondary, row, Tone::muted, 2);
+    shown->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    layout->addWidget(shown, 1);
+    return row;
+}
+
+ElidedLabel* note(const QString& text, QWidget* parent) {
+    return BlockParts::text(text, Theme::kFootnote, QFont::Normal, Ink::secondary, parent, Tone::muted, 6);
+}
+} // namespace
+
+SettingsView::SettingsView(Preferences* preferences, QWidget* parent)
+    : QWidget(parent, Qt::Window)
+    , m_preferences(preferences) {
+    const SettingsContent content = SettingsContent::make();
+    setObjectName(QStringLiteral("settingsWindow"));
+    setWindowTitle(content.windowTitle);
+    resize(SettingsContent::kWidth, SettingsContent::kHeight);
+    setMinimumWidth(420);
+
+    auto* outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    auto* scroll = new QScrollArea(this);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    outer->addWidget(scroll);
+    auto* page = new QWidget(scroll);
+    page->setObjectName(QStringLiteral("settingsPage"));
+    scroll->setWidget(page);
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL);
+    layout->setSpacing(Theme::kSpaceS);
+
+    const auto section = [&](const QString& title) {
+        if (layout->count() > 0) {
+            layout->addSpacing(Theme::kSpaceL);
+        }
+        layout->addWidget(BlockParts::text(title, Theme::kHeadline, QFont::DemiBold, Ink::primary, page));
+        auto* card = new SectionCard(page);
+        layout->addWidget(card);
+        return card;
+    };
+
+    SectionCard* demo = section(content.demoSection);
+    m_sampleData = new ToggleSwitch(content.sampleData.title, demo);
+    m_sampleData->setObjectName(QStringLiteral("useSampleDataByDefault"));
+    demo->add(m_sampleData);
+    demo->add(note(content.demoNote, demo));
+
+    SectionCard* refresh = section(content.refreshSection);
+    m_autoRefresh = new ToggleSwitch(content.autoRefresh.title, refresh);
+    m_autoRefresh->setObjectName(QStringLiteral("autoRefreshEnabled"));
+    refresh->add(m_autoRefresh);
+    m_intervalRow = new QWidget(refresh);
+    auto* intervalLayout = BlockParts::row(Theme::kSpaceL);
+    m_intervalRow->setLayout(intervalLayout);
+    intervalLayout->addWidget(
+        BlockParts::text(content.intervalTitle, Theme::kBody, QFont::Normal, Ink::primary, m_intervalRow), 1);
+    m_interval = new QComboBox(m_intervalRow);
+    m_interval->setObjectName(QStringLiteral("autoRefreshMinutes"));
+    m_interval->setAccessibleName(content.intervalTitle);
+    for (const SettingsContent::Interval& interval : content.intervals) {
+        m_interval->addItem(interval.title, interval.minutes);
+    }
+    intervalLayout->addWidget(m_interval);
+    m_intervalSeparator = refresh->add(m_intervalRow);
+    refresh->add(note(content.refreshNote, refresh));
+    m_notifications = new ToggleSwitch(content.notifications.title, refresh);
+    m_notifications->setObjectName(QStringLiteral("thresholdNotificationsEnabled"));
+    refresh->add(m_notifications);
+    refresh->add(note(content.notificationsNote, refresh));
+
+    SectionCard* support = section(content.supportSection);
+    for (const auto& [label, value] : content.support) {
+        support->add(pair(label, value, support));
+    }
+    for (const QString& text : content.supportNotes) {
+        support->add(note(text, support));
+    }
+
+    SectionCard* about = section(content.aboutSection);
+    for (const auto& [label, value] : content.about) {
+        about->add(pair(label, value, about));
+    }
+    m_link = new QLabel(about);
+    m_link->setObjectName(QStringLiteral("companyLink"));
+    m_link->setText(QStringLiteral("<a href=\"%1\">%2</a>").arg(content.link.toString(), content.linkTitle));
+    m_link->setTextFormat(Qt::RichText);
+    m_link->setAccessibleName(content.linkTitle);
+    m_link->setTextInteractionFlags(Qt::TextBrowserInteraction);
+    m_link->setOpenExternalLinks(false);
+    connect(m_link, &QLabel::linkActivated, this,
+            [](const QString& url) { QDesktopServices::openUrl(QUrl(url)); });
+    about->add(m_link);
+    about->add(note(content.aboutNote, about));
+    layout->addStretch(1);
+
+    // Each control writes through at once; no save step.
+    connect(m_sampleData, &ToggleSwitch::toggled, m_preferences, &Preferences::setUseSampleDataByDefault);
+    connect(m_autoRefresh, &ToggleSwitch::toggled, m_preferences, &Preferences::setAutoRefreshEnabled);
+    connect(m_notifications, &ToggleSwitch::toggled, m_preferences,
+            &Preferences::setThresholdNotificationsEnabled);
+    connect(m_interval, &QComboBox::activated, this,
+            [this](int index) { m_preferences->setAutoRefreshMinutes(m_interval->itemData(index).toInt()); });
+    connect(m_preferences, &Preferences::changed, this, &SettingsView::sync);
+    sync();
+}
+
+void SettingsView::sync() {
+    m_sampleData->setChecked(m_preferences->useSampleDataByDefault());
+    m_autoRefresh->setChecked(m_preferences->autoRefreshEnabled());
+    m_notifications->setChecked(m_preferences->thresholdNotificationsEnabled());
+    // The picker shows only while automatic refresh is on; its value stays stored.
+    m_intervalRow->setVisible(m_preferences->autoRefreshEnabled());
+    m_intervalSeparator->setVisible(m_preferences->autoRefreshEnabled());
+    m_interval->setCurrentIndex(
+        static_cast<int>(SettingsContent::intervalIndex(m_preferences->autoRefreshMinutes())));
+}

@@ -1,0 +1,149 @@
+#include "views/widgets/SidebarView.h"
+
+#include "core/ContentView.h"
+#include "views/SidebarModel.h"
+#include "views/widgets/SidebarDelegate.h"
+#include "views/widgets/SymbolIcon.h"
+#include "views/widgets/Theme.h"
+
+#include <QAction>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPainter>
+#include <QPushButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+SidebarView::SidebarView(ContentView* content, QWidget* parent)
+    : QWidget(parent)
+    , m_content(content)
+    , m_model(new SidebarModel(content, this)) {
+    setObjectName(QStringLiteral("sidebarColumn"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(Theme::kSpaceM, Theme::kSpaceM, Theme::kSpaceM, Theme::kSpaceM);
+    layout->setSpacing(Theme::kSpaceS);
+
+    m_search = new QLineEdit(this);
+    m_search->setObjectName(QStringLiteral("sidebarSearch"));
+    m_search->setPlaceholderText(QStringLiteral("Find subscriptions"));
+    m_search->setAccessibleName(QStringLiteral("Find subscriptions"));
+    m_search->setClearButtonEnabled(true);
+    const Theme::Appearance look = Theme::appearance(QWidget::palette());
+    m_search->addAction(QIcon(SymbolIcon::pixmap(QStringLiteral("magnifyingglass"),
+                                                 Theme::secondaryText(look), 14, devicePixelRatioF())),
+                        QLineEdit::LeadingPosition);
+    connect(m_search, &QLineEdit::textChanged, m_model, &SidebarModel::setSearchText);
+    layout->addWidget(m_search);
+
+    m_list = new QTreeView(this);
+    m_list->setObjectName(QStringLiteral("sidebar"));
+    m_list->setAccessibleName(QStringLiteral("Sidebar"));
+    m_list->setHeaderHidden(true);
+    m_list->setRootIsDecorated(false);
+    m_list->setItemsExpandable(false);
+    m_list->setIndentation(0);
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->setMouseTracking(true);
+    m_list->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_list->viewport()->setAutoFillBackground(false);
+    m_list->setStyleSheet(
+        QStringLiteral("QTreeView { background: transparent; border: none; outline: none; }"));
+    m_list->setItemDelegate(new SidebarDelegate(m_list));
+    m_list->setModel(m_model);
+    m_list->expandAll();
+    layout->addWidget(m_list, 1);
+
+    m_add = new QPushButton(QStringLiteral("Add Account"), this);
+    m_add->setObjectName(QStringLiteral("sidebarAddAccountButton"));
+    m_add->setIcon(
+        QIcon(SymbolIcon::pixmap(QStringLiteral("plus"), Theme::primaryText(look), 16, devicePixelRatioF())));
+    m_add->setAccessibleName(m_add->text());
+    connect(m_add, &QPushButton::clicked, this, &SidebarView::addRequested);
+    layout->addWidget(m_add);
+
+    // The sections come back (and open) when rows arrive; a search or a new account
+    // must not lose the selected row.
+    connect(m_model, &SidebarModel::rowsInserted, this, [this](const QModelIndex& under) {
+        if (!under.isValid()) {
+            m_list->expandAll();
+        }
+        syncSelection();
+    });
+    connect(m_model, &SidebarModel::rowsRemoved, this, &SidebarView::syncSelection);
+    connect(m_model, &SidebarModel::rowsMoved, this, &SidebarView::syncSelection);
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &SidebarView::onCurrentChanged);
+    connect(m_content, &ContentView::selectionChanged, this, &SidebarView::syncSelection);
+    connect(m_list, &QTreeView::customContextMenuRequested, this, &SidebarView::showContextMenu);
+    syncSelection();
+}
+
+void SidebarView::paintEvent(QPaintEvent*) {
+    QPainter(this).fillRect(rect(), Theme::sidebar(Theme::appearance(palette())));
+}
+
+void SidebarView::syncSelection() {
+    const QModelIndex wanted = m_model->indexFor(m_content->selection());
+    if (m_list->currentIndex() == wanted &&
+        (!wanted.isValid() || m_list->selectionModel()->isSelected(wanted))) {
+        return;
+    }
+    // An account the search hides stays selected; its row is simply not there.
+    m_syncing = true;
+    if (wanted.isValid()) {
+        m_list->selectionModel()->setCurrentIndex(wanted, QItemSelectionModel::ClearAndSelect);
+        m_list->scrollTo(wanted);
+    } else {
+        m_list->selectionModel()->clearCurrentIndex();
+        m_list->selectionModel()->clearSelection();
+    }
+    m_syncing = false;
+}
+
+void SidebarView::onCurrentChanged(const QModelIndex& current) {
+    if (m_syncing || !current.isValid()) {
+        return;
+    }
+    if (const std::optional<SidebarSelection> selection = m_model->selectionAt(current)) {
+        m_content->setSelection(*selection);
+    } else {
+        // A section title: the selection stays where it was.
+        syncSelection();
+    }
+}
+
+QMenu* SidebarView::accountMenu(const QUuid& id) {
+    const ProviderAccount* account = m_content->store()->account(id);
+    if (!account) {
+        return nullptr;
+    }
+    auto* menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("accountMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    QAction* edit = menu->addAction(QStringLiteral("Edit Subscription"));
+    edit->setObjectName(QStringLiteral("editSubscription"));
+    connect(edit, &QAction::triggered, this, [this, id] { Q_EMIT editRequested(id); });
+    QAction* remove = menu->addAction(QStringLiteral("Delete Subscription"));
+    remove->setObjectName(QStringLiteral("deleteSubscription"));
+    connect(remove, &QAction::triggered, this, [this, id] { Q_EMIT deleteRequested(id); });
+    menu->addSeparator();
+    // Plain text, read from the record as it is now.
+    menu->addAction(account->connectionMode().title())->setEnabled(false);
+    menu->addAction(account->syncMessage())->setEnabled(false);
+    return menu;
+}
+
+void SidebarView::showContextMenu(const QPoint& position) {
+    const QModelIndex index = m_list->indexAt(position);
+    const ProviderAccount* account = m_model->accountAt(index);
+    if (!account) {
+        return;
+    }
+    if (QMenu* menu = accountMenu(account->id())) {
+        menu->popup(m_list->viewport()->mapToGlobal(position));
+    }
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "views/OverviewView.h"
+
+#include <QWidget>
+
+class ElidedLabel;
+class QWidget;
+
+// One summary tile of the overview: an icon in its accent, the title, the value large
+// and the detail below. Its accessible name is its title; it updates in place.
+class SummaryTileWidget final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit SummaryTileWidget(const OverviewView::SummaryTile& tile, QWidget* parent = nullptr);
+
+    void setTile(const OverviewView::SummaryTile& tile);
+    const OverviewView::SummaryTile& tile() const noexcept { return m_tile; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    OverviewView::SummaryTile m_tile;
+    QWidget* m_icon = nullptr;
+    ElidedLabel* m_title;
+    ElidedLabel* m_value;
+    ElidedLabel* m_detail;
+};
