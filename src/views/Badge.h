@@ -6,6 +6,7 @@
 #include "model/UsageUnit.h"
 #include "views/Tone.h"
 
+#include <QMetaType>
 #include <QString>
 
 // What a badge or a pulse dot shows: a symbol, a text, a tone, and the name a screen
@@ -33,3 +34,5 @@ struct Badge {
 
     friend bool operator==(const Badge&, const Badge&) = default;
 };
+
+Q_DECLARE_METATYPE(Badge)

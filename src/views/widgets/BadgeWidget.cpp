@@ -88,3 +88,29 @@ void BadgeWidget::changeEvent(QEvent* event) {
         update();
     }
 }
+
+QSize BadgeWidget::capsuleSize(const Badge& badge, const QFont& base) {
+    const QFontMetrics metrics(Theme::font(base, Theme::kCaption, QFont::Medium));
+    return QSize(Theme::kSpaceS + kIconSize + Theme::kSpaceXS + metrics.horizontalAdvance(badge.text) +
+                     Theme::kSpaceS + 2,
+                 qMax(metrics.height(), kIconSize) + Theme::kSpaceXS * 2);
+}
+
+void BadgeWidget::paintCapsule(QPainter& painter, const QRect& rect, const Badge& badge, const QFont& base,
+                               Theme::Appearance look) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    const Theme::ToneColors colors = Theme::colors(badge.tone, look);
+    const QRectF capsule = QRectF(rect).adjusted(0.5, 0.5, -0.5, -0.5);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colors.fill);
+    painter.drawRoundedRect(capsule, capsule.height() / 2, capsule.height() / 2);
+    const qreal ratio = painter.device()->devicePixelRatioF();
+    painter.drawPixmap(rect.left() + Theme::kSpaceS, rect.top() + (rect.height() - kIconSize) / 2,
+                       SymbolIcon::pixmap(badge.symbol, colors.foreground, kIconSize, ratio));
+    painter.setFont(Theme::font(base, Theme::kCaption, QFont::Medium));
+    painter.setPen(colors.foreground);
+    painter.drawText(rect.adjusted(Theme::kSpaceS + kIconSize + Theme::kSpaceXS, 0, 0, 0),
+                     Qt::AlignVCenter | Qt::AlignLeft, badge.text);
+    painter.restore();
+}

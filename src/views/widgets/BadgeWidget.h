@@ -5,6 +5,8 @@
 #include <QStaticText>
 #include <QWidget>
 
+#include "views/widgets/Theme.h"
+
 // A status, pulse or source badge: a capsule with the symbol and the text in the
 // badge's tone on a faint fill of it. A badge without text is the pulse dot: a small
 // circle in the tone with a soft halo.
@@ -19,6 +21,12 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
+
+    // A capsule badge drawn straight onto a painter, for lists that draw their rows
+    // themselves; `base` is the font it is derived from.
+    static QSize capsuleSize(const Badge& badge, const QFont& base);
+    static void paintCapsule(QPainter& painter, const QRect& rect, const Badge& badge, const QFont& base,
+                             Theme::Appearance look);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

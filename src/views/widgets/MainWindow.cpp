@@ -29,6 +29,8 @@
 #include <QVBoxLayout>
 
 namespace {
+// The shortest time between two redraws of changed accounts, in milliseconds.
+constexpr qint64 kFlushInterval = 50;
 const QString kGeometryKey = QStringLiteral("mainWindow/geometry");
 const QString kSplitterKey = QStringLiteral("mainWindow/splitter");
 } // namespace
@@ -268,23 +270,32 @@ void MainWindow::accountChanged(ProviderAccount* account) {
     m_changed.insert(account->id());
     if (!m_flushScheduled) {
         m_flushScheduled = true;
-        QTimer::singleShot(0, this, &MainWindow::flushChangedAccounts);
+        // At most one redraw per frame budget: in a burst of refreshes the changes of
+        // many accounts are drawn together.
+        const qint64 since = m_lastFlush.isValid() ? m_lastFlush.elapsed() : kFlushInterval;
+        QTimer::singleShot(static_cast<int>(qMax<qint64>(0, kFlushInterval - since)), this,
+                           &MainWindow::flushChangedAccounts);
     }
 }
 
 void MainWindow::flushChangedAccounts() {
     m_flushScheduled = false;
+    m_lastFlush.start();
     const QSet<QUuid> changed = std::exchange(m_changed, {});
+    QList<ProviderAccount*> accounts;
     for (const QUuid& id : changed) {
         ProviderAccount* account = m_content->store()->account(id);
-        if (!account || !m_shownIDs.contains(id)) {
-            continue;
+        if (account && m_shownIDs.contains(id)) {
+            accounts.append(account);
         }
-        if (m_screen == DetailRoute::Screen::overview) {
-            m_overview->accountChanged(account);
-        } else if (m_screen == DetailRoute::Screen::account) {
-            m_detail->redraw();
-        }
+    }
+    if (accounts.isEmpty()) {
+        return;
+    }
+    if (m_screen == DetailRoute::Screen::overview) {
+        m_overview->accountsChanged(accounts);
+    } else if (m_screen == DetailRoute::Screen::account) {
+        m_detail->redraw();
     }
 }
 

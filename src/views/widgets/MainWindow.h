@@ -4,6 +4,7 @@
 #include "store/ProviderAccount.h"
 #include "views/DetailRoute.h"
 
+#include <QElapsedTimer>
 #include <QMainWindow>
 #include <QPointer>
 #include <QSet>
@@ -99,4 +100,5 @@ private:
     QSet<QUuid> m_shownIDs;
     QSet<QUuid> m_changed;
     bool m_flushScheduled = false;
+    QElapsedTimer m_lastFlush;
 };

@@ -19,7 +19,15 @@
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QLabel>
+#include <QListView>
+#include <QPainter>
 #include <QPushButton>
+#include <QResizeEvent>
+#include <QScrollBar>
+#include <QStandardItemModel>
+#include <QStyledItemDelegate>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -27,6 +35,7 @@ namespace {
 using Ink = ElidedLabel::Ink;
 constexpr int kCardColumnWidth = 380;
 constexpr int kLogoSize = 18;
+constexpr int kPlaceholderHeight = 360;
 
 QList<QUuid> ids(const QList<ProviderAccount*>& accounts) {
     QList<QUuid> result;
@@ -45,6 +54,13 @@ OverviewScreen::OverviewScreen(QWidget* parent)
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     buildFixedParts();
+    // Cards are drawn when they come into view: scrolling and resizing bring them.
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &OverviewScreen::materializeVisible);
+}
+
+void OverviewScreen::resizeEvent(QResizeEvent* event) {
+    QScrollArea::resizeEvent(event);
+    scheduleMaterialize();
 }
 
 void OverviewScreen::buildFixedParts() {
@@ -94,18 +110,35 @@ void OverviewScreen::place(QWidget* slot, QWidget* block) {
 void OverviewScreen::setAccounts(const QString& title, const QList<ProviderAccount*>& accounts) {
     m_title = title;
     m_accounts = accounts;
+    // Cards of accounts that stay are kept; they are checked against their record when
+    // next in view.
+    for (ProviderAccount* account : accounts) {
+        m_dirty.insert(account->id());
+    }
     update(true);
 }
 
-void OverviewScreen::accountChanged(ProviderAccount* account) {
-    if (!m_accounts.contains(account)) {
-        return;
+void OverviewScreen::accountsChanged(const QList<ProviderAccount*>& accounts) {
+    bool shown = false;
+    for (ProviderAccount* account : accounts) {
+        if (!m_accounts.contains(account)) {
+            continue;
+        }
+        shown = true;
+        m_dirty.insert(account->id());
+        if (CardButton* card = m_cards.value(account->id())) {
+            card->setAccessibleName(account->displayName());
+        }
     }
-    m_cardContent.remove(account->id()); // its card is made anew if it reads differently
-    update(false);
+    if (shown) {
+        update(false);
+    }
 }
 
 void OverviewScreen::timePassed() {
+    for (const ProviderAccount* account : std::as_const(m_accounts)) {
+        m_dirty.insert(account->id());
+    }
     update(false);
 }
 
@@ -134,6 +167,9 @@ void OverviewScreen::setViewMode(MonitoringViewMode mode) {
 
 QList<CardButton*> OverviewScreen::cards() const {
     QList<CardButton*> shown;
+    if (m_viewMode != MonitoringViewMode::cards) {
+        return shown;
+    }
     for (const QList<QUuid>& group : m_shownLayout) {
         for (const QUuid& id : group) {
             if (CardButton* card = m_cards.value(id)) {
@@ -151,6 +187,7 @@ void OverviewScreen::update(bool rebuildMonitoring) {
     for (qsizetype i = 0; i < m_tiles.size() && i < m_screen.tiles.size(); ++i) {
         m_tiles[i]->setTile(m_screen.tiles[i]);
     }
+
     if (m_screen.sampleNotice && !m_sampleNotice) {
         const OverviewView::SampleDataNotice& notice = *m_screen.sampleNotice;
         m_sampleNotice = BlockParts::card(m_page, Tone::sample);
@@ -192,84 +229,82 @@ void OverviewScreen::update(bool rebuildMonitoring) {
     updateAttention(m_screen.attention);
 
     if (!m_monitoring) {
-        const OverviewView::MonitoringSection& section = *m_screen.monitoring;
-        m_monitoring = new QWidget(m_page);
-        m_monitoring->setObjectName(QStringLiteral("monitoringSection"));
-        auto* column = new QVBoxLayout(m_monitoring);
-        column->setContentsMargins(0, 0, 0, 0);
-        column->setSpacing(Theme::kSpaceM);
-        auto* top = BlockParts::row(Theme::kSpaceM);
-        top->addWidget(BlockParts::heading(section.heading.title, section.heading.subtitle, m_monitoring), 1);
-        // The view picker: two segments, each with its title and icon.
-        auto* segments = new QWidget(m_monitoring);
-        segments->setObjectName(QStringLiteral("monitoringViewPicker"));
-        segments->setAccessibleName(section.viewPickerLabel);
-        auto* segmentRow = BlockParts::row(2);
-        segments->setLayout(segmentRow);
-        auto* group = new QButtonGroup(segments);
-        group->setExclusive(true);
-        const Theme::Appearance look = Theme::appearance(palette());
-        for (const MonitoringViewMode mode : MonitoringViewMode::allCases()) {
-            auto* button = new QToolButton(segments);
-            button->setText(mode.title());
-            button->setAccessibleName(mode.title());
-            button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-            button->setIcon(
-                QIcon(SymbolIcon::pixmap(mode.icon(), Theme::primaryText(look), 14, devicePixelRatioF())));
-            button->setCheckable(true);
-            button->setChecked(mode == m_viewMode);
-            button->setFocusPolicy(Qt::StrongFocus);
-            group->addButton(button);
-            segmentRow->addWidget(button);
-            connect(button, &QToolButton::clicked, this, [this, mode] { setViewMode(mode); });
-            (mode == MonitoringViewMode::cards ? m_cardsButton : m_matrixButton) = button;
-        }
-        top->addWidget(segments, 0, Qt::AlignBottom);
-        m_sortPicker = new QComboBox(m_monitoring);
-        m_sortPicker->setObjectName(QStringLiteral("sortPicker"));
-        m_sortPicker->setAccessibleName(section.sortPickerLabel);
-        for (const MonitoringSort sort : MonitoringSort::allCases()) {
-            m_sortPicker->addItem(sort.title());
-        }
-        m_sortPicker->setCurrentIndex(static_cast<int>(m_sort.value()));
-        connect(m_sortPicker, &QComboBox::activated, this,
-                [this](int index) { setSortMode(MonitoringSort::allCases().at(index)); });
-        top->addWidget(m_sortPicker, 0, Qt::AlignBottom);
-        column->addLayout(top);
-        m_monitoringLayout = column;
-        place(m_monitoringSlot, m_monitoring);
+        buildMonitoringHeader();
     }
     m_monitoringSlot->show();
 
-    const QList<QList<QUuid>> shape = layoutKey();
-    if (rebuildMonitoring || shape != m_shownLayout || !m_monitoringBody) {
-        rebuildMonitoringBody();
-        return;
-    }
     if (m_viewMode == MonitoringViewMode::matrix) {
         QList<MatrixRowContent> rows;
         for (ProviderAccount* account : m_screen.monitoring->sorted) {
             rows.append(MatrixRowContent::make(*account, now));
         }
-        if (rows != m_matrixRows) {
+        if (rebuildMonitoring || rows != m_matrixRows || !m_matrix) {
+            m_matrixRows = rows;
             rebuildMonitoringBody();
         }
+        m_dirty.clear();
         return;
     }
-    // Same cards in the same places: only those that read differently are made anew.
-    for (ProviderAccount* account : m_screen.monitoring->sorted) {
-        const SubscriptionCardContent content = SubscriptionCardContent::make(*account, now);
-        const auto shown = m_cardContent.constFind(account->id());
-        if (shown != m_cardContent.cend() && *shown == content) {
-            continue;
-        }
-        CardButton* button = m_cards.value(account->id());
-        if (!button) {
-            continue;
-        }
-        button->setCard(new SubscriptionCardWidget(content, account->trendHistory()));
-        m_cardContent.insert(account->id(), content);
+    if (rebuildMonitoring || layoutKey() != m_shownLayout || !m_monitoringBody || m_matrix) {
+        rebuildMonitoringBody();
     }
+    scheduleMaterialize();
+}
+
+void OverviewScreen::buildMonitoringHeader() {
+    const OverviewView::MonitoringSection& section = *m_screen.monitoring;
+    m_monitoring = new QWidget(m_page);
+    m_monitoring->setObjectName(QStringLiteral("monitoringSection"));
+    auto* column = new QVBoxLayout(m_monitoring);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(Theme::kSpaceM);
+    auto* top = BlockParts::row(Theme::kSpaceM);
+    top->addWidget(BlockParts::heading(section.heading.title, section.heading.subtitle, m_monitoring), 1);
+    // The view picker: two segments, each with its title and icon.
+    auto* segments = new QWidget(m_monitoring);
+    segments->setObjectName(QStringLiteral("monitoringViewPicker"));
+    segments->setAccessibleName(section.viewPickerLabel);
+    auto* segmentRow = BlockParts::row(2);
+    segments->setLayout(segmentRow);
+    auto* group = new QButtonGroup(segments);
+    group->setExclusive(true);
+    const Theme::Appearance look = Theme::appearance(palette());
+    for (const MonitoringViewMode mode : MonitoringViewMode::allCases()) {
+        auto* button = new QToolButton(segments);
+        button->setText(mode.title());
+        button->setAccessibleName(mode.title());
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setIcon(
+            QIcon(SymbolIcon::pixmap(mode.icon(), Theme::primaryText(look), 14, devicePixelRatioF())));
+        button->setCheckable(true);
+        button->setChecked(mode == m_viewMode);
+        button->setFocusPolicy(Qt::StrongFocus);
+        group->addButton(button);
+        segmentRow->addWidget(button);
+        connect(button, &QToolButton::clicked, this, [this, mode] { setViewMode(mode); });
+        (mode == MonitoringViewMode::cards ? m_cardsButton : m_matrixButton) = button;
+    }
+    top->addWidget(segments, 0, Qt::AlignBottom);
+    m_sortPicker = new QComboBox(m_monitoring);
+    m_sortPicker->setObjectName(QStringLiteral("sortPicker"));
+    m_sortPicker->setAccessibleName(section.sortPickerLabel);
+    for (const MonitoringSort sort : MonitoringSort::allCases()) {
+        m_sortPicker->addItem(sort.title());
+    }
+    m_sortPicker->setCurrentIndex(static_cast<int>(m_sort.value()));
+    connect(m_sortPicker, &QComboBox::activated, this,
+            [this](int index) { setSortMode(MonitoringSort::allCases().at(index)); });
+    // The pickers' labels are for screen readers only: a label of no size, the sort
+    // picker's buddy, names it where the platform reads label relations.
+    auto* sortLabel = new QLabel(section.sortPickerLabel, m_monitoring);
+    sortLabel->setFixedSize(0, 0);
+    sortLabel->setBuddy(m_sortPicker);
+    m_sortPicker->setAccessibleDescription(section.sortPickerLabel);
+    top->addWidget(sortLabel);
+    top->addWidget(m_sortPicker, 0, Qt::AlignBottom);
+    column->addLayout(top);
+    m_monitoringLayout = column;
+    place(m_monitoringSlot, m_monitoring);
 }
 
 QList<QList<QUuid>> OverviewScreen::layoutKey() const {
@@ -287,83 +322,152 @@ QList<QList<QUuid>> OverviewScreen::layoutKey() const {
     return key;
 }
 
-void OverviewScreen::updateAttention(const std::optional<OverviewView::AttentionSection>& section) {
-    const auto same = [](const std::optional<OverviewView::AttentionSection>& a,
-                         const std::optional<OverviewView::AttentionSection>& b) {
-        if (a.has_value() != b.has_value()) {
-            return false;
-        }
-        if (!a) {
-            return true;
-        }
-        if (a->rows.size() != b->rows.size()) {
-            return false;
-        }
-        for (qsizetype i = 0; i < a->rows.size(); ++i) {
-            const auto& x = a->rows[i];
-            const auto& y = b->rows[i];
-            if (x.id != y.id || x.name != y.name || x.message != y.message || !(x.pulse == y.pulse) ||
-                x.provider != y.provider) {
-                return false;
-            }
-        }
-        return true;
-    };
-    if (m_attention && same(section, m_shownAttention)) {
-        return;
+namespace {
+enum AttentionRole { MessageRole = Qt::UserRole + 1, ProviderRole, PulseRole };
+constexpr int kAttentionRowHeight = 54;
+
+// Draws one row of the attention list: logo, name, message and pulse, with a hairline
+// above every row but the first. The rows are not buttons.
+class AttentionDelegate final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
+        return QSize(option.rect.width(), kAttentionRowHeight);
     }
-    m_shownAttention = section;
-    QWidget* old = m_attention;
-    m_attention = nullptr;
-    if (section) {
-        auto* block = new QWidget(m_page);
-        block->setObjectName(QStringLiteral("attentionSection"));
-        auto* column = new QVBoxLayout(block);
-        column->setContentsMargins(0, 0, 0, 0);
-        column->setSpacing(Theme::kSpaceM);
-        column->addWidget(BlockParts::heading(section->heading.title, section->heading.subtitle, block));
-        QWidget* card = BlockParts::card(block);
-        auto* rows = static_cast<QVBoxLayout*>(card->layout());
-        rows->setContentsMargins(Theme::kSpaceL, Theme::kSpaceS, Theme::kSpaceL, Theme::kSpaceS);
-        for (const OverviewView::AttentionRow& entry : section->rows) {
-            if (rows->count() > 0) {
-                rows->addWidget(BlockParts::separator(card));
-            }
-            auto* row = new QWidget(card);
-            row->setAccessibleName(entry.name);
-            auto* line = BlockParts::row(Theme::kSpaceM);
-            line->setContentsMargins(0, Theme::kSpaceXS, 0, Theme::kSpaceXS);
-            row->setLayout(line);
-            line->addWidget(new ProviderLogoWidget(entry.provider, kLogoSize, row), 0, Qt::AlignVCenter);
-            auto* texts = new QVBoxLayout;
-            texts->setSpacing(1);
-            texts->addWidget(BlockParts::text(entry.name, Theme::kBody, QFont::Medium, Ink::primary, row));
-            texts->addWidget(
-                BlockParts::text(entry.message, Theme::kFootnote, QFont::Normal, Ink::secondary, row));
-            line->addLayout(texts, 1);
-            line->addWidget(new BadgeWidget(entry.pulse, row), 0, Qt::AlignVCenter);
-            rows->addWidget(row);
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        const Theme::Appearance look =
+            Theme::appearance(option.widget ? option.widget->palette() : option.palette);
+        const QRect row = option.rect;
+        painter->save();
+        if (index.row() > 0) {
+            painter->fillRect(QRect(row.left(), row.top(), row.width(), 1), Theme::separator(look));
         }
-        column->addWidget(card);
-        place(m_attentionSlot, block);
-        m_attention = block;
+        const auto provider = AIProvider::fromRawValue(index.data(ProviderRole).toString());
+        const qreal ratio = painter->device()->devicePixelRatioF();
+        if (provider) {
+            painter->drawPixmap(
+                row.left(), row.top() + (row.height() - kLogoSize) / 2,
+                ProviderLogoWidget::logo(*provider, kLogoSize, Theme::primaryText(look), ratio));
+        }
+        const Badge pulse = index.data(PulseRole).value<Badge>();
+        const QSize badge = BadgeWidget::capsuleSize(pulse, option.font);
+        const QRect badgeRect(row.right() - badge.width(), row.top() + (row.height() - badge.height()) / 2,
+                              badge.width(), badge.height());
+        BadgeWidget::paintCapsule(*painter, badgeRect, pulse, option.font, look);
+        const int left = row.left() + kLogoSize + Theme::kSpaceM;
+        const int width = badgeRect.left() - Theme::kSpaceM - left;
+        const QFont name = Theme::font(option.font, Theme::kBody, QFont::Medium);
+        const QFont message = Theme::font(option.font, Theme::kFootnote);
+        const QFontMetrics nameMetrics(name);
+        const QFontMetrics messageMetrics(message);
+        const int top = row.top() + (row.height() - nameMetrics.height() - messageMetrics.height() - 1) / 2;
+        painter->setFont(name);
+        painter->setPen(Theme::primaryText(look));
+        painter->drawText(
+            QRect(left, top, width, nameMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
+            nameMetrics.elidedText(index.data(Qt::DisplayRole).toString(), Qt::ElideRight, width));
+        painter->setFont(message);
+        painter->setPen(Theme::secondaryText(look));
+        painter->drawText(
+            QRect(left, top + nameMetrics.height() + 1, width, messageMetrics.height()),
+            Qt::AlignLeft | Qt::AlignVCenter,
+            messageMetrics.elidedText(index.data(MessageRole).toString(), Qt::ElideRight, width));
+        painter->restore();
     }
-    delete old;
-    m_attentionSlot->setVisible(m_attention != nullptr);
+};
+
+QStandardItem* attentionItem(const OverviewView::AttentionRow& entry) {
+    auto* item = new QStandardItem(entry.name);
+    item->setData(entry.message, MessageRole);
+    item->setData(entry.message, Qt::AccessibleDescriptionRole);
+    item->setData(entry.provider.rawValue(), ProviderRole);
+    item->setData(QVariant::fromValue(entry.pulse), PulseRole);
+    item->setToolTip(entry.message);
+    item->setFlags(Qt::ItemIsEnabled);
+    return item;
 }
 
-CardButton* OverviewScreen::makeCard(ProviderAccount* account, const SubscriptionCardContent& content) {
-    auto* button = new CardButton(new SubscriptionCardWidget(content, account->trendHistory()),
-                                  account->displayName(), m_screen.monitoring->cardHint);
+bool sameRow(const QStandardItem* item, const OverviewView::AttentionRow& entry) {
+    return item->text() == entry.name && item->data(MessageRole).toString() == entry.message &&
+           item->data(ProviderRole).toString() == entry.provider.rawValue() &&
+           item->data(PulseRole).value<Badge>() == entry.pulse;
+}
+} // namespace
+
+void OverviewScreen::updateAttention(const std::optional<OverviewView::AttentionSection>& section) {
+    m_attentionSlot->setVisible(section.has_value());
+    if (!section) {
+        return;
+    }
+    if (!m_attention) {
+        m_attention = new QWidget(m_page);
+        m_attention->setObjectName(QStringLiteral("attentionSection"));
+        auto* column = new QVBoxLayout(m_attention);
+        column->setContentsMargins(0, 0, 0, 0);
+        column->setSpacing(Theme::kSpaceM);
+        column->addWidget(
+            BlockParts::heading(section->heading.title, section->heading.subtitle, m_attention));
+        QWidget* card = BlockParts::card(m_attention);
+        static_cast<QVBoxLayout*>(card->layout())
+            ->setContentsMargins(Theme::kSpaceL, Theme::kSpaceXS, Theme::kSpaceL, Theme::kSpaceXS);
+        m_attentionModel = new QStandardItemModel(m_attention);
+        m_attentionList = new QListView(card);
+        m_attentionList->setObjectName(QStringLiteral("attentionList"));
+        m_attentionList->setAccessibleName(section->heading.title);
+        m_attentionList->setModel(m_attentionModel);
+        m_attentionList->setItemDelegate(new AttentionDelegate(m_attentionList));
+        m_attentionList->setSelectionMode(QAbstractItemView::NoSelection);
+        m_attentionList->setFocusPolicy(Qt::NoFocus);
+        m_attentionList->setFrameShape(QFrame::NoFrame);
+        m_attentionList->setUniformItemSizes(true);
+        m_attentionList->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        m_attentionList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        m_attentionList->setStyleSheet(
+            QStringLiteral("QListView { background: transparent; border: none; }"));
+        m_attentionList->viewport()->setAutoFillBackground(false);
+        card->layout()->addWidget(m_attentionList);
+        column->addWidget(card);
+        place(m_attentionSlot, m_attention);
+    }
+    // Rows that read the same stay as they are; the list follows the accounts' order.
+    const QList<OverviewView::AttentionRow>& rows = section->rows;
+    if (m_attentionModel->rowCount() > rows.size()) {
+        m_attentionModel->removeRows(static_cast<int>(rows.size()),
+                                     m_attentionModel->rowCount() - static_cast<int>(rows.size()));
+    }
+    for (qsizetype i = 0; i < rows.size(); ++i) {
+        const int row = static_cast<int>(i);
+        if (row < m_attentionModel->rowCount()) {
+            if (!sameRow(m_attentionModel->item(row), rows[i])) {
+                m_attentionModel->setItem(row, attentionItem(rows[i]));
+            }
+        } else {
+            m_attentionModel->appendRow(attentionItem(rows[i]));
+        }
+    }
+    m_attentionList->setFixedHeight(static_cast<int>(rows.size()) * kAttentionRowHeight);
+}
+
+CardButton* OverviewScreen::cardFor(ProviderAccount* account) {
+    if (CardButton* existing = m_cards.value(account->id())) {
+        return existing;
+    }
+    // A card waits as a blank of a card's usual height until it comes into view.
+    auto* blank = new QWidget;
+    blank->setFixedHeight(kPlaceholderHeight);
+    auto* button = new CardButton(blank, account->displayName(), m_screen.monitoring->cardHint);
     button->setObjectName(QStringLiteral("subscriptionCard"));
     const QUuid id = account->id();
     connect(button, &CardButton::clicked, this, [this, id] { Q_EMIT selected(id); });
-    m_cardContent.insert(id, content);
+    m_cards.insert(id, button);
+    m_dirty.insert(id);
     return button;
 }
 
 void OverviewScreen::rebuildMonitoringBody() {
-    const Timestamp now = Clock::now();
     const OverviewView::MonitoringSection& section = *m_screen.monitoring;
     QWidget* old = m_monitoringBody;
     m_monitoringBody = new QWidget(m_monitoring);
@@ -372,13 +476,9 @@ void OverviewScreen::rebuildMonitoringBody() {
     body->setContentsMargins(0, 0, 0, 0);
     body->setSpacing(Theme::kSpaceL);
     m_matrix = nullptr;
-    m_matrixRows.clear();
 
     QHash<QUuid, CardButton*> kept;
     if (m_viewMode == MonitoringViewMode::matrix) {
-        for (ProviderAccount* account : section.sorted) {
-            m_matrixRows.append(MatrixRowContent::make(*account, now));
-        }
         m_matrix = new SubscriptionMatrixWidget(m_matrixRows, m_monitoringBody);
         m_matrix->setObjectName(QStringLiteral("subscriptionMatrix"));
         connect(m_matrix, &SubscriptionMatrixWidget::selected, this, &OverviewScreen::selected);
@@ -396,14 +496,7 @@ void OverviewScreen::rebuildMonitoringBody() {
             auto* grid = new CardGrid(kCardColumnWidth, m_monitoringBody);
             QList<QWidget*> cards;
             for (ProviderAccount* account : group.accounts) {
-                const SubscriptionCardContent content = SubscriptionCardContent::make(*account, now);
-                CardButton* button = m_cards.take(account->id());
-                if (button && m_cardContent.value(account->id()) == content) {
-                    button->setAccessibleName(account->displayName());
-                } else {
-                    delete button;
-                    button = makeCard(account, content);
-                }
+                CardButton* button = cardFor(account);
                 kept.insert(account->id(), button);
                 cards.append(button);
             }
@@ -412,12 +505,68 @@ void OverviewScreen::rebuildMonitoringBody() {
         }
     }
     // Cards of accounts no longer shown go; the kept ones have moved to their new grids.
-    qDeleteAll(m_cards);
-    m_cards = kept;
-    for (auto it = m_cardContent.begin(); it != m_cardContent.end();) {
-        it = kept.contains(it.key()) ? std::next(it) : m_cardContent.erase(it);
+    for (auto it = m_cards.begin(); it != m_cards.end();) {
+        if (kept.contains(it.key())) {
+            ++it;
+            continue;
+        }
+        delete it.value();
+        m_cardContent.remove(it.key());
+        it = m_cards.erase(it);
     }
     m_monitoringLayout->addWidget(m_monitoringBody);
     delete old;
     m_shownLayout = layoutKey();
+}
+
+void OverviewScreen::scheduleMaterialize() {
+    if (!m_materializeScheduled) {
+        m_materializeScheduled = true;
+        QTimer::singleShot(0, this, [this] {
+            m_materializeScheduled = false;
+            materializeVisible();
+        });
+    }
+}
+
+void OverviewScreen::materializeVisible() {
+    if (m_viewMode != MonitoringViewMode::cards || m_dirty.isEmpty()) {
+        return;
+    }
+    const Timestamp now = Clock::now();
+    // Cards in view and a screenful below; a drawn card may push others into view, so
+    // look again until nothing in view is left to draw.
+    for (int pass = 0; pass < 4; ++pass) {
+        m_page->layout()->activate();
+        const int top = verticalScrollBar()->value();
+        const QRect wanted(0, top, m_page->width(), viewport()->height() * 2);
+        bool drew = false;
+        for (ProviderAccount* account : std::as_const(m_accounts)) {
+            const QUuid id = account->id();
+            if (!m_dirty.contains(id)) {
+                continue;
+            }
+            CardButton* button = m_cards.value(id);
+            if (!button || !button->isVisibleTo(m_page)) {
+                continue;
+            }
+            const QRect area(button->mapTo(m_page, QPoint(0, 0)), button->size());
+            if (!area.intersects(wanted)) {
+                continue;
+            }
+            m_dirty.remove(id);
+            SubscriptionCardContent content = SubscriptionCardContent::make(*account, now);
+            const auto shown = m_cardContent.constFind(id);
+            if (shown != m_cardContent.cend() && *shown == content) {
+                continue;
+            }
+            button->setCard(new SubscriptionCardWidget(content, account->trendHistory()));
+            button->setAccessibleName(account->displayName());
+            m_cardContent.insert(id, std::move(content));
+            drew = true;
+        }
+        if (!drew) {
+            break;
+        }
+    }
 }

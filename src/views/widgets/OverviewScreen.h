@@ -7,11 +7,14 @@
 #include <QHash>
 #include <QPointer>
 #include <QScrollArea>
+#include <QSet>
 #include <QUuid>
 
 class CardButton;
 class ElidedLabel;
 class QButtonGroup;
+class QListView;
+class QStandardItemModel;
 class QComboBox;
 class QToolButton;
 class QVBoxLayout;
@@ -30,8 +33,8 @@ public:
 
     // Shows these accounts under this title, built afresh.
     void setAccounts(const QString& title, const QList<ProviderAccount*>& accounts);
-    // One of the shown accounts changed: redraw what reads it.
-    void accountChanged(ProviderAccount* account);
+    // Some of the shown accounts changed: redraws what reads them, once for all.
+    void accountsChanged(const QList<ProviderAccount*>& accounts);
     // Time moved on: countdowns and ages may read differently.
     void timePassed();
 
@@ -50,14 +53,25 @@ signals:
     void selected(const QUuid& id);
     void clearSampleDataRequested();
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void buildFixedParts();
+    void buildMonitoringHeader();
     void place(QWidget* slot, QWidget* block);
     // Recomputes the content and brings every part in line with it.
     void update(bool rebuildMonitoring);
     void updateAttention(const std::optional<OverviewView::AttentionSection>& section);
+    // Lays the cards (or the matrix) out for the present order and grouping; cards
+    // that stay are moved, not made anew.
     void rebuildMonitoringBody();
-    CardButton* makeCard(ProviderAccount* account, const SubscriptionCardContent& content);
+    // The account's card, or a blank one that is drawn when it comes into view.
+    CardButton* cardFor(ProviderAccount* account);
+    void scheduleMaterialize();
+    // Draws the cards in view (and a screenful below) whose account changed since they
+    // were drawn; the others wait until they are scrolled to.
+    void materializeVisible();
     // The accounts' order and grouping as shown, to tell whether cards must move.
     QList<QList<QUuid>> layoutKey() const;
 
@@ -78,7 +92,8 @@ private:
     QWidget* m_sampleNotice = nullptr;
     QWidget* m_emptyState = nullptr;
     QWidget* m_attention = nullptr;
-    std::optional<OverviewView::AttentionSection> m_shownAttention;
+    QStandardItemModel* m_attentionModel = nullptr;
+    QListView* m_attentionList = nullptr;
     QWidget* m_monitoring = nullptr;
     QToolButton* m_cardsButton = nullptr;
     QToolButton* m_matrixButton = nullptr;
@@ -90,4 +105,7 @@ private:
     QList<QList<QUuid>> m_shownLayout;
     QHash<QUuid, CardButton*> m_cards;
     QHash<QUuid, SubscriptionCardContent> m_cardContent;
+    // Accounts whose cards may read differently from what is drawn.
+    QSet<QUuid> m_dirty;
+    bool m_materializeScheduled = false;
 };

@@ -53,6 +53,18 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
     m_list->setStyleSheet(
         QStringLiteral("QTreeView { background: transparent; border: none; outline: none; }"));
     m_list->setItemDelegate(new SidebarDelegate(m_list));
+    // Connected before the view is: while rows go (a search, a deletion) the view moves its current row to a
+    // neighbour; that is not the operator choosing it.
+    connect(m_model, &SidebarModel::rowsAboutToBeRemoved, this, [this] { m_syncing = true; });
+    connect(m_model, &SidebarModel::rowsRemoved, this, [this] {
+        m_syncing = false;
+        syncSelection();
+    });
+    connect(m_model, &SidebarModel::rowsAboutToBeMoved, this, [this] { m_syncing = true; });
+    connect(m_model, &SidebarModel::rowsMoved, this, [this] {
+        m_syncing = false;
+        syncSelection();
+    });
     m_list->setModel(m_model);
     m_list->expandAll();
     layout->addWidget(m_list, 1);
@@ -73,8 +85,6 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
         }
         syncSelection();
     });
-    connect(m_model, &SidebarModel::rowsRemoved, this, &SidebarView::syncSelection);
-    connect(m_model, &SidebarModel::rowsMoved, this, &SidebarView::syncSelection);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &SidebarView::onCurrentChanged);
     connect(m_content, &ContentView::selectionChanged, this, &SidebarView::syncSelection);
