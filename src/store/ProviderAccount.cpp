@@ -38,9 +38,13 @@ QString orEmpty(const std::optional<QString>& text) {
 }
 
 // The local calendar day a moment falls on, in the user's time zone.
-qint64 localDayKey(Timestamp moment) {
+// The local day of a moment in `zone` (the system's, looked up once by the caller: a
+// conversion through the C library's local time reads the zone files every time).
+qint64 localDayKey(Timestamp moment, const QTimeZone& zone) {
     const auto milliseconds = static_cast<qint64>(std::floor(moment.clamped().unixSeconds() * 1000.0));
-    return QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::LocalTime).date().toJulianDay();
+    const QDateTime local = zone.isValid() ? QDateTime::fromMSecsSinceEpoch(milliseconds, zone)
+                                           : QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::LocalTime);
+    return local.date().toJulianDay();
 }
 } // namespace
 
@@ -357,6 +361,7 @@ QList<UsagePoint> ProviderAccount::dailySeries(QList<UsagePoint> UsageSnapshot::
     QHash<qint64, qsizetype> indexOfDay;
     // Consecutive snapshots repeat most of their points: convert each moment once.
     QHash<double, qint64> dayOfMoment;
+    const QTimeZone zone = QTimeZone::systemTimeZone();
     for (const UsageSnapshot& stored : cachedHistory()) {
         for (const UsagePoint& point : stored.*series) {
             if (point.unit != unit) {
@@ -364,7 +369,8 @@ QList<UsagePoint> ProviderAccount::dailySeries(QList<UsagePoint> UsageSnapshot::
             }
             auto knownDay = dayOfMoment.constFind(point.date.secondsSinceReference());
             if (knownDay == dayOfMoment.cend()) {
-                knownDay = dayOfMoment.insert(point.date.secondsSinceReference(), localDayKey(point.date));
+                knownDay =
+                    dayOfMoment.insert(point.date.secondsSinceReference(), localDayKey(point.date, zone));
             }
             const qint64 day = *knownDay;
             const auto found = indexOfDay.constFind(day);

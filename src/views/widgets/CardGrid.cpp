@@ -28,12 +28,15 @@ void CardGrid::setCards(const QList<QWidget*>& cards) {
     for (QWidget* card : std::as_const(m_cards)) {
         if (!cards.contains(card)) {
             m_grid->removeWidget(card);
-            delete card;
+            card->hide();
         }
     }
     m_cards = cards;
     for (QWidget* card : m_cards) {
-        card->setParent(this);
+        // Moving a card to another parent restyles all of it; staying costs nothing.
+        if (card->parentWidget() != this) {
+            card->setParent(this);
+        }
     }
     m_columns = columnsFor(width() > 0 ? width() : m_minimumColumnWidth);
     place();

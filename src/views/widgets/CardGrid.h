@@ -13,7 +13,8 @@ class CardGrid final : public QWidget {
 public:
     explicit CardGrid(int minimumColumnWidth, QWidget* parent = nullptr);
 
-    // Takes the cards, in reading order; earlier cards not among them are deleted.
+    // Shows these cards, in reading order, and becomes their parent; earlier cards not
+    // among them are taken out and hidden, and remain the caller's to keep or delete.
     void setCards(const QList<QWidget*>& cards);
     const QList<QWidget*>& cards() const noexcept { return m_cards; }
     // Puts `card` where `old` stood and deletes `old`.

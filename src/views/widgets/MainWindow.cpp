@@ -289,14 +289,12 @@ void MainWindow::flushChangedAccounts() {
             accounts.append(account);
         }
     }
-    if (accounts.isEmpty()) {
-        return;
-    }
-    if (m_screen == DetailRoute::Screen::overview) {
+    if (m_screen == DetailRoute::Screen::overview && !accounts.isEmpty()) {
         m_overview->accountsChanged(accounts);
-    } else if (m_screen == DetailRoute::Screen::account) {
+    } else if (m_screen == DetailRoute::Screen::account && !accounts.isEmpty()) {
         m_detail->redraw();
     }
+    Q_EMIT changesDrawn();
 }
 
 void MainWindow::timePassed() {

@@ -54,6 +54,8 @@ public:
 signals:
     // Emitted once, after the window was first shown.
     void firstShown();
+    // The accounts changed since the last redraw have been redrawn.
+    void changesDrawn();
 
 protected:
     void showEvent(QShowEvent* event) override;

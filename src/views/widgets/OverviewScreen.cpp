@@ -245,8 +245,15 @@ void OverviewScreen::update(bool rebuildMonitoring) {
         m_dirty.clear();
         return;
     }
-    if (rebuildMonitoring || layoutKey() != m_shownLayout || !m_monitoringBody || m_matrix) {
+    const QList<QList<QUuid>> shape = layoutKey();
+    QList<AIProvider> providers;
+    for (const OverviewView::ProviderGroup& group : m_screen.monitoring->groups) {
+        providers.append(group.provider);
+    }
+    if (rebuildMonitoring || !m_monitoringBody || m_matrix || providers != m_shownProviders) {
         rebuildMonitoringBody();
+    } else if (shape != m_shownLayout) {
+        reorderCards();
     }
     scheduleMaterialize();
 }
@@ -478,6 +485,9 @@ void OverviewScreen::rebuildMonitoringBody() {
     m_matrix = nullptr;
 
     QHash<QUuid, CardButton*> kept;
+    m_groupGrids.clear();
+    m_groupCounts.clear();
+    m_shownProviders.clear();
     if (m_viewMode == MonitoringViewMode::matrix) {
         m_matrix = new SubscriptionMatrixWidget(m_matrixRows, m_monitoringBody);
         m_matrix->setObjectName(QStringLiteral("subscriptionMatrix"));
@@ -489,11 +499,15 @@ void OverviewScreen::rebuildMonitoringBody() {
             heading->addWidget(new ProviderLogoWidget(group.provider, kLogoSize, m_monitoringBody));
             heading->addWidget(BlockParts::value(group.title, Theme::kBody, QFont::DemiBold, Ink::primary,
                                                  m_monitoringBody));
-            heading->addWidget(BlockParts::value(group.count, Theme::kFootnote, QFont::Normal, Ink::secondary,
-                                                 m_monitoringBody));
+            ElidedLabel* count = BlockParts::value(group.count, Theme::kFootnote, QFont::Normal,
+                                                   Ink::secondary, m_monitoringBody);
+            heading->addWidget(count);
             heading->addStretch(1);
             body->addLayout(heading);
             auto* grid = new CardGrid(kCardColumnWidth, m_monitoringBody);
+            m_groupGrids.append(grid);
+            m_groupCounts.append(count);
+            m_shownProviders.append(group.provider);
             QList<QWidget*> cards;
             for (ProviderAccount* account : group.accounts) {
                 CardButton* button = cardFor(account);
@@ -516,6 +530,31 @@ void OverviewScreen::rebuildMonitoringBody() {
     }
     m_monitoringLayout->addWidget(m_monitoringBody);
     delete old;
+    m_shownLayout = layoutKey();
+}
+
+void OverviewScreen::reorderCards() {
+    const OverviewView::MonitoringSection& section = *m_screen.monitoring;
+    QSet<QUuid> shown;
+    for (qsizetype i = 0; i < section.groups.size(); ++i) {
+        const OverviewView::ProviderGroup& group = section.groups[i];
+        QList<QWidget*> cards;
+        for (ProviderAccount* account : group.accounts) {
+            cards.append(cardFor(account));
+            shown.insert(account->id());
+        }
+        m_groupGrids[i]->setCards(cards);
+        m_groupCounts[i]->setFullText(group.count);
+    }
+    for (auto it = m_cards.begin(); it != m_cards.end();) {
+        if (shown.contains(it.key())) {
+            ++it;
+            continue;
+        }
+        delete it.value();
+        m_cardContent.remove(it.key());
+        it = m_cards.erase(it);
+    }
     m_shownLayout = layoutKey();
 }
 

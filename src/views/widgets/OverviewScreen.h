@@ -11,6 +11,7 @@
 #include <QUuid>
 
 class CardButton;
+class CardGrid;
 class ElidedLabel;
 class QButtonGroup;
 class QListView;
@@ -66,6 +67,8 @@ private:
     // Lays the cards (or the matrix) out for the present order and grouping; cards
     // that stay are moved, not made anew.
     void rebuildMonitoringBody();
+    // Moves the cards into their new order within their provider's grid.
+    void reorderCards();
     // The account's card, or a blank one that is drawn when it comes into view.
     CardButton* cardFor(ProviderAccount* account);
     void scheduleMaterialize();
@@ -103,6 +106,9 @@ private:
     SubscriptionMatrixWidget* m_matrix = nullptr;
     QList<MatrixRowContent> m_matrixRows;
     QList<QList<QUuid>> m_shownLayout;
+    QList<AIProvider> m_shownProviders;
+    QList<CardGrid*> m_groupGrids;
+    QList<ElidedLabel*> m_groupCounts;
     QHash<QUuid, CardButton*> m_cards;
     QHash<QUuid, SubscriptionCardContent> m_cardContent;
     // Accounts whose cards may read differently from what is drawn.
