@@ -107,7 +107,6 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
 
     buildToolbar();
     m_commands = new TrackerCommands(menuBar(), this);
-    m_settings = new SettingsView(m_content->preferences(), this);
     connect(m_commands, &TrackerCommands::settingsRequested, this, &MainWindow::showSettings);
 
     connect(m_content, &ContentView::accountListChanged, this, &MainWindow::route);
@@ -400,7 +399,16 @@ void MainWindow::presentDialogs() {
     }
 }
 
+SettingsView* MainWindow::settingsWindow() {
+    // Made when first asked for: most launches never open it.
+    if (!m_settings) {
+        m_settings = new SettingsView(m_content->preferences(), this);
+    }
+    return m_settings;
+}
+
 void MainWindow::showSettings() {
+    settingsWindow();
     m_settings->show();
     m_settings->raise();
     m_settings->activateWindow();

@@ -40,7 +40,7 @@ public:
     explicit MainWindow(ContentView* content, QWidget* parent = nullptr);
     ~MainWindow() override;
 
-    SettingsView* settingsWindow() const noexcept { return m_settings; }
+    SettingsView* settingsWindow();
     SidebarView* sidebar() const noexcept { return m_sidebar; }
     OverviewScreen* overview() const noexcept { return m_overview; }
     AccountDetailScreen* detail() const noexcept { return m_detail; }

@@ -432,8 +432,10 @@ void OverviewScreen::updateAttention(const std::optional<OverviewView::Attention
         m_attentionList->setUniformItemSizes(true);
         m_attentionList->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         m_attentionList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        m_attentionList->setStyleSheet(
-            QStringLiteral("QListView { background: transparent; border: none; }"));
+        // Transparent through the palette: a style sheet of its own would restyle the view.
+        QPalette clear = m_attentionList->palette();
+        clear.setColor(QPalette::Base, Qt::transparent);
+        m_attentionList->setPalette(clear);
         m_attentionList->viewport()->setAutoFillBackground(false);
         card->layout()->addWidget(m_attentionList);
         column->addWidget(card);

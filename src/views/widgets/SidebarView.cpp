@@ -50,8 +50,10 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
     m_list->setMouseTracking(true);
     m_list->setContextMenuPolicy(Qt::CustomContextMenu);
     m_list->viewport()->setAutoFillBackground(false);
-    m_list->setStyleSheet(
-        QStringLiteral("QTreeView { background: transparent; border: none; outline: none; }"));
+    // Transparent through the palette: a style sheet of its own would restyle the view.
+    QPalette clear = m_list->palette();
+    clear.setColor(QPalette::Base, Qt::transparent);
+    m_list->setPalette(clear);
     m_list->setItemDelegate(new SidebarDelegate(m_list));
     // Connected before the view is: while rows go (a search, a deletion) the view moves its current row to a
     // neighbour; that is not the operator choosing it.
