@@ -150,7 +150,11 @@ QMenu* SidebarView::accountMenu(const QUuid& id) {
 }
 
 void SidebarView::showContextMenu(const QPoint& position) {
-    const QModelIndex index = m_list->indexAt(position);
+    // The menu key asks for the current row's menu; a click, for the row under it.
+    QModelIndex index = m_list->indexAt(position);
+    if (!m_model->accountAt(index) && !m_list->viewport()->underMouse()) {
+        index = m_list->currentIndex();
+    }
     const ProviderAccount* account = m_model->accountAt(index);
     if (!account) {
         return;
