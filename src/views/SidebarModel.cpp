@@ -345,6 +345,8 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
         case StatusToneRole:
             return static_cast<int>(Tones::forStatus(account->effectiveSyncStatus()));
         case StatusTitleRole:
+        // The status dot's name, for a screen reader reading the row.
+        case Qt::AccessibleDescriptionRole:
             return account->effectiveSyncStatus().title();
         case ConnectionTitleRole:
             return account->connectionMode().title();

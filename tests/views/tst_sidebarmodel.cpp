@@ -231,6 +231,7 @@ private slots:
                  QStringLiteral("OpenAI · #") + account->shortIdentifier() + QStringLiteral(" · ") +
                      account->effectiveSyncStatus().title());
         QCOMPARE(row.data(SidebarModel::StatusTitleRole).toString(), account->effectiveSyncStatus().title());
+        QCOMPARE(row.data(Qt::AccessibleDescriptionRole).toString(), account->effectiveSyncStatus().title());
         QCOMPARE(row.data(SidebarModel::StatusToneRole).toInt(), static_cast<int>(Tone::critical));
         QCOMPARE(row.data(SidebarModel::ConnectionTitleRole).toString(),
                  ConnectionMode(ConnectionMode::mock).title());
