@@ -115,7 +115,7 @@ void OverviewScreen::setAccounts(const QString& title, const QList<ProviderAccou
     for (ProviderAccount* account : accounts) {
         m_dirty.insert(account->id());
     }
-    update(true);
+    redraw(true);
 }
 
 void OverviewScreen::accountsChanged(const QList<ProviderAccount*>& accounts) {
@@ -131,7 +131,7 @@ void OverviewScreen::accountsChanged(const QList<ProviderAccount*>& accounts) {
         }
     }
     if (shown) {
-        update(false);
+        redraw(false);
     }
 }
 
@@ -139,7 +139,7 @@ void OverviewScreen::timePassed() {
     for (const ProviderAccount* account : std::as_const(m_accounts)) {
         m_dirty.insert(account->id());
     }
-    update(false);
+    redraw(false);
 }
 
 void OverviewScreen::setSortMode(MonitoringSort sort) {
@@ -150,7 +150,7 @@ void OverviewScreen::setSortMode(MonitoringSort sort) {
     if (m_sortPicker) {
         m_sortPicker->setCurrentIndex(static_cast<int>(sort.value()));
     }
-    update(false);
+    redraw(false);
 }
 
 void OverviewScreen::setViewMode(MonitoringViewMode mode) {
@@ -162,7 +162,7 @@ void OverviewScreen::setViewMode(MonitoringViewMode mode) {
         m_cardsButton->setChecked(mode == MonitoringViewMode::cards);
         m_matrixButton->setChecked(mode == MonitoringViewMode::matrix);
     }
-    update(true);
+    redraw(true);
 }
 
 QList<CardButton*> OverviewScreen::cards() const {
@@ -180,7 +180,7 @@ QList<CardButton*> OverviewScreen::cards() const {
     return shown;
 }
 
-void OverviewScreen::update(bool rebuildMonitoring) {
+void OverviewScreen::redraw(bool rebuildMonitoring) {
     const Timestamp now = Clock::now();
     m_screen = OverviewView::make(m_title, m_accounts, m_sort, m_viewMode, now);
     m_heading->setFullText(m_screen.header.title);

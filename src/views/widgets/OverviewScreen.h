@@ -5,7 +5,6 @@
 #include "views/SubscriptionCardContent.h"
 
 #include <QHash>
-#include <QPointer>
 #include <QScrollArea>
 #include <QSet>
 #include <QUuid>
@@ -62,7 +61,7 @@ private:
     void buildMonitoringHeader();
     void place(QWidget* slot, QWidget* block);
     // Recomputes the content and brings every part in line with it.
-    void update(bool rebuildMonitoring);
+    void redraw(bool rebuildMonitoring);
     void updateAttention(const std::optional<OverviewView::AttentionSection>& section);
     // Lays the cards (or the matrix) out for the present order and grouping; cards
     // that stay are moved, not made anew.
