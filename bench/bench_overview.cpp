@@ -9,6 +9,7 @@
 #include "store/AccountStore.h"
 #include "views/widgets/AppResources.h"
 #include "views/widgets/MainWindow.h"
+#include "views/widgets/OverviewScreen.h"
 #include "views/widgets/Theme.h"
 
 #include <QApplication>
@@ -108,6 +109,25 @@ void snapshotChanges(benchmark::State& state) {
     }
 }
 BENCHMARK(snapshotChanges)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(40);
+
+// The same in the matrix view.
+void snapshotChangesInTheMatrix(benchmark::State& state) {
+    Workspace& w = workspace();
+    w.window->overview()->setViewMode(MonitoringViewMode::matrix);
+    Workspace::settle();
+    for (auto _ : state) {
+        const int round = nextRound();
+        const double seconds = w.change(
+            [round](ProviderAccount& account) {
+                account.setSnapshot(benchdata::snapshot(200 + round));
+                account.setLastRefreshAt(Clock::now());
+            },
+            round);
+        state.SetIterationTime(seconds);
+    }
+    w.window->overview()->setViewMode(MonitoringViewMode::cards);
+}
+BENCHMARK(snapshotChangesInTheMatrix)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(40);
 } // namespace
 
 int main(int argc, char** argv) {

@@ -486,6 +486,22 @@ private slots:
         QVERIFY(after.at(1)->card() == secondCard); // the other one was left alone
         QVERIFY(texts(after.at(0)).contains(QStringLiteral("First renamed")));
         QCOMPARE(after.at(0)->accessibleName(), QStringLiteral("First renamed"));
+
+        // The matrix keeps the rows that read the same, too.
+        overview->setViewMode(MonitoringViewMode::matrix);
+        const auto rowNamed = [overview](const QString& name) -> QWidget* {
+            for (QWidget* row : overview->matrix()->findChildren<QWidget*>()) {
+                if (row->accessibleName() == name && row->focusPolicy() == Qt::StrongFocus) {
+                    return row;
+                }
+            }
+            return nullptr;
+        };
+        QWidget* secondRow = rowNamed(QStringLiteral("Second"));
+        QVERIFY(secondRow);
+        first->setLabel(QStringLiteral("First again"));
+        QTRY_VERIFY(rowNamed(QStringLiteral("First again")));
+        QVERIFY(rowNamed(QStringLiteral("Second")) == secondRow);
     }
 
     void detailOfASampleAccountOffersSampleData() {

@@ -114,6 +114,7 @@ void OverviewScreen::setAccounts(const QString& title, const QList<ProviderAccou
     // next in view.
     for (ProviderAccount* account : accounts) {
         m_dirty.insert(account->id());
+        m_dirtyRows.insert(account->id());
     }
     redraw(true);
 }
@@ -126,6 +127,7 @@ void OverviewScreen::accountsChanged(const QList<ProviderAccount*>& accounts) {
         }
         shown = true;
         m_dirty.insert(account->id());
+        m_dirtyRows.insert(account->id());
         if (CardButton* card = m_cards.value(account->id())) {
             card->setAccessibleName(account->displayName());
         }
@@ -138,6 +140,7 @@ void OverviewScreen::accountsChanged(const QList<ProviderAccount*>& accounts) {
 void OverviewScreen::timePassed() {
     for (const ProviderAccount* account : std::as_const(m_accounts)) {
         m_dirty.insert(account->id());
+        m_dirtyRows.insert(account->id());
     }
     redraw(false);
 }
@@ -234,15 +237,26 @@ void OverviewScreen::redraw(bool rebuildMonitoring) {
     m_monitoringSlot->show();
 
     if (m_viewMode == MonitoringViewMode::matrix) {
+        // Only the rows of changed accounts are worked out again.
+        QHash<QUuid, MatrixRowContent> known;
+        for (const MatrixRowContent& row : std::as_const(m_matrixRows)) {
+            known.insert(row.id, row);
+        }
         QList<MatrixRowContent> rows;
         for (ProviderAccount* account : m_screen.monitoring->sorted) {
-            rows.append(MatrixRowContent::make(*account, now));
+            const auto found = known.constFind(account->id());
+            rows.append(found != known.cend() && !m_dirtyRows.contains(account->id()) && !rebuildMonitoring
+                            ? *found
+                            : MatrixRowContent::make(*account, now));
         }
-        if (rebuildMonitoring || rows != m_matrixRows || !m_matrix) {
+        if (rebuildMonitoring || !m_matrix) {
             m_matrixRows = rows;
             rebuildMonitoringBody();
+        } else if (rows != m_matrixRows) {
+            m_matrixRows = rows;
+            m_matrix->setRows(rows);
         }
-        m_dirty.clear();
+        m_dirtyRows.clear();
         return;
     }
     const QList<QList<QUuid>> shape = layoutKey();

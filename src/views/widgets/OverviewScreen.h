@@ -110,7 +110,8 @@ private:
     QList<ElidedLabel*> m_groupCounts;
     QHash<QUuid, CardButton*> m_cards;
     QHash<QUuid, SubscriptionCardContent> m_cardContent;
-    // Accounts whose cards may read differently from what is drawn.
+    // Accounts whose cards, and whose matrix rows, may read differently from what is drawn.
     QSet<QUuid> m_dirty;
+    QSet<QUuid> m_dirtyRows;
     bool m_materializeScheduled = false;
 };

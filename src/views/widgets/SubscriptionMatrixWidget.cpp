@@ -77,7 +77,20 @@ public:
         layout->addLayout(state, kStretch[3]);
     }
 
+    // Every row but the first has a hairline above it.
+    void setFirst(bool first) {
+        if (first != m_first) {
+            m_first = first;
+            update();
+        }
+    }
+
 protected:
+    void paintEvent(QPaintEvent*) override {
+        if (!m_first) {
+            QPainter(this).fillRect(QRect(0, 0, width(), 1), Theme::separator(Theme::appearance(palette())));
+        }
+    }
     void mouseReleaseEvent(QMouseEvent* event) override {
         if (rect().contains(event->position().toPoint())) {
             Q_EMIT m_matrix->selected(m_id);
@@ -95,6 +108,7 @@ protected:
 private:
     QUuid m_id;
     SubscriptionMatrixWidget* m_matrix;
+    bool m_first = false;
 };
 } // namespace
 
@@ -114,11 +128,44 @@ SubscriptionMatrixWidget::SubscriptionMatrixWidget(const QList<MatrixRowContent>
     }
     layout->addLayout(header);
     layout->addWidget(BlockParts::separator(this));
-    for (qsizetype i = 0; i < rows.size(); ++i) {
-        layout->addWidget(new MatrixRow(rows[i], this, this));
-        if (i + 1 < rows.size()) {
-            layout->addWidget(BlockParts::separator(this)); // a divider after every row but the last
+    m_rowsLayout = new QVBoxLayout;
+    m_rowsLayout->setSpacing(0);
+    layout->addLayout(m_rowsLayout);
+    setRows(rows);
+}
+
+void SubscriptionMatrixWidget::setRows(const QList<MatrixRowContent>& rows) {
+    // Rows that read the same stay; changed ones are made anew; the order follows `rows`.
+    QHash<QUuid, Row> kept;
+    QList<QWidget*> order;
+    for (const MatrixRowContent& content : rows) {
+        Row row = m_rows.take(content.id);
+        if (!row.widget || !(row.content == content)) {
+            delete row.widget;
+            row = Row{content, new MatrixRow(content, this, this)};
         }
+        kept.insert(content.id, row);
+        order.append(row.widget);
+    }
+    for (const Row& gone : std::as_const(m_rows)) {
+        delete gone.widget;
+    }
+    m_rows = kept;
+    bool inOrder = m_rowsLayout->count() == order.size();
+    for (qsizetype i = 0; inOrder && i < order.size(); ++i) {
+        inOrder = m_rowsLayout->itemAt(static_cast<int>(i))->widget() == order[i];
+    }
+    if (!inOrder) {
+        while (QLayoutItem* item = m_rowsLayout->takeAt(0)) {
+            delete item;
+        }
+        for (QWidget* row : order) {
+            m_rowsLayout->addWidget(row);
+            row->show();
+        }
+    }
+    for (qsizetype i = 0; i < order.size(); ++i) {
+        static_cast<MatrixRow*>(order[i])->setFirst(i == 0);
     }
 }
 
