@@ -34,6 +34,7 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QScrollBar>
 #include <QTemporaryDir>
 
 #include <cmath>
@@ -410,6 +411,13 @@ int main(int argc, char* argv[]) {
             window.resize(windowSize);
             ok &= shoot(window, file("overview-50"));
             window.overview()->setViewMode(MonitoringViewMode::matrix);
+            window.show();
+            QApplication::processEvents();
+            // Scrolled down to the matrix itself.
+            if (auto* section = window.overview()->findChild<QWidget*>(QStringLiteral("monitoringSection"))) {
+                window.overview()->verticalScrollBar()->setValue(
+                    section->mapTo(window.overview()->widget(), QPoint()).y() - 24);
+            }
             ok &= shoot(window, file("overview-50-matrix"));
         }
         for (const qreal scale : {1.0, 2.0}) {

@@ -108,7 +108,9 @@ void SidebarView::syncSelection() {
     m_syncing = true;
     if (wanted.isValid()) {
         m_list->selectionModel()->setCurrentIndex(wanted, QItemSelectionModel::ClearAndSelect);
-        m_list->scrollTo(wanted);
+        if (m_list->isVisible()) {
+            m_list->scrollTo(wanted);
+        }
     } else {
         m_list->selectionModel()->clearCurrentIndex();
         m_list->selectionModel()->clearSelection();
