@@ -70,9 +70,17 @@ struct Workspace {
     }
 };
 
-Workspace& workspace() {
-    static Workspace shared;
+// Made on first use and gone before the application object is.
+std::unique_ptr<Workspace>& sharedWorkspace() {
+    static std::unique_ptr<Workspace> shared;
     return shared;
+}
+
+Workspace& workspace() {
+    if (!sharedWorkspace()) {
+        sharedWorkspace() = std::make_unique<Workspace>();
+    }
+    return *sharedWorkspace();
 }
 
 // Every change must change something, across repetitions too.
@@ -140,5 +148,6 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    sharedWorkspace().reset();
     return 0;
 }
