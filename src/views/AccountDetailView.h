@@ -105,8 +105,10 @@ public:
         QList<UsageWindow> windows;
         QList<UsageModelSummary> models;
         QList<AgentBudget> budgets;
-        // The narrowest a metric card's column gets.
-        static constexpr int kMinimumColumnWidth = 280;
+        // The narrowest a metric card's column gets: at least 280, and 320 keeps a
+        // remainder and its ceiling ("81,760 tokens remaining", "of 150,000 tokens") on
+        // one line without cutting either.
+        static constexpr int kMinimumColumnWidth = 320;
     };
 
     struct History {

@@ -215,6 +215,7 @@ private slots:
         QCOMPARE(screen.history->trailing, QStringLiteral("Persisted daily view · up to 90 days"));
         QVERIFY(!screen.billingHistory); // no billing points: no spend section at all
         QCOMPARE(screen.metrics->heading.title, QStringLiteral("Allowances"));
+        QVERIFY(AccountDetailView::Metrics::kMinimumColumnWidth >= 280); // columns at least 280 wide
         QCOMPARE(screen.metrics->windows.size(), 1);
     }
 
