@@ -536,6 +536,25 @@ private slots:
         QVERIFY(texts(detail).contains(QStringLiteral("Data source")));
     }
 
+    void aRedrawnDetailKeepsTheKeyboardFocus() {
+        CoreFixture fixture;
+        ProviderAccount* account =
+            refreshed(fixture, QStringLiteral("Org"), AIProvider::openAI, 1, ConnectionMode::apiKey);
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        content.setSelection(SidebarSelection::account(account->id()));
+        auto* edit = window.detail()->findChild<QPushButton*>(QStringLiteral("editConnectionButton"));
+        edit->setFocus();
+        QVERIFY(edit->hasFocus());
+        account->setSyncMessage(QStringLiteral("Changed while focused"));
+        QTRY_VERIFY(texts(window.detail()).contains(QStringLiteral("Changed while focused")));
+        QWidget* focus = QApplication::focusWidget();
+        QVERIFY(focus);
+        QCOMPARE(focus->objectName(), QStringLiteral("editConnectionButton"));
+    }
+
     void signingOutAsksFirstAndKeepsTheSnapshot() {
         CoreFixture fixture;
         ProviderAccount* account =

@@ -16,6 +16,7 @@
 #include "views/widgets/Theme.h"
 #include "views/widgets/TrendChartWidget.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QMessageBox>
 #include <QPainter>
@@ -94,8 +95,18 @@ void AccountDetailScreen::setAccount(ProviderAccount* account, bool isRefreshing
     m_account = account;
     m_refreshing = isRefreshing;
     const int scrolled = same ? verticalScrollBar()->value() : 0;
+    // Drawn again (a change, a minute passing): the keyboard focus stays on its button.
+    QString focused;
+    if (QWidget* focus = QApplication::focusWidget(); same && m_page && m_page->isAncestorOf(focus)) {
+        focused = focus->objectName();
+    }
     build(AccountDetailView::make(*account, isRefreshing, Clock::now()));
     verticalScrollBar()->setValue(scrolled);
+    if (!focused.isEmpty()) {
+        if (QWidget* again = m_page->findChild<QWidget*>(focused)) {
+            again->setFocus(Qt::OtherFocusReason);
+        }
+    }
 }
 
 void AccountDetailScreen::redraw() {
