@@ -359,6 +359,14 @@ private slots:
         QToolButton* deleteButton = toolbarButton(window, QStringLiteral("deleteAccount"));
         QTRY_VERIFY(deleteButton->isVisible());
         QCOMPARE(deleteButton->accessibleName(), QStringLiteral("Delete Account"));
+        // Reachable without a mouse: focus it and press Space.
+        QVERIFY(deleteButton->focusPolicy() & Qt::TabFocus);
+        deleteButton->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(deleteButton, Qt::Key_Space);
+        QTRY_VERIFY(window.deleteDialog() != nullptr);
+        QTest::mouseClick(window.deleteDialog()->findChild<QPushButton*>(QStringLiteral("cancelButton")),
+                          Qt::LeftButton);
+        QTRY_VERIFY(!window.deleteDialog());
         QTest::mouseClick(deleteButton, Qt::LeftButton);
         QTRY_VERIFY(window.deleteDialog() != nullptr);
         QTest::mouseClick(window.deleteDialog()->findChild<QPushButton*>(QStringLiteral("cancelButton")),

@@ -153,6 +153,8 @@ void MainWindow::buildToolbar() {
         m_toolbar->addAction(action);
         if (auto* button = qobject_cast<QToolButton*>(m_toolbar->widgetForAction(action))) {
             button->setAccessibleName(title);
+            // Reachable with Tab like every other control (a toolbar's buttons are not, by default).
+            button->setFocusPolicy(Qt::TabFocus);
             button->setObjectName(name + QStringLiteral("Button"));
             if (tone == Tone::critical) {
                 button->setProperty("role", QStringLiteral("destructive"));
