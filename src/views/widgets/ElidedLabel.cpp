@@ -90,9 +90,12 @@ void ElidedLabel::paintEvent(QPaintEvent* event) {
 }
 
 int ElidedLabel::heightForWidth(int width) const {
+    // A layout asks with the width of its column; the label never gets wider than its
+    // maximum, and wraps at that.
+    const int wraps = qBound(1, width, maximumWidth());
     const QFontMetrics metrics = fontMetrics();
     const int needed =
-        metrics.boundingRect(QRect(0, 0, qMax(width, 1), 100000), Qt::TextWordWrap, m_fullText).height();
+        metrics.boundingRect(QRect(0, 0, wraps, 100000), Qt::TextWordWrap, m_fullText).height();
     return qMin(needed, metrics.lineSpacing() * m_lines);
 }
 

@@ -3,6 +3,7 @@
 #include "views/widgets/BlockParts.h"
 #include "views/widgets/Theme.h"
 
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -48,6 +49,26 @@ void SummaryTileWidget::setTile(const OverviewView::SummaryTile& tile) {
     m_title->setFullText(tile.title);
     m_value->setFullText(tile.value);
     m_detail->setFullText(tile.detail);
+    fitValue();
+}
+
+void SummaryTileWidget::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fitValue();
+}
+
+void SummaryTileWidget::fitValue() {
+    const int room =
+        contentsRect().width() - layout()->contentsMargins().left() - layout()->contentsMargins().right();
+    const QFont large = Theme::font(m_value->font(), Theme::kTitle, QFont::DemiBold);
+    const int pixels = room > 0 && QFontMetrics(large).horizontalAdvance(m_tile.value) > room
+                           ? Theme::kHeadline
+                           : Theme::kTitle;
+    // The smaller size keeps the line's height, so the tiles of a row stay even.
+    m_value->setMinimumHeight(QFontMetrics(large).height());
+    if (m_value->font().pixelSize() != pixels) {
+        m_value->setStyle(pixels, QFont::DemiBold, ElidedLabel::Ink::primary);
+    }
 }
 
 void SummaryTileWidget::paintEvent(QPaintEvent*) {

@@ -20,8 +20,12 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    // The value in the title size, or a step smaller when that would cut it.
+    void fitValue();
+
     OverviewView::SummaryTile m_tile;
     QWidget* m_icon = nullptr;
     ElidedLabel* m_title;
