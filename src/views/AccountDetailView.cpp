@@ -3,6 +3,7 @@
 #include "store/ProviderAccount.h"
 #include "views/DisplayFormatters.h"
 #include "views/PlatformWording.h"
+#include "views/SubscriptionCardContent.h"
 
 namespace {
 // Each word starts with a capital; the rest of it stays as written, so "USD" stays
@@ -161,10 +162,10 @@ AccountDetailView::warningCallout(const UsageSnapshot& snapshot) {
 
 std::optional<AccountDetailView::BillingOnlyCallout>
 AccountDetailView::billingOnlyCallout(const UsageSnapshot& snapshot) {
-    const UsageHealth billing = snapshot.billingHealth();
-    if (snapshot.health() != UsageHealth::unavailable || billing == UsageHealth::unavailable) {
+    if (!SubscriptionCardContent::isBillingOnly(snapshot)) {
         return std::nullopt;
     }
+    const UsageHealth billing = snapshot.billingHealth();
     return BillingOnlyCallout{
         QStringLiteral("creditcard.fill"), QStringLiteral("Billing signal only"),
         QStringLiteral(
