@@ -335,18 +335,10 @@ void AccountDetailScreen::confirmSignOut() {
         return;
     }
     const AccountDetailView::SignOutDialog text = AccountDetailView::signOutDialog();
-    auto* dialog =
-        new QMessageBox(QMessageBox::Warning, text.title, text.message, QMessageBox::NoButton, this);
-    dialog->setObjectName(QStringLiteral("signOutDialog"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QPushButton* confirm = dialog->addButton(text.confirmTitle, QMessageBox::DestructiveRole);
-    confirm->setObjectName(QStringLiteral("confirmButton"));
-    QPushButton* cancel = dialog->addButton(text.cancelTitle, QMessageBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("cancelButton"));
-    dialog->setDefaultButton(cancel);
-    dialog->setEscapeButton(cancel);
+    QMessageBox* dialog = BlockParts::confirmation(this, QStringLiteral("signOutDialog"), text.title,
+                                                   text.message, text.confirmTitle, text.cancelTitle);
     connect(dialog, &QMessageBox::finished, this, [this, dialog] {
-        if (dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole) {
+        if (BlockParts::confirmed(dialog)) {
             Q_EMIT signOutConfirmed();
         }
     });

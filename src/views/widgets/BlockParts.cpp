@@ -5,6 +5,7 @@
 #include "views/widgets/Theme.h"
 
 #include <QHBoxLayout>
+#include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -198,4 +199,24 @@ void BlockParts::addAgentBudgets(QVBoxLayout* layout, const AgentBudgetPanelCont
                               QFont::Normal, Ink::secondary, parent));
         layout->addLayout(line);
     }
+}
+
+QMessageBox* BlockParts::confirmation(QWidget* parent, const QString& objectName, const QString& title,
+                                      const QString& message, const QString& confirmTitle,
+                                      const QString& cancelTitle) {
+    auto* dialog = new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::NoButton, parent);
+    dialog->setObjectName(objectName);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QPushButton* confirm = dialog->addButton(confirmTitle, QMessageBox::DestructiveRole);
+    confirm->setObjectName(QStringLiteral("confirmButton"));
+    Theme::setButtonRole(confirm, Theme::ButtonRole::destructive);
+    QPushButton* cancel = dialog->addButton(cancelTitle, QMessageBox::RejectRole);
+    cancel->setObjectName(QStringLiteral("cancelButton"));
+    dialog->setDefaultButton(cancel);
+    dialog->setEscapeButton(cancel);
+    return dialog;
+}
+
+bool BlockParts::confirmed(const QMessageBox* dialog) {
+    return dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole;
 }

@@ -9,6 +9,7 @@
 #include <QWidget>
 
 class QHBoxLayout;
+class QMessageBox;
 class QVBoxLayout;
 class QPushButton;
 
@@ -46,6 +47,14 @@ public:
     // text; its accessible name is its text.
     static QPushButton* button(const QString& text, Theme::ButtonRole role, QWidget* parent,
                                const QString& symbol = QString());
+    // A confirmation that opens over `parent`: a warning with a destructive button
+    // ("confirmButton") and a cancel button ("cancelButton") that is the default and
+    // Escape. It deletes itself when closed.
+    static QMessageBox* confirmation(QWidget* parent, const QString& objectName, const QString& title,
+                                     const QString& message, const QString& confirmTitle,
+                                     const QString& cancelTitle = QStringLiteral("Cancel"));
+    // Whether a closed confirmation was closed with its destructive button.
+    static bool confirmed(const QMessageBox* dialog);
     // A card surface with a vertical layout inside; `tone` tints it (a callout) instead.
     static QWidget* card(QWidget* parent, std::optional<Tone> tint = std::nullopt);
 };

@@ -346,32 +346,16 @@ QWidget* MainWindow::buildWelcome() {
     return welcome;
 }
 
-QMessageBox* MainWindow::confirmation(const QString& objectName, const QString& title, const QString& message,
-                                      const QString& destructiveButton) {
-    auto* dialog = new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::NoButton, this);
-    dialog->setObjectName(objectName);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QPushButton* confirm = dialog->addButton(destructiveButton, QMessageBox::DestructiveRole);
-    confirm->setObjectName(QStringLiteral("confirmButton"));
-    Theme::setButtonRole(confirm, Theme::ButtonRole::destructive);
-    QPushButton* cancel = dialog->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("cancelButton"));
-    dialog->setDefaultButton(cancel);
-    dialog->setEscapeButton(cancel);
-    return dialog;
-}
-
 void MainWindow::presentDialogs() {
     if (m_content->showDeleteConfirmation() && !m_deleteDialog) {
-        QMessageBox* dialog = confirmation(
-            QStringLiteral("deleteDialog"), QStringLiteral("Delete this account?"),
+        QMessageBox* dialog = BlockParts::confirmation(
+            this, QStringLiteral("deleteDialog"), QStringLiteral("Delete this account?"),
             PlatformWording::apply(QStringLiteral(
                 "Only this account's metadata, snapshot, and Keychain credential will be removed.")),
             QStringLiteral("Delete Account"));
         m_deleteDialog = dialog;
         connect(dialog, &QMessageBox::finished, this, [this, dialog] {
-            const bool confirmed =
-                dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole;
+            const bool confirmed = BlockParts::confirmed(dialog);
             m_deleteDialog = nullptr;
             m_content->setShowDeleteConfirmation(false);
             if (confirmed) {
@@ -381,16 +365,15 @@ void MainWindow::presentDialogs() {
         dialog->open();
     }
     if (m_content->showSampleClearConfirmation() && !m_sampleClearDialog) {
-        QMessageBox* dialog = confirmation(
-            QStringLiteral("sampleClearDialog"), QStringLiteral("Remove sample data?"),
+        QMessageBox* dialog = BlockParts::confirmation(
+            this, QStringLiteral("sampleClearDialog"), QStringLiteral("Remove sample data?"),
             QStringLiteral(
                 "This removes only accounts created in sample mode. Your manually configured and official "
                 "API accounts stay untouched."),
             QStringLiteral("Clear Sample Data"));
         m_sampleClearDialog = dialog;
         connect(dialog, &QMessageBox::finished, this, [this, dialog] {
-            const bool confirmed =
-                dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole;
+            const bool confirmed = BlockParts::confirmed(dialog);
             m_sampleClearDialog = nullptr;
             m_content->setShowSampleClearConfirmation(false);
             if (confirmed) {

@@ -74,8 +74,6 @@ private:
     void showSettings();
     QWidget* buildWelcome();
     void presentDialogs();
-    QMessageBox* confirmation(const QString& objectName, const QString& title, const QString& message,
-                              const QString& destructiveButton);
     void restoreWindowState();
     void saveWindowState();
 
