@@ -73,9 +73,8 @@ void paint(benchmark::State& state, QWidget& page) {
     }
 }
 
-void paintFiftyMonitoringCards(benchmark::State& state) {
-    const auto accounts = fiftyAccounts();
-    QWidget page;
+// Fifty monitoring cards in two columns on `page`, each as of just after its refresh.
+void addFiftyCards(QWidget& page, const std::vector<std::unique_ptr<ProviderAccount>>& accounts) {
     auto* grid = new QGridLayout(&page);
     for (int i = 0; i < 50; ++i) {
         const ProviderAccount& account = *accounts[static_cast<size_t>(i)];
@@ -84,6 +83,12 @@ void paintFiftyMonitoringCards(benchmark::State& state) {
                                                    account.snapshot()->history),
                         i / 2, i % 2, Qt::AlignTop);
     }
+}
+
+void paintFiftyMonitoringCards(benchmark::State& state) {
+    const auto accounts = fiftyAccounts();
+    QWidget page;
+    addFiftyCards(page, accounts);
     page.resize(1200, page.sizeHint().height());
     paint(state, page);
 }
@@ -95,14 +100,7 @@ void paintFiftyMonitoringCardsThroughAWindow(benchmark::State& state) {
     const auto accounts = fiftyAccounts();
     QScrollArea area;
     auto* page = new QWidget;
-    auto* grid = new QGridLayout(page);
-    for (int i = 0; i < 50; ++i) {
-        const ProviderAccount& account = *accounts[static_cast<size_t>(i)];
-        const Timestamp now = account.snapshot()->capturedAt.addingSeconds(30);
-        grid->addWidget(new SubscriptionCardWidget(SubscriptionCardContent::make(account, now),
-                                                   account.snapshot()->history),
-                        i / 2, i % 2, Qt::AlignTop);
-    }
+    addFiftyCards(*page, accounts);
     area.setWidget(page);
     area.setWidgetResizable(true);
     area.resize(1200, 900);

@@ -89,32 +89,30 @@ int nextRound() {
     return round++;
 }
 
-void statusMessageChanges(benchmark::State& state) {
+// Times one change per iteration, each to another account.
+void measure(benchmark::State& state, const std::function<void(ProviderAccount&, int)>& edit) {
     Workspace& w = workspace();
     for (auto _ : state) {
         const int round = nextRound();
-        const double seconds = w.change(
-            [round](ProviderAccount& account) {
-                account.setSyncMessage(QStringLiteral("Message %1").arg(round));
-            },
-            round);
-        state.SetIterationTime(seconds);
+        state.SetIterationTime(
+            w.change([&edit, round](ProviderAccount& account) { edit(account, round); }, round));
     }
+}
+
+void newSnapshot(ProviderAccount& account, int round) {
+    account.setSnapshot(benchdata::snapshot(200 + round));
+    account.setLastRefreshAt(Clock::now());
+}
+
+void statusMessageChanges(benchmark::State& state) {
+    measure(state, [](ProviderAccount& account, int round) {
+        account.setSyncMessage(QStringLiteral("Message %1").arg(round));
+    });
 }
 BENCHMARK(statusMessageChanges)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(40);
 
 void snapshotChanges(benchmark::State& state) {
-    Workspace& w = workspace();
-    for (auto _ : state) {
-        const int round = nextRound();
-        const double seconds = w.change(
-            [round](ProviderAccount& account) {
-                account.setSnapshot(benchdata::snapshot(200 + round));
-                account.setLastRefreshAt(Clock::now());
-            },
-            round);
-        state.SetIterationTime(seconds);
-    }
+    measure(state, newSnapshot);
 }
 BENCHMARK(snapshotChanges)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(40);
 
@@ -123,16 +121,7 @@ void snapshotChangesInTheMatrix(benchmark::State& state) {
     Workspace& w = workspace();
     w.window->overview()->setViewMode(MonitoringViewMode::matrix);
     Workspace::settle();
-    for (auto _ : state) {
-        const int round = nextRound();
-        const double seconds = w.change(
-            [round](ProviderAccount& account) {
-                account.setSnapshot(benchdata::snapshot(200 + round));
-                account.setLastRefreshAt(Clock::now());
-            },
-            round);
-        state.SetIterationTime(seconds);
-    }
+    measure(state, newSnapshot);
     w.window->overview()->setViewMode(MonitoringViewMode::cards);
 }
 BENCHMARK(snapshotChangesInTheMatrix)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(40);

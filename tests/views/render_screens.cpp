@@ -55,15 +55,22 @@ UsageWindow sampleWindow(const QString& title, std::optional<double> used, std::
                        .note = note.isEmpty() ? std::nullopt : std::optional<QString>(note)};
 }
 
-// Every block in its main states, on one page.
-QWidget* blockGallery(Theme::Appearance look) {
-    const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
+// A page in the window colour of an appearance, with a padded column.
+QWidget* galleryPage(Theme::Appearance look) {
     auto* page = new QWidget;
     page->setPalette(Theme::palette(look));
     page->setAutoFillBackground(true);
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL);
     layout->setSpacing(Theme::kSpaceL);
+    return page;
+}
+
+// Every block in its main states, on one page.
+QWidget* blockGallery(Theme::Appearance look) {
+    const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
+    auto* page = galleryPage(look);
+    auto* layout = static_cast<QVBoxLayout*>(page->layout());
 
     auto* badges = new QHBoxLayout;
     badges->setSpacing(Theme::kSpaceS);
@@ -206,12 +213,8 @@ QList<ProviderAccount*> sampleAccounts(QObject* owner, Timestamp now) {
 QWidget* subscriptionGallery(Theme::Appearance look, bool matrix) {
     const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
     Clock::setFixedNow(now); // ages and staleness as of that moment
-    auto* page = new QWidget;
-    page->setPalette(Theme::palette(look));
-    page->setAutoFillBackground(true);
-    auto* layout = new QVBoxLayout(page);
-    layout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL);
-    layout->setSpacing(Theme::kSpaceL);
+    auto* page = galleryPage(look);
+    auto* layout = static_cast<QVBoxLayout*>(page->layout());
     const QList<ProviderAccount*> accounts = sampleAccounts(page, now);
     if (matrix) {
         QList<MatrixRowContent> rows;
