@@ -45,24 +45,6 @@ void CardGrid::setCards(const QList<QWidget*>& cards) {
     }
 }
 
-void CardGrid::replace(QWidget* old, QWidget* card) {
-    const qsizetype at = m_cards.indexOf(old);
-    if (at < 0) {
-        return;
-    }
-    int row = 0;
-    int column = 0;
-    int rowSpan = 0;
-    int columnSpan = 0;
-    m_grid->getItemPosition(m_grid->indexOf(old), &row, &column, &rowSpan, &columnSpan);
-    m_grid->removeWidget(old);
-    delete old;
-    card->setParent(this);
-    m_cards[at] = card;
-    m_grid->addWidget(card, row, column, Qt::AlignTop);
-    card->show();
-}
-
 void CardGrid::place() {
     for (QWidget* card : std::as_const(m_cards)) {
         m_grid->removeWidget(card);

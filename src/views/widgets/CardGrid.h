@@ -17,8 +17,6 @@ public:
     // among them are taken out and hidden, and remain the caller's to keep or delete.
     void setCards(const QList<QWidget*>& cards);
     const QList<QWidget*>& cards() const noexcept { return m_cards; }
-    // Puts `card` where `old` stood and deletes `old`.
-    void replace(QWidget* old, QWidget* card);
     int columns() const noexcept { return m_columns; }
     QSize minimumSizeHint() const override;
 
