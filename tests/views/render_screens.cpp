@@ -360,6 +360,13 @@ int main(int argc, char* argv[]) {
             scenario.content->setSelection(SidebarSelection::overview());
             window.sidebar()->searchField()->setText(QStringLiteral("claude"));
             ok &= shoot(window, file("sidebar-search"));
+            // The confirmation a delete asks for.
+            scenario.content->requestDelete(store.accounts().at(0)->id());
+            QApplication::processEvents();
+            if (QMessageBox* dialog = window.deleteDialog()) {
+                ok &= save(*dialog, file("delete-dialog"));
+                dialog->reject();
+            }
         }
         {
             // One account for each other connection mode.

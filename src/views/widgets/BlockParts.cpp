@@ -207,6 +207,11 @@ QMessageBox* BlockParts::confirmation(QWidget* parent, const QString& objectName
     auto* dialog = new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::NoButton, parent);
     dialog->setObjectName(objectName);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
+    // The app's own warning symbol in its caution tone, not the toolkit's stock icon.
+    const Theme::Appearance look = Theme::appearance(dialog->palette());
+    dialog->setIconPixmap(SymbolIcon::pixmap(QStringLiteral("exclamationmark.triangle.fill"),
+                                             Theme::colors(Tone::caution, look).foreground, 32,
+                                             dialog->devicePixelRatioF()));
     QPushButton* confirm = dialog->addButton(confirmTitle, QMessageBox::DestructiveRole);
     confirm->setObjectName(QStringLiteral("confirmButton"));
     Theme::setButtonRole(confirm, Theme::ButtonRole::destructive);
