@@ -8,6 +8,9 @@ with numbers) straight at its tabular glyph. Run once when the bundled Inter cha
     scripts/freeze-tabular-figures.py
 
 Needs python3-fonttools (Debian) at commit time only; the output is committed.
+
+The faces are kept as plain TrueType, not WOFF: FreeType would inflate a WOFF file again
+each time Qt opens a face from it, which is most of what loading the fonts costs at start.
 """
 import pathlib
 import sys
@@ -35,6 +38,7 @@ def tabular_mapping(font):
 
 def freeze(source, target):
     font = TTFont(source)
+    font.flavor = None
     mapping = tabular_mapping(font)
     if not mapping:
         sys.exit(f"{source.name}: no tabular figures to freeze")
@@ -56,4 +60,4 @@ def freeze(source, target):
 
 
 for weight in ("400", "500", "600"):
-    freeze(FONTS / f"inter-latin-{weight}-normal.woff", FONTS / f"inter-tabular-latin-{weight}-normal.woff")
+    freeze(FONTS / f"inter-latin-{weight}-normal.ttf", FONTS / f"inter-tabular-latin-{weight}-normal.ttf")

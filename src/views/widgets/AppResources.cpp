@@ -38,8 +38,8 @@ void AppResources::load() {
     initialiseResources();
     for (const char* weight : {"400", "500", "600"}) {
         const QLatin1StringView name(weight);
-        addFont(QStringLiteral(":/fonts/Inter-%1.woff").arg(name), family());
-        addFont(QStringLiteral(":/fonts/InterTabular-%1.woff").arg(name), tabularFamily());
+        addFont(QStringLiteral(":/fonts/Inter-%1.ttf").arg(name), family());
+        addFont(QStringLiteral(":/fonts/InterTabular-%1.ttf").arg(name), tabularFamily());
     }
 }
 
