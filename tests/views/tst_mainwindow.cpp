@@ -611,7 +611,20 @@ private slots:
         QCOMPARE(accountRows(sidebarOf(window)), QStringList{QStringLiteral("Home")});
         QCOMPARE(content.selection(), SidebarSelection::account(work->id()));
         QCOMPARE(window.currentScreen(), window.detail());
-        search->clear();
+        // The clear button shows while there is text, and clears it.
+        QToolButton* clearButton = nullptr;
+        for (QToolButton* button : search->findChildren<QToolButton*>()) {
+            if (button->accessibleName() == QStringLiteral("Clear search") ||
+                (button->defaultAction() &&
+                 button->defaultAction()->text() == QStringLiteral("Clear search"))) {
+                clearButton = button;
+            }
+        }
+        QVERIFY(clearButton);
+        QVERIFY(clearButton->defaultAction()->isVisible());
+        QTest::mouseClick(clearButton, Qt::LeftButton);
+        QVERIFY(search->text().isEmpty());
+        QVERIFY(!clearButton->defaultAction()->isVisible());
         QCOMPARE(accountRows(sidebarOf(window)), (QStringList{"Work", "Home"}));
         QCOMPARE(sidebarOf(window)->currentIndex(), accountRow(sidebarOf(window), 0));
         // A provider without accounts shows no number.

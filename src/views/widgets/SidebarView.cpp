@@ -28,11 +28,21 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
     m_search->setObjectName(QStringLiteral("sidebarSearch"));
     m_search->setPlaceholderText(QStringLiteral("Find subscriptions"));
     m_search->setAccessibleName(QStringLiteral("Find subscriptions"));
-    m_search->setClearButtonEnabled(true);
     const Theme::Appearance look = Theme::appearance(QWidget::palette());
     m_search->addAction(QIcon(SymbolIcon::pixmap(QStringLiteral("magnifyingglass"),
                                                  Theme::secondaryText(look), 14, devicePixelRatioF())),
                         QLineEdit::LeadingPosition);
+    // Our own clear button in the bundled symbols: Qt's would look its icon up in the
+    // desktop's icon theme, which costs a walk through the theme folders at start.
+    QAction* clearSearch =
+        m_search->addAction(QIcon(SymbolIcon::pixmap(QStringLiteral("xmark.circle.fill"),
+                                                     Theme::secondaryText(look), 14, devicePixelRatioF())),
+                            QLineEdit::TrailingPosition);
+    clearSearch->setText(QStringLiteral("Clear search"));
+    clearSearch->setVisible(false);
+    connect(clearSearch, &QAction::triggered, m_search, &QLineEdit::clear);
+    connect(m_search, &QLineEdit::textChanged, this,
+            [clearSearch](const QString& text) { clearSearch->setVisible(!text.isEmpty()); });
     connect(m_search, &QLineEdit::textChanged, m_model, &SidebarModel::setSearchText);
     layout->addWidget(m_search);
 

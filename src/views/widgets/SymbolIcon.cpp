@@ -57,6 +57,7 @@ const QHash<QString, QString>& table() {
         {QStringLiteral("globe"), QStringLiteral("outline-world")},
         {QStringLiteral("person.crop.circle"), QStringLiteral("outline-user-circle")},
         {QStringLiteral("magnifyingglass"), QStringLiteral("outline-search")},
+        {QStringLiteral("xmark.circle.fill"), QStringLiteral("filled-circle-x")},
     };
     return icons;
 }
