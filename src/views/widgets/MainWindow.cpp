@@ -67,36 +67,8 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
             &ContentView::requestSampleClear);
     m_detailStack->addWidget(m_overview);
 
-    m_detail = new AccountDetailScreen(m_detailStack);
-    connect(m_detail, &AccountDetailScreen::refreshRequested, this, [this] {
-        if (ProviderAccount* account = m_detail->account()) {
-            m_content->refresh(account);
-        }
-    });
-    connect(m_detail, &AccountDetailScreen::editRequested, this, [this] {
-        if (ProviderAccount* account = m_detail->account()) {
-            m_content->setEditorState(EditorState::edit(account->id()));
-        }
-    });
-    connect(m_detail, &AccountDetailScreen::signOutConfirmed, this, [this] {
-        if (ProviderAccount* account = m_detail->account()) {
-            m_content->logout(account);
-        }
-    });
-    m_detailStack->addWidget(m_detail);
-
-    auto* unavailablePage = new QWidget(m_detailStack);
-    auto* unavailableLayout = new QVBoxLayout(unavailablePage);
-    unavailableLayout->setContentsMargins(Theme::kSpaceXXL, Theme::kSpaceXXL, Theme::kSpaceXXL,
-                                          Theme::kSpaceXXL);
-    m_unavailable = new StatusCardWidget(
-        DetailRoute::unavailableState(), [this] { m_content->setSelection(SidebarSelection::overview()); },
-        unavailablePage);
-    m_unavailable->setObjectName(QStringLiteral("accountUnavailable"));
-    m_unavailable->actionButton()->setObjectName(QStringLiteral("backToOverviewButton"));
-    unavailableLayout->addWidget(m_unavailable);
-    unavailableLayout->addStretch(1);
-    m_detailStack->addWidget(unavailablePage);
+    // The account screen and the "unavailable" page are built when first routed to: most
+    // launches show the overview and nothing else.
 
     m_splitter->addWidget(m_sidebar);
     m_splitter->addWidget(m_detailStack);
@@ -129,6 +101,57 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
 }
 
 MainWindow::~MainWindow() = default;
+
+AccountDetailScreen* MainWindow::detailScreen() {
+    if (m_detail) {
+        return m_detail;
+    }
+    m_detail = new AccountDetailScreen(m_detailStack);
+    connect(m_detail, &AccountDetailScreen::refreshRequested, this, [this] {
+        if (ProviderAccount* account = m_detail->account()) {
+            m_content->refresh(account);
+        }
+    });
+    connect(m_detail, &AccountDetailScreen::editRequested, this, [this] {
+        if (ProviderAccount* account = m_detail->account()) {
+            m_content->setEditorState(EditorState::edit(account->id()));
+        }
+    });
+    connect(m_detail, &AccountDetailScreen::signOutConfirmed, this, [this] {
+        if (ProviderAccount* account = m_detail->account()) {
+            m_content->logout(account);
+        }
+    });
+    m_detailStack->addWidget(m_detail);
+    connect(m_detail, &AccountDetailScreen::refreshingShown, this,
+            [this](const AccountDetailView::Toolbar& toolbar) {
+                m_refreshAction->setText(toolbar.refreshTitle);
+                m_refreshAction->setEnabled(toolbar.refreshEnabled);
+                if (QWidget* button = m_toolbar->widgetForAction(m_refreshAction)) {
+                    button->setAccessibleName(toolbar.refreshTitle);
+                }
+            });
+    return m_detail;
+}
+
+QWidget* MainWindow::unavailablePage() {
+    if (m_unavailable) {
+        return m_unavailable->parentWidget();
+    }
+    auto* unavailablePage = new QWidget(m_detailStack);
+    auto* unavailableLayout = new QVBoxLayout(unavailablePage);
+    unavailableLayout->setContentsMargins(Theme::kSpaceXXL, Theme::kSpaceXXL, Theme::kSpaceXXL,
+                                          Theme::kSpaceXXL);
+    m_unavailable = new StatusCardWidget(
+        DetailRoute::unavailableState(), [this] { m_content->setSelection(SidebarSelection::overview()); },
+        unavailablePage);
+    m_unavailable->setObjectName(QStringLiteral("accountUnavailable"));
+    m_unavailable->actionButton()->setObjectName(QStringLiteral("backToOverviewButton"));
+    unavailableLayout->addWidget(m_unavailable);
+    unavailableLayout->addStretch(1);
+    m_detailStack->addWidget(unavailablePage);
+    return unavailablePage;
+}
 
 void MainWindow::buildToolbar() {
     m_toolbar = new QToolBar(QStringLiteral("Toolbar"), this);
@@ -170,14 +193,14 @@ void MainWindow::buildToolbar() {
     m_refreshAction =
         item(commands.refreshTitle, commands.refreshIcon, QStringLiteral("refreshAccount"), Tone::accent);
     connect(m_refreshAction, &QAction::triggered, this, [this] {
-        if (ProviderAccount* account = m_detail->account()) {
+        if (ProviderAccount* account = m_detail ? m_detail->account() : nullptr) {
             m_content->refresh(account);
         }
     });
     m_editAction =
         item(commands.editTitle, QStringLiteral("pencil"), QStringLiteral("editAccount"), Tone::accent);
     connect(m_editAction, &QAction::triggered, this, [this] {
-        if (ProviderAccount* account = m_detail->account()) {
+        if (ProviderAccount* account = m_detail ? m_detail->account() : nullptr) {
             m_content->setEditorState(EditorState::edit(account->id()));
         }
     });
@@ -188,14 +211,6 @@ void MainWindow::buildToolbar() {
             m_content->requestDelete(*id);
         }
     });
-    connect(m_detail, &AccountDetailScreen::refreshingShown, this,
-            [this](const AccountDetailView::Toolbar& toolbar) {
-                m_refreshAction->setText(toolbar.refreshTitle);
-                m_refreshAction->setEnabled(toolbar.refreshEnabled);
-                if (QWidget* button = m_toolbar->widgetForAction(m_refreshAction)) {
-                    button->setAccessibleName(toolbar.refreshTitle);
-                }
-            });
 }
 
 void MainWindow::showToolbarFor(DetailRoute::Screen screen) {
@@ -254,7 +269,7 @@ void MainWindow::route() {
         break;
     case DetailRoute::Screen::account: {
         ProviderAccount* account = route.accounts.first();
-        m_detail->setAccount(account, m_content->refreshingIDs().contains(account->id()));
+        detailScreen()->setAccount(account, m_content->refreshingIDs().contains(account->id()));
         break;
     }
     case DetailRoute::Screen::unavailable:
@@ -313,8 +328,8 @@ void MainWindow::presentOnboarding() {
         m_detailStack->addWidget(m_welcome);
     }
     QWidget* screen = m_screen == DetailRoute::Screen::overview  ? static_cast<QWidget*>(m_overview)
-                      : m_screen == DetailRoute::Screen::account ? static_cast<QWidget*>(m_detail)
-                                                                 : m_unavailable->parentWidget();
+                      : m_screen == DetailRoute::Screen::account ? static_cast<QWidget*>(detailScreen())
+                                                                 : unavailablePage();
     m_detailStack->setCurrentWidget(m_content->showOnboarding() ? m_welcome : screen);
 }
 

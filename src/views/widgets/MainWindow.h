@@ -43,6 +43,7 @@ public:
     SettingsView* settingsWindow();
     SidebarView* sidebar() const noexcept { return m_sidebar; }
     OverviewScreen* overview() const noexcept { return m_overview; }
+    // Built when an account is first shown; null before.
     AccountDetailScreen* detail() const noexcept { return m_detail; }
     QWidget* currentScreen() const;
     QToolBar* toolbar() const noexcept { return m_toolbar; }
@@ -73,6 +74,8 @@ private:
     void presentOnboarding();
     void showSettings();
     QWidget* buildWelcome();
+    AccountDetailScreen* detailScreen();
+    QWidget* unavailablePage();
     void presentDialogs();
     void restoreWindowState();
     void saveWindowState();
