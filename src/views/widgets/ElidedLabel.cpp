@@ -16,6 +16,7 @@ ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
 
 void ElidedLabel::setFullText(const QString& text) {
     m_fullText = text;
+    m_heightFor = {};
     setAccessibleName(text);
     elide();
     updateGeometry();
@@ -23,6 +24,7 @@ void ElidedLabel::setFullText(const QString& text) {
 
 void ElidedLabel::setMaximumLines(int lines) {
     m_lines = qMax(1, lines);
+    m_heightFor = {};
     setWordWrap(m_lines > 1);
     QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     policy.setHeightForWidth(m_lines > 1);
@@ -93,10 +95,15 @@ int ElidedLabel::heightForWidth(int width) const {
     // A layout asks with the width of its column; the label never gets wider than its
     // maximum, and wraps at that.
     const int wraps = qBound(1, width, maximumWidth());
+    // Layouts ask again and again for the same width; wrapping the text is what costs.
+    if (wraps == m_heightFor.width) {
+        return m_heightFor.height;
+    }
     const QFontMetrics metrics = fontMetrics();
     const int needed =
         metrics.boundingRect(QRect(0, 0, wraps, 100000), Qt::TextWordWrap, m_fullText).height();
-    return qMin(needed, metrics.lineSpacing() * m_lines);
+    m_heightFor = {wraps, qMin(needed, metrics.lineSpacing() * m_lines)};
+    return m_heightFor.height;
 }
 
 QSize ElidedLabel::minimumSizeHint() const {
@@ -118,6 +125,7 @@ void ElidedLabel::changeEvent(QEvent* event) {
     QLabel::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
         m_laidOutWidth = -1;
+        m_heightFor = {};
         elide();
         updateGeometry();
     }

@@ -44,6 +44,11 @@ private:
     int m_lines = 1;
     Ink m_ink = Ink::palette;
     Tone m_tone = Tone::muted;
+    struct HeightFor {
+        int width = -1;
+        int height = 0;
+    };
+    mutable HeightFor m_heightFor;
     QStaticText m_laidOut;
     int m_laidOutWidth = -1;
 };
