@@ -60,9 +60,12 @@ void report(const char* name, std::vector<Run> runs) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    const int rounds = argc > 1 ? std::atoi(argv[1]) : 15;
+    // "bench_startup --store PATH" only writes the benchmark's store, for profiling one start by hand.
+    const bool storeOnly = argc > 2 && std::string(argv[1]) == "--store";
+    const int rounds = argc > 1 && !storeOnly ? std::atoi(argv[1]) : 15;
     QTemporaryDir dir;
-    const QString storePath = dir.filePath(QStringLiteral("bench.store"));
+    const QString storePath =
+        storeOnly ? QString::fromLocal8Bit(argv[2]) : dir.filePath(QStringLiteral("bench.store"));
     {
         QString error;
         auto store = AccountStore::open(storePath, &error);
@@ -73,6 +76,9 @@ int main(int argc, char* argv[]) {
             std::fprintf(stderr, "%s\n", qPrintable(error));
             return 1;
         }
+    }
+    if (storeOnly) {
+        return 0;
     }
     const std::string home = dir.path().toStdString();
     std::vector<std::string> environment{"QT_QPA_PLATFORM=offscreen",
