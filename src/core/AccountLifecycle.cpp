@@ -123,11 +123,7 @@ QString AccountLifecycle::manualResetNote(OnboardingResetMode mode) {
 }
 
 QList<UsageWindow> AccountLifecycle::onboardingManualWindows(const OnboardingDraft& draft) {
-    // The unit's title with a capital first letter; "USD" stays "USD".
-    QString unitTitle = draft.manualUnit.title();
-    if (!unitTitle.isEmpty()) {
-        unitTitle[0] = unitTitle[0].toUpper();
-    }
+    const QString unitTitle = draft.manualUnit.capitalizedTitle();
     QList<UsageWindow> windows;
     if (draft.manualShortUsed && draft.manualShortLimit) {
         windows.append(UsageWindow{.id = QStringLiteral("onboarding-short"),

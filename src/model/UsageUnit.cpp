@@ -18,3 +18,11 @@ QString UsageUnit::title() const {
     Q_UNREACHABLE();
     return QString();
 }
+
+QString UsageUnit::capitalizedTitle() const {
+    QString result = title();
+    if (!result.isEmpty()) {
+        result[0] = result[0].toUpper();
+    }
+    return result;
+}

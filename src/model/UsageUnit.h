@@ -18,4 +18,6 @@ public:
                                                            u"credits",  u"dollars",  u"items"};
 
     QString title() const;
+    // The title with a capital first letter, for the start of a heading; "USD" stays "USD".
+    QString capitalizedTitle() const;
 };

@@ -12,10 +12,22 @@ QUrl& openAIBase() {
     static QUrl base = OpenAIClient::kAPIBase;
     return base;
 }
+
+std::chrono::milliseconds& openAITimeout() {
+    static std::chrono::milliseconds timeout = OpenAIClient::kTimeout;
+    return timeout;
+}
 } // namespace
 
-void ProviderFactory::setOpenAIBase(const QUrl& base) {
+const std::chrono::milliseconds ProviderFactory::kDefaultTimeout = OpenAIClient::kTimeout;
+
+void ProviderFactory::setOpenAIBase(const QUrl& base, std::chrono::milliseconds timeout) {
     openAIBase() = base.isValid() ? base : OpenAIClient::kAPIBase;
+    openAITimeout() = timeout;
+}
+
+std::unique_ptr<OpenAIUsageProvider> ProviderFactory::makeOpenAI(const QString& apiKey) {
+    return std::make_unique<OpenAIUsageProvider>(apiKey, openAIBase(), openAITimeout());
 }
 
 std::unique_ptr<UsageProvider> ProviderFactory::make(const ProviderAccount& account) {
@@ -30,7 +42,7 @@ std::unique_ptr<UsageProvider> ProviderFactory::make(const ProviderAccount& acco
             // A key that can't be read counts as no key.
             const std::optional<QString> key = KeychainStore::read(account.secretReference());
             if (key && !key->isEmpty()) {
-                return std::make_unique<OpenAIUsageProvider>(*key, openAIBase());
+                return makeOpenAI(*key);
             }
         }
         return std::make_unique<UnsupportedUsageProvider>(provider);

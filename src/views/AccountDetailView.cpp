@@ -6,22 +6,6 @@
 #include "views/SubscriptionCardContent.h"
 
 namespace {
-// Each word starts with a capital; the rest of it stays as written, so "USD" stays
-// "USD" rather than turning into "Usd".
-QString capitalized(const QString& text) {
-    QString result = text;
-    bool atWordStart = true;
-    for (QChar& c : result) {
-        if (c.isSpace()) {
-            atWordStart = true;
-        } else if (atWordStart) {
-            c = c.toUpper();
-            atWordStart = false;
-        }
-    }
-    return result;
-}
-
 AccountDetailView::SectionHeading heading(const char* title, const char* subtitle) {
     return {QString::fromUtf8(title), QString::fromUtf8(subtitle)};
 }
@@ -185,7 +169,7 @@ AccountDetailView::History AccountDetailView::history(const ProviderAccount& acc
                                                       const UsageSnapshot& snapshot) {
     return History{heading("Recent usage", "The trend is scoped to this account and its displayed unit."),
                    snapshot.history.isEmpty() ? QStringLiteral("Usage")
-                                              : capitalized(snapshot.history.first().unit.title()),
+                                              : snapshot.history.first().unit.capitalizedTitle(),
                    QStringLiteral("Persisted daily view · up to 90 days"), account.trendHistory()};
 }
 
@@ -200,7 +184,7 @@ std::optional<AccountDetailView::History> AccountDetailView::billingHistory(cons
     SectionHeading section =
         officialSpend
             ? heading("Spend trend", "Daily USD buckets from the provider's official costs endpoint.")
-            : SectionHeading{capitalized(unit.title()) + QStringLiteral(" trend"),
+            : SectionHeading{unit.capitalizedTitle() + QStringLiteral(" trend"),
                              snapshot.source.title() + QStringLiteral(" history in the provider's native ") +
                                  unit.title() + QStringLiteral(" units.")};
     return History{section, unit.title().toUpper(), QStringLiteral("Selected range"), points};

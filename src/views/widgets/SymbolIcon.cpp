@@ -58,6 +58,8 @@ const QHash<QString, QString>& table() {
         {QStringLiteral("person.crop.circle"), QStringLiteral("outline-user-circle")},
         {QStringLiteral("magnifyingglass"), QStringLiteral("outline-search")},
         {QStringLiteral("xmark.circle.fill"), QStringLiteral("filled-circle-x")},
+        {QStringLiteral("safari.fill"), QStringLiteral("filled-compass")},
+        {QStringLiteral("exclamationmark.circle.fill"), QStringLiteral("filled-alert-circle")},
     };
     return icons;
 }

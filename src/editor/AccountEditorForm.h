@@ -1,0 +1,87 @@
+#pragma once
+
+#include "editor/AccountEditorFields.h"
+#include "model/AgentBudget.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QUrl>
+
+#include <functional>
+#include <optional>
+
+class AccountStore;
+class Preferences;
+class ProviderAccount;
+
+// The account editor without its window: the form's values, the rules that check them,
+// and what saving, testing, signing out and opening the provider's page do. The sheet
+// binds its controls to `fields()` and redraws on changed().
+class AccountEditorForm final : public QObject {
+    Q_OBJECT
+
+public:
+    // `existing` is the account to change, or null for a new one; `onSave` runs after a
+    // successful save, before the sheet closes.
+    AccountEditorForm(AccountStore* store, Preferences* preferences, ProviderAccount* existing,
+                      std::function<void()> onSave = {}, QObject* parent = nullptr);
+    // Overwrites the typed key before its memory is given back.
+    ~AccountEditorForm() override;
+
+    ProviderAccount* existing() const { return m_existing.data(); }
+    bool isNew() const noexcept { return !m_hadExisting; }
+
+    const AccountEditorFields& fields() const noexcept { return m_fields; }
+    // The plain fields, for the controls bound to them; the provider and the connection
+    // mode change only through their setters, which apply the form's reactions.
+    AccountEditorFields& edit() noexcept { return m_fields; }
+    void setProvider(AIProvider provider);
+    void setConnectionMode(ConnectionMode mode);
+    // The "Official API key" and "Manual tracking" tiles.
+    void chooseOfficialAPIKey();
+    void chooseManualTracking();
+
+    // The checks of a typed number and of the budget lines.
+    static std::optional<double> validManualNumber(const QString& text, double minimum);
+    static std::optional<QList<AgentBudget>> parseAgentBudgets(const QString& text);
+    // How the form writes a number it prefills: the shortest text that reads back exactly.
+    static QString decimalText(double value);
+    static constexpr double kMinimumLimit = 0.000001;
+
+    // Writes the form to the record, the keychain and the store. False, with
+    // `errorMessage` set and the sheet to stay open, when a step refused.
+    bool save();
+
+    // The connection actions. openProviderAuth gives the page to open in the browser.
+    std::optional<QUrl> openProviderAuth();
+    void testConnection();
+    void refreshConnection();
+    void logoutConnection();
+
+signals:
+    // Any value of the form changed by the form itself (a test result, a reaction).
+    void changed();
+    // A connection test came to its end, whatever its result.
+    void testFinished();
+
+private:
+    void initialiseFrom(const ProviderAccount& account);
+    // What a new connection mode brings with it; the action that changed the mode sets
+    // its own texts afterwards.
+    void applyModeChange(ConnectionMode mode);
+    // The manual steps of saving: false when a manual value was refused.
+    bool applyManualAllowance(ProviderAccount& target, Timestamp now);
+    void runConnectionTest(QString secret);
+
+    AccountStore* m_store;
+    Preferences* m_preferences;
+    QPointer<ProviderAccount> m_existing;
+    bool m_hadExisting;
+    std::function<void()> m_onSave;
+    AccountEditorFields m_fields;
+    // The record a save of this sheet created, kept for a second try after the store
+    // refused the first, so that trying again adds no second record.
+    QPointer<ProviderAccount> m_created;
+    bool m_saved = false;
+};
