@@ -3,6 +3,7 @@
 #include "core/Preferences.h"
 #include "views/SettingsContent.h"
 #include "views/widgets/BlockParts.h"
+#include "views/widgets/SectionCard.h"
 #include "views/widgets/Theme.h"
 #include "views/widgets/ToggleSwitch.h"
 
@@ -15,33 +16,6 @@
 
 namespace {
 using Ink = ElidedLabel::Ink;
-
-// A card holding a section's rows, separated by hairlines.
-class SectionCard final : public QWidget {
-public:
-    explicit SectionCard(QWidget* parent)
-        : QWidget(parent) {
-        m_layout = new QVBoxLayout(this);
-        m_layout->setContentsMargins(Theme::kSpaceL, Theme::kSpaceS, Theme::kSpaceL, Theme::kSpaceS);
-        m_layout->setSpacing(Theme::kSpaceS);
-    }
-    // Adds a row; returns the hairline above it, if any, which shows and hides with it.
-    QWidget* add(QWidget* row) {
-        QWidget* line = nullptr;
-        if (m_layout->count() > 0) {
-            line = BlockParts::separator(this);
-            m_layout->addWidget(line);
-        }
-        m_layout->addWidget(row);
-        return line;
-    }
-
-protected:
-    void paintEvent(QPaintEvent*) override { Theme::paintCard(this); }
-
-private:
-    QVBoxLayout* m_layout;
-};
 
 // A label and value row of the support table and the About block.
 QWidget* pair(const QString& label, const QString& value, QWidget* parent) {

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QHash>
+#include <QWidget>
+
+class QVBoxLayout;
+
+// A card holding a section's rows, separated by hairlines.
+class SectionCard final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit SectionCard(QWidget* parent = nullptr);
+
+    // Adds a row; returns the hairline above it, if any, which shows and hides with it.
+    QWidget* add(QWidget* row);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QVBoxLayout* m_layout;
+    QHash<QObject*, QWidget*> m_lineAbove;
+};
