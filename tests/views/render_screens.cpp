@@ -2,6 +2,8 @@
 // Usage: render_screens <output folder>
 #include "core/ContentView.h"
 #include "core/Preferences.h"
+#include "editor/AccountEditorForm.h"
+#include "editor/widgets/AccountEditorView.h"
 #include "model/Clock.h"
 #include "providers/MockDataFactory.h"
 #include "views/Badge.h"
@@ -28,6 +30,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QVBoxLayout>
 
 #include <QApplication>
@@ -402,6 +405,54 @@ int main(int argc, char* argv[]) {
             ok &= shoot(window, file("detail-unavailable"));
             window.settingsWindow()->resize(SettingsContent::kWidth, SettingsContent::kHeight);
             ok &= save(*window.settingsWindow(), file("settings"));
+            window.settingsWindow()->close();
+
+            // The account editor: a new account, an OpenAI key after a successful test, and
+            // a manual account; each also as its whole page, to read every section.
+            const auto sheet = [&](const char* screen) {
+                AccountEditorView* editor = window.editor();
+                if (!editor) {
+                    return false;
+                }
+                bool written = save(*editor, file(screen));
+                QWidget* page = editor->findChild<QWidget*>(QStringLiteral("editorPage"));
+                page->resize(page->width(), page->sizeHint().height());
+                QApplication::processEvents();
+                const QByteArray whole = QByteArray(screen) + QByteArrayLiteral("-page");
+                written &= page->grab().save(file(whole.constData()));
+                editor->reject();
+                QApplication::processEvents();
+                return written;
+            };
+            scenario.content->setEditorState(EditorState::newAccount());
+            ok &= sheet("editor-new");
+            scenario.content->setEditorState(EditorState::newAccount());
+            if (AccountEditorView* editor = window.editor()) {
+                editor->findChild<QLineEdit*>(QStringLiteral("accountLabel"))
+                    ->setText(QStringLiteral("Research org"));
+                editor->form()->edit().label = QStringLiteral("Research org");
+                editor->form()->chooseOfficialAPIKey();
+                editor->keyField()->setText(QStringLiteral("sk-admin-0123456789"));
+                editor->form()->edit().secretInput = editor->keyField()->text();
+                editor->form()->edit().detectedMetadata = ProviderConnectionMetadata{
+                    .displayName = QStringLiteral("Research"),
+                    .windows = {UsageWindow{.id = QStringLiteral("rpm"),
+                                            .title = QStringLiteral("Requests / minute"),
+                                            .unit = UsageUnit::requests,
+                                            .horizon = UsageHorizon::shortTerm,
+                                            .limit = 500},
+                                UsageWindow{.id = QStringLiteral("tpm"),
+                                            .title = QStringLiteral("Tokens / minute"),
+                                            .unit = UsageUnit::tokens,
+                                            .horizon = UsageHorizon::shortTerm,
+                                            .limit = 30000}}};
+                editor->form()->edit().testMessage =
+                    QStringLiteral("Connected — provider metadata and rate limits detected.");
+                Q_EMIT editor->form()->changed();
+            }
+            ok &= sheet("editor-apikey");
+            scenario.content->setEditorState(EditorState::edit(manual->id()));
+            ok &= sheet("editor-manual");
         }
         {
             // Fifty accounts across the providers.

@@ -1,6 +1,7 @@
 #include "views/widgets/MainWindow.h"
 
 #include "core/ContentView.h"
+#include "editor/widgets/AccountEditorView.h"
 #include "model/UuidText.h"
 #include "views/PlatformWording.h"
 #include "views/SidebarModel.h"
@@ -91,6 +92,7 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
         }
     });
     connect(m_content, &ContentView::heartbeatTicked, this, &MainWindow::timePassed);
+    connect(m_content, &ContentView::editorStateChanged, this, &MainWindow::presentEditor);
     connect(m_content, &ContentView::presentationChanged, this, [this] {
         presentOnboarding();
         presentDialogs();
@@ -319,6 +321,30 @@ void MainWindow::timePassed() {
     } else if (m_screen == DetailRoute::Screen::account) {
         m_detail->redraw();
     }
+}
+
+void MainWindow::presentEditor() {
+    const std::optional<EditorState>& state = m_content->editorState();
+    if (!state) {
+        if (m_editor) {
+            m_editor->reject();
+        }
+        return;
+    }
+    if (m_editor) {
+        return; // one sheet at a time
+    }
+    const EditorState opened = *state;
+    m_editor = new AccountEditorView(
+        m_content->store(), m_content->preferences(), opened.account(m_content->accounts()),
+        [this, opened] { m_content->editorDidSave(opened); }, this);
+    AccountEditorView* editor = m_editor;
+    connect(editor, &QDialog::finished, this, [this, editor] {
+        editor->deleteLater();
+        m_editor = nullptr;
+        m_content->setEditorState(std::nullopt);
+    });
+    editor->open();
 }
 
 void MainWindow::presentOnboarding() {

@@ -11,6 +11,7 @@
 #include <QUuid>
 
 class AccountDetailScreen;
+class AccountEditorView;
 class ContentView;
 class OverviewScreen;
 class QAction;
@@ -51,6 +52,8 @@ public:
     QMessageBox* deleteDialog() const noexcept { return m_deleteDialog; }
     QMessageBox* sampleClearDialog() const noexcept { return m_sampleClearDialog; }
     TrackerCommands* commands() const noexcept { return m_commands; }
+    // The account editor sheet, while one is open.
+    AccountEditorView* editor() const noexcept { return m_editor; }
 
 signals:
     // Emitted once, after the window was first shown.
@@ -77,6 +80,8 @@ private:
     AccountDetailScreen* detailScreen();
     QWidget* unavailablePage();
     void presentDialogs();
+    // Opens the account editor sheet when the controller asks for one, closes it when not.
+    void presentEditor();
     void restoreWindowState();
     void saveWindowState();
 
@@ -95,6 +100,7 @@ private:
     QAction* m_deleteAction = nullptr;
     QPointer<QMessageBox> m_deleteDialog;
     QPointer<QMessageBox> m_sampleClearDialog;
+    AccountEditorView* m_editor = nullptr;
     TrackerCommands* m_commands = nullptr;
     SettingsView* m_settings = nullptr;
     bool m_appeared = false;

@@ -146,6 +146,18 @@ QComboBox::drop-down { border: none; width: 22px; }
 QComboBox::down-arrow { image: url(:/icons/chevron-down-@look.svg); width: 12px; height: 12px; }
 QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @line;
                               selection-background-color: @accentFill; selection-color: @text; outline: none; }
+QAbstractSpinBox { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
+                   padding: 4px 8px; selection-background-color: @accentFill; }
+QAbstractSpinBox:focus { border-color: @accent; }
+QDateTimeEdit::drop-down { border: none; width: 22px; }
+QDateTimeEdit::down-arrow { image: url(:/icons/chevron-down-@look.svg); width: 12px; height: 12px; }
+QPlainTextEdit { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
+                 padding: 4px; selection-background-color: @accentFill; }
+QPlainTextEdit:focus { border-color: @accent; }
+QCalendarWidget QWidget { background: @surface; color: @text; alternate-background-color: @surface; }
+QCalendarWidget QAbstractItemView { selection-background-color: @accent; selection-color: white; }
+QCalendarWidget QToolButton { color: @text; background: transparent; border: none; padding: 4px 8px; }
+#qt_calendar_navigationbar { background: @surface; border-bottom: 1px solid @line; }
 QMenu { background: @surface; color: @text; border: 1px solid @line; padding: 4px; }
 QMenu::item { padding: 5px 18px; border-radius: 4px; }
 QMenu::item:selected { background: @accentFill; }

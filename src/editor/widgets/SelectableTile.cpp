@@ -1,0 +1,117 @@
+#include "editor/widgets/SelectableTile.h"
+
+#include "views/widgets/ProviderLogoWidget.h"
+#include "views/widgets/SymbolIcon.h"
+#include "views/widgets/Theme.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace {
+constexpr int kLogo = 22;
+constexpr int kCheck = 16;
+constexpr int kPadding = Theme::kSpaceM;
+} // namespace
+
+SelectableTile::SelectableTile(AIProvider logo, const QString& title, const QString& subtitle,
+                               QWidget* parent)
+    : QAbstractButton(parent)
+    , m_logo(logo) {
+    setCheckable(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setCursor(Qt::PointingHandCursor);
+    setAttribute(Qt::WA_Hover);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setContent(logo, title, subtitle);
+}
+
+void SelectableTile::setContent(AIProvider logo, const QString& title, const QString& subtitle) {
+    if (m_logo == logo && text() == title && m_subtitle == subtitle) {
+        return;
+    }
+    m_logo = logo;
+    m_subtitle = subtitle;
+    setText(title);
+    setAccessibleName(title);
+    setAccessibleDescription(subtitle);
+    updateGeometry();
+    update();
+}
+
+void SelectableTile::setSelected(bool selected) {
+    m_selected = selected;
+    setChecked(selected);
+    update();
+}
+
+QSize SelectableTile::sizeHint() const {
+    const QFontMetrics title(Theme::font(font(), Theme::kBody, QFont::DemiBold));
+    const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
+    const int textWidth = qMax(title.horizontalAdvance(text()), second.horizontalAdvance(m_subtitle));
+    const int height = m_subtitle.isEmpty() ? title.height() : title.height() + 2 + second.height();
+    return QSize(kPadding * 2 + kLogo + Theme::kSpaceS + qMin(textWidth, 220) + Theme::kSpaceS + kCheck,
+                 qMax(kLogo, height) + kPadding * 2);
+}
+
+QSize SelectableTile::minimumSizeHint() const {
+    return QSize(kPadding * 2 + kLogo + Theme::kSpaceS + 48 + kCheck, sizeHint().height());
+}
+
+void SelectableTile::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        click();
+        return;
+    }
+    QAbstractButton::keyPressEvent(event);
+}
+
+void SelectableTile::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const Theme::Appearance look = Theme::appearance(palette());
+    const QColor accent = Theme::colors(Tone::accent, look).foreground;
+    const QRectF frame = QRectF(rect()).adjusted(1, 1, -1, -1);
+    painter.setBrush(m_selected ? Theme::colors(Tone::accent, look).fill : Theme::card(look));
+    painter.setPen(QPen(m_selected || hasFocus() ? accent : Theme::separator(look), m_selected ? 1.5 : 1.0));
+    painter.drawRoundedRect(frame, Theme::kRadiusCard, Theme::kRadiusCard);
+    if (underMouse() && !m_selected) {
+        QColor hover = accent;
+        hover.setAlphaF(0.06F);
+        painter.setBrush(hover);
+        painter.setPen(Qt::NoPen);
+        painter.drawRoundedRect(frame, Theme::kRadiusCard, Theme::kRadiusCard);
+    }
+
+    const qreal ratio = devicePixelRatioF();
+    const QColor ink = Theme::primaryText(look);
+    const QPixmap logo = ProviderLogoWidget::logo(m_logo, kLogo, ink, ratio);
+    const int logoTop = (height() - kLogo) / 2;
+    painter.drawPixmap(QPoint(kPadding, logoTop), logo);
+
+    const int textLeft = kPadding + kLogo + Theme::kSpaceS;
+    const int textRight = width() - kPadding - kCheck - Theme::kSpaceS;
+    const QFont titleFont = Theme::font(font(), Theme::kBody, QFont::DemiBold);
+    const QFont secondFont = Theme::font(font(), Theme::kFootnote);
+    const QFontMetrics titleMetrics(titleFont);
+    const QFontMetrics secondMetrics(secondFont);
+    const int block =
+        m_subtitle.isEmpty() ? titleMetrics.height() : titleMetrics.height() + 2 + secondMetrics.height();
+    int y = (height() - block) / 2;
+    const int room = qMax(0, textRight - textLeft);
+    painter.setFont(titleFont);
+    painter.setPen(ink);
+    painter.drawText(QRect(textLeft, y, room, titleMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
+                     titleMetrics.elidedText(text(), Qt::ElideRight, room));
+    if (!m_subtitle.isEmpty()) {
+        y += titleMetrics.height() + 2;
+        painter.setFont(secondFont);
+        painter.setPen(Theme::secondaryText(look));
+        painter.drawText(QRect(textLeft, y, room, secondMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
+                         secondMetrics.elidedText(m_subtitle, Qt::ElideRight, room));
+    }
+    if (m_selected) {
+        const QPixmap check =
+            SymbolIcon::pixmap(QStringLiteral("checkmark.circle.fill"), accent, kCheck, ratio);
+        painter.drawPixmap(QPoint(width() - kPadding - kCheck, (height() - kCheck) / 2), check);
+    }
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "model/AIProvider.h"
+
+#include <QAbstractButton>
+
+#include <optional>
+
+// A tile to choose one of several: the provider's logo, a title and an optional second
+// line, and while chosen an accent ring and a check mark. Its accessible name is its
+// title; it is checkable, so a screen reader says which one is chosen.
+class SelectableTile final : public QAbstractButton {
+    Q_OBJECT
+
+public:
+    SelectableTile(AIProvider logo, const QString& title, const QString& subtitle, QWidget* parent = nullptr);
+
+    void setContent(AIProvider logo, const QString& title, const QString& subtitle);
+    void setSelected(bool selected);
+    bool isSelected() const noexcept { return m_selected; }
+    const QString& subtitle() const noexcept { return m_subtitle; }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void nextCheckState() override {}
+
+private:
+    AIProvider m_logo;
+    QString m_subtitle;
+    bool m_selected = false;
+};

@@ -1,0 +1,446 @@
+#include "editor/widgets/AccountEditorView.h"
+
+#include "core/ContentView.h"
+#include "core/CoreFixtures.h"
+#include "editor/AccountEditorForm.h"
+#include "editor/widgets/ManualHorizonEditor.h"
+#include "editor/widgets/SelectableTile.h"
+#include "model/Clock.h"
+#include "providers/ProviderFactory.h"
+#include "services/KeychainStore.h"
+#include "views/widgets/ElidedLabel.h"
+#include "views/widgets/MainWindow.h"
+#include "views/widgets/ToggleSwitch.h"
+
+#include "providers/FakeOpenAIServer.h"
+
+#include <QAccessible>
+#include <QComboBox>
+#include <QDateTimeEdit>
+#include <QDesktopServices>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolButton>
+
+namespace {
+// Every name the accessibility tree gives under `widget`, as a screen reader finds them.
+void collectNames(QAccessibleInterface* node, QStringList& names, int depth = 0) {
+    if (!node || depth > 60) {
+        return;
+    }
+    if (!node->state().invisible) {
+        if (const QString name = node->text(QAccessible::Name); !name.isEmpty()) {
+            names.append(name);
+        }
+    }
+    for (int i = 0; i < node->childCount(); ++i) {
+        collectNames(node->child(i), names, depth + 1);
+    }
+}
+
+QStringList accessibleNames(QWidget* widget) {
+    QStringList names;
+    collectNames(QAccessible::queryAccessibleInterface(widget), names);
+    return names;
+}
+
+// The visible texts of the labels under a widget.
+QStringList texts(const QWidget* root) {
+    QStringList result;
+    for (const ElidedLabel* label : root->findChildren<ElidedLabel*>()) {
+        if (label->isVisibleTo(root)) {
+            result.append(label->fullText());
+        }
+    }
+    return result;
+}
+
+template <typename T>
+T* named(const QWidget* root, const QString& name) {
+    for (T* widget : root->findChildren<T*>()) {
+        if (widget->accessibleName() == name && widget->isVisibleTo(root)) {
+            return widget;
+        }
+    }
+    return nullptr;
+}
+
+QPushButton* button(const QWidget* root, const QString& text) {
+    return named<QPushButton>(root, text);
+}
+
+SelectableTile* tile(const QWidget* root, const QString& title) {
+    return named<SelectableTile>(root, title);
+}
+
+QStringList selectedTiles(const QWidget* root) {
+    QStringList result;
+    for (const SelectableTile* tile : root->findChildren<SelectableTile*>()) {
+        if (tile->isVisibleTo(root) && tile->isSelected()) {
+            result.append(tile->text());
+        }
+    }
+    return result;
+}
+
+// Types into a field as a person does.
+void type(QLineEdit* field, const QString& text) {
+    QVERIFY(field);
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClick(field, Qt::Key_Backspace);
+    QTest::keyClicks(field, text);
+}
+
+struct Window {
+    CoreFixture fixture;
+    std::unique_ptr<ContentView> content;
+    std::unique_ptr<MainWindow> window;
+
+    Window() {
+        content = std::make_unique<ContentView>(fixture.store.get(), fixture.preferences.get());
+        window = std::make_unique<MainWindow>(content.get());
+        window->show();
+    }
+
+    AccountEditorView* openAdd() {
+        content->setEditorState(EditorState::newAccount());
+        return window->editor();
+    }
+
+    // The store as a fresh start would read it.
+    std::unique_ptr<AccountStore> reopened() {
+        QString error;
+        return AccountStore::open(fixture.dir.filePath(QStringLiteral("accounts.store")), &error);
+    }
+};
+
+const QByteArray kProbeBody =
+    R"({"object":"page","data":[{"object":"bucket","start_time":1763510400,"end_time":1763514000,"results":[)"
+    R"({"object":"organization.usage.completions.result","input_tokens":5,"output_tokens":1,"num_model_requests":1,)"
+    R"("model":"gpt-4o"}]}],"has_more":false})";
+} // namespace
+
+// The sheet opens the real page in the browser only through this handler.
+class PageCatcher final : public QObject {
+    Q_OBJECT
+
+public:
+    QList<QUrl> opened;
+
+public slots:
+    void open(const QUrl& url) { opened.append(url); }
+};
+
+class TestAccountEditorView final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QDesktopServices::setUrlHandler(QStringLiteral("https"), &m_pages, "open"); }
+    void cleanupTestCase() { QDesktopServices::unsetUrlHandler(QStringLiteral("https")); }
+    void cleanup() { ProviderFactory::setOpenAIBase(QUrl()); }
+
+    void everyAddActionOpensTheSheet() {
+        Window w;
+        QToolButton* add = w.window->findChild<QToolButton*>(QStringLiteral("addAccountButton"));
+        QVERIFY(add);
+        add->click();
+        QVERIFY(w.window->editor());
+        QVERIFY(w.window->editor()->isVisible());
+        QCOMPARE(w.window->editor()->windowModality(), Qt::WindowModal);
+        QCOMPARE(w.window->editor()->windowTitle(), QStringLiteral("Add Account"));
+        // Escape cancels: nothing saved, the controller forgets the sheet.
+        QTest::keyClick(w.window->editor(), Qt::Key_Escape);
+        QTRY_VERIFY(!w.window->editor());
+        QVERIFY(!w.content->editorState());
+        QVERIFY(w.fixture.store->accounts().isEmpty());
+    }
+
+    void aNewAccountStartsWithSamplesAndNoTile() {
+        Window w;
+        AccountEditorView* sheet = w.openAdd();
+        QVERIFY(selectedTiles(sheet) == QStringList{QStringLiteral("OpenAI")}); // the provider only
+        QVERIFY(sheet->findChild<ToggleSwitch*>(QStringLiteral("sampleDataToggle"))->isVisibleTo(sheet));
+        QVERIFY(!button(sheet, QStringLiteral("Refresh connection")));
+        QVERIFY(!button(sheet, QStringLiteral("Log out")));
+        QVERIFY(!sheet->findChild<QWidget*>(QStringLiteral("manualSection"))->isVisibleTo(sheet));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Subscription")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Authentication")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Advanced details")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Per-agent budgets")));
+        QVERIFY(sheet->saveButton()->isDefault());
+    }
+
+    void aSampleAccountIsSavedAndReadBack() {
+        Window w;
+        AccountEditorView* sheet = w.openAdd();
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("Team sandbox"));
+        tile(sheet, QStringLiteral("Claude"))->click();
+        QCOMPARE(sheet->form()->fields().provider, AIProvider::anthropic);
+        QCOMPARE(selectedTiles(sheet), QStringList{QStringLiteral("Claude")});
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("agentCount")), QStringLiteral("2"));
+        sheet->saveButton()->click();
+        QTRY_VERIFY(!w.window->editor());
+        auto store = w.reopened();
+        QCOMPARE(store->accounts().size(), 1);
+        const ProviderAccount* saved = store->accounts().first();
+        QCOMPARE(saved->label(), QStringLiteral("Team sandbox"));
+        QCOMPARE(saved->provider(), AIProvider::anthropic);
+        QCOMPARE(saved->agentCount(), std::optional<qint64>(2));
+        QCOMPARE(saved->syncMessage(), QStringLiteral("Sample snapshot loaded locally"));
+        QVERIFY(saved->snapshot());
+    }
+
+    void aManualAccountIsTypedInAndReadBack() {
+        Window w;
+        AccountEditorView* sheet = w.openAdd();
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("Grok at home"));
+        tile(sheet, QStringLiteral("Grok"))->click();
+        tile(sheet, QStringLiteral("Manual tracking"))->click();
+        QCOMPARE(selectedTiles(sheet), (QStringList{"Grok", "Manual tracking"}));
+        QVERIFY(sheet->findChild<QWidget*>(QStringLiteral("manualSection"))->isVisibleTo(sheet));
+        QVERIFY(!sheet->findChild<ToggleSwitch*>(QStringLiteral("sampleDataToggle"))->isVisibleTo(sheet));
+        auto* unit = sheet->findChild<QComboBox*>(QStringLiteral("manualUnit"));
+        QCOMPARE(unit->accessibleName(), QStringLiteral("Unit"));
+        unit->setFocus();
+        unit->setCurrentIndex(unit->findText(QStringLiteral("messages")));
+        Q_EMIT unit->activated(unit->currentIndex());
+        auto* shortTerm = sheet->findChild<ManualHorizonEditor*>(QStringLiteral("manualShortTerm"));
+        type(shortTerm->limitField(), QStringLiteral("50"));
+        type(shortTerm->usedField(), QStringLiteral("12"));
+        QVERIFY(texts(shortTerm).contains(QStringLiteral("Reset not provided — you can add it later.")));
+        shortTerm->resetSwitch()->click();
+        QVERIFY(shortTerm->resetPicker()->isVisibleTo(sheet));
+        const QDateTime reset = QDateTime::currentDateTime().addDays(1);
+        shortTerm->resetPicker()->setDateTime(reset);
+        sheet->saveButton()->click();
+        QTRY_VERIFY(!w.window->editor());
+        auto store = w.reopened();
+        const ProviderAccount* saved = store->accounts().first();
+        QCOMPARE(saved->connectionMode(), ConnectionMode::manual);
+        QCOMPARE(saved->syncStatus(), SyncStatus::partial);
+        const UsageWindow window = saved->snapshot()->windows.first();
+        QCOMPARE(window.title, QStringLiteral("Messages / short term"));
+        QCOMPARE(window.used, std::optional<double>(12));
+        QCOMPARE(window.limit, std::optional<double>(50));
+        QVERIFY(window.resetAt);
+        QVERIFY(std::abs(window.resetAt->secondsSince(Timestamp::fromDateTime(reset))) < 60);
+    }
+
+    void aRefusedSaveKeepsTheSheetAndWhatWasTyped() {
+        Window w;
+        AccountEditorView* sheet = w.openAdd();
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("Typed"));
+        tile(sheet, QStringLiteral("Manual tracking"))->click();
+        auto* shortTerm = sheet->findChild<ManualHorizonEditor*>(QStringLiteral("manualShortTerm"));
+        type(shortTerm->limitField(), QStringLiteral("1e309"));
+        type(shortTerm->usedField(), QStringLiteral("1"));
+        sheet->saveButton()->click();
+        QVERIFY(w.window->editor() == sheet && sheet->isVisible());
+        const QString message = QStringLiteral(
+            "Short-term limit and used values must be finite numbers, with a limit greater than zero.");
+        QVERIFY(texts(sheet).contains(message));
+        QVERIFY(sheet->findChild<QWidget*>(QStringLiteral("editorError"))->isVisibleTo(sheet));
+        QCOMPARE(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel"))->text(),
+                 QStringLiteral("Typed"));
+        QCOMPARE(shortTerm->limitField()->text(), QStringLiteral("1e309"));
+        QVERIFY(w.fixture.store->accounts().isEmpty());
+        // A pasted page of text into a number field is refused the same way.
+        type(shortTerm->limitField(), QString(10000, u'7'));
+        sheet->saveButton()->click();
+        QVERIFY(texts(sheet).contains(message));
+        type(shortTerm->limitField(), QStringLiteral("10"));
+        sheet->saveButton()->click();
+        QTRY_VERIFY(!w.window->editor());
+        QCOMPARE(w.reopened()->accounts().size(), 1);
+    }
+
+    void anOpenAIKeyIsTestedAndSaved() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"),
+                        {200,
+                         kProbeBody,
+                         {{"x-ratelimit-limit-requests", "60"}, {"x-ratelimit-remaining-requests", "59"}}});
+        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
+        server.setReply(QStringLiteral("projects"),
+                        {200, R"({"object":"list","data":[],"has_more":false})", {}});
+        ProviderFactory::setOpenAIBase(server.base());
+        Window w;
+        AccountEditorView* sheet = w.openAdd();
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("Org"));
+        tile(sheet, QStringLiteral("Official API key"))->click();
+        QLineEdit* key = sheet->keyField();
+        QVERIFY(key->isVisibleTo(sheet));
+        QCOMPARE(key->echoMode(), QLineEdit::Password);
+        QCOMPARE(key->accessibleName(), QStringLiteral("API key (saved in Keychain)"));
+        type(key, QStringLiteral("sk-admin-secret"));
+        QPushButton* test = button(sheet, QStringLiteral("Test connection"));
+        QVERIFY(test);
+        QSignalSpy finished(sheet->form(), &AccountEditorForm::testFinished);
+        test->click();
+        // Waiting keeps the sheet alive: the button says so and can't be pressed twice.
+        QCOMPARE(test->text(), QStringLiteral("Checking…"));
+        QVERIFY(!test->isEnabled());
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(test->text(), QStringLiteral("Test connection"));
+        QVERIFY(
+            texts(sheet).contains(QStringLiteral("Connected — provider metadata and rate limits detected.")));
+        QVERIFY(sheet->findChild<QWidget*>(QStringLiteral("detectedPanel"))->isVisibleTo(sheet));
+        QVERIFY(texts(sheet).contains(QStringLiteral("1 provider-reported quota signal")));
+        sheet->saveButton()->click();
+        QTRY_VERIFY(!w.window->editor());
+        auto store = w.reopened();
+        const ProviderAccount* saved = store->accounts().first();
+        QCOMPARE(saved->connectionMode(), ConnectionMode::apiKey);
+        QVERIFY(saved->detectedMetadata());
+        QCOMPARE(KeychainStore::read(saved->secretReference()),
+                 std::optional<QString>(QStringLiteral("sk-admin-secret")));
+        QCOMPARE(saved->syncMessage(),
+                 QStringLiteral("Add a manual allowance or refresh with an official API connection"));
+    }
+
+    void theKeyFieldIsWipedWhenTheSheetCloses() {
+        Window w;
+        AccountEditorView* sheet = w.openAdd();
+        tile(sheet, QStringLiteral("Official API key"))->click();
+        type(sheet->keyField(), QStringLiteral("sk-never-saved"));
+        QLineEdit* key = sheet->keyField();
+        QPointer<AccountEditorView> guard(sheet);
+        sheet->reject();
+        QVERIFY(key->text().isEmpty() || !guard);
+        QTRY_VERIFY(!guard);
+        QVERIFY(w.fixture.store->accounts().isEmpty());
+    }
+
+    void editingAnAccountSelectsItAfterSaving() {
+        Window w;
+        ProviderAccount* account = w.fixture.addAccount(QStringLiteral("Old name"), AIProvider::gemini);
+        account->setAccountKind(AccountKind::consumer);
+        QVERIFY(w.fixture.store->save());
+        w.content->setEditorState(EditorState::edit(account->id()));
+        AccountEditorView* sheet = w.window->editor();
+        QVERIFY(sheet);
+        QCOMPARE(sheet->windowTitle(), QStringLiteral("Edit Account"));
+        QCOMPARE(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel"))->text(),
+                 QStringLiteral("Old name"));
+        QCOMPARE(sheet->findChild<QLineEdit*>(QStringLiteral("identityDetail"))->accessibleName(),
+                 QStringLiteral("Login or workspace note"));
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("New name"));
+        sheet->saveButton()->click();
+        QTRY_VERIFY(!w.window->editor());
+        QCOMPARE(w.content->selection(), SidebarSelection::account(account->id()));
+        QCOMPARE(w.reopened()->account(account->id())->label(), QStringLiteral("New name"));
+    }
+
+    void theProviderPageOpensAndOpensAgain() {
+        m_pages.opened.clear();
+        Window w;
+        ProviderAccount* account = w.fixture.addAccount(QStringLiteral("Claude"), AIProvider::anthropic);
+        QVERIFY(w.fixture.store->save());
+        w.content->setEditorState(EditorState::edit(account->id()));
+        AccountEditorView* sheet = w.window->editor();
+        tile(sheet, QStringLiteral("Open Claude site"))->click();
+        QCOMPARE(m_pages.opened.size(), 1);
+        QVERIFY(texts(sheet).contains(QStringLiteral("Provider page opened")));
+        QPushButton* again = button(sheet, QStringLiteral("Open again"));
+        QVERIFY(again);
+        QVERIFY(button(sheet, QStringLiteral("Refresh connection")));
+        again->click();
+        QCOMPARE(m_pages.opened.size(), 2);
+        QCOMPARE(sheet->form()->fields().connectionMode, ConnectionMode::browser);
+        // Leaving the page for manual tracking drops the page's note.
+        tile(sheet, QStringLiteral("Manual tracking"))->click();
+        QVERIFY(!sheet->findChild<ElidedLabel*>(QStringLiteral("testMessage"))->isVisibleTo(sheet));
+        sheet->reject();
+    }
+
+    void logOutDeletesTheKeyBeforeAnySave() {
+        Window w;
+        ProviderAccount* account = w.fixture.addAccount(QStringLiteral("Org"));
+        account->setConnectionMode(ConnectionMode::apiKey);
+        KeychainStore::save(QStringLiteral("sk-stored"), account->secretReference());
+        QVERIFY(w.fixture.store->save());
+        w.content->setEditorState(EditorState::edit(account->id()));
+        AccountEditorView* sheet = w.window->editor();
+        QVERIFY(button(sheet, QStringLiteral("Refresh connection")));
+        QPushButton* logout = button(sheet, QStringLiteral("Log out"));
+        QVERIFY(logout);
+        logout->click();
+        QVERIFY(!KeychainStore::read(account->secretReference()));
+        QVERIFY(texts(sheet).contains(
+            QStringLiteral("Signed out. Choose Manual tracking, or reconnect the official OpenAI API key.")));
+        QCOMPARE(selectedTiles(sheet), (QStringList{"OpenAI", "Manual tracking"}));
+        QTest::keyClick(sheet, Qt::Key_Escape);
+        QTRY_VERIFY(!w.window->editor());
+        QVERIFY(!KeychainStore::read(account->secretReference()));
+    }
+
+    void everyControlIsNamedByItsLabel() {
+        Window w;
+        AccountEditorView* sheet = w.openAdd();
+        tile(sheet, QStringLiteral("Official API key"))->click();
+        QStringList names = accessibleNames(sheet);
+        for (const char* expected : {"Account label",
+                                     "OpenAI",
+                                     "Claude",
+                                     "Grok",
+                                     "Gemini",
+                                     "Open OpenAI site",
+                                     "Official API key",
+                                     "Manual tracking",
+                                     "API key (saved in Keychain)",
+                                     "Test connection",
+                                     "Login or workspace note",
+                                     "Primary model scope (optional)",
+                                     "Agent / API key scope (optional)",
+                                     "Agent roster (optional)",
+                                     "Agents using this account",
+                                     "Track renewal date",
+                                     "Plan / project override (optional)",
+                                     "Per-agent budgets",
+                                     "Cancel",
+                                     "Save"}) {
+            QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
+        }
+        tile(sheet, QStringLiteral("Manual tracking"))->click();
+        names = accessibleNames(sheet);
+        for (const char* expected : {"Unit", "Limit", "Used", "I know the reset time"}) {
+            QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
+        }
+        auto* renewal = sheet->findChild<ToggleSwitch*>(QStringLiteral("trackRenewal"));
+        renewal->click();
+        QVERIFY(accessibleNames(sheet).contains(QStringLiteral("Renews")));
+        sheet->reject();
+    }
+
+    void tabFollowsTheReadingOrder() {
+        Window w;
+        AccountEditorView* sheet = w.openAdd();
+        QVERIFY(QTest::qWaitForWindowActive(sheet));
+        auto* label = sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel"));
+        label->setFocus();
+        QStringList order;
+        QWidget* current = label;
+        for (int i = 0; i < 9; ++i) {
+            current = current->nextInFocusChain();
+            while (current && (!current->isVisibleTo(sheet) || current->focusPolicy() == Qt::NoFocus ||
+                               !current->isEnabled())) {
+                current = current->nextInFocusChain();
+            }
+            order.append(current->accessibleName());
+        }
+        QCOMPARE(order,
+                 (QStringList{"OpenAI", "Claude", "Grok", "Gemini", "Open OpenAI site", "Official API key",
+                              "Manual tracking", "Use safe sample data", "Login or workspace note"}));
+        sheet->reject();
+    }
+
+private:
+    PageCatcher m_pages;
+};
+
+QTEST_MAIN(TestAccountEditorView)
+#include "tst_accounteditorview.moc"
