@@ -2,6 +2,7 @@
 
 #include "editor/AccountEditorFields.h"
 #include "model/AgentBudget.h"
+#include "store/ProviderAccount.h"
 
 #include <QList>
 #include <QObject>
@@ -13,7 +14,6 @@
 
 class AccountStore;
 class Preferences;
-class ProviderAccount;
 
 // The account editor without its window: the form's values, the rules that check them,
 // and what saving, testing, signing out and opening the provider's page do. The sheet
