@@ -170,8 +170,10 @@ AccountEditorForm::AccountEditorForm(AccountStore* store, Preferences* preferenc
 AccountEditorForm::~AccountEditorForm() {
     m_fields.secretInput.fill(QChar(0));
     m_fields.secretInput.clear();
-    // A new record whose save failed at the last step is not left behind in the store.
+    // A new record whose save failed at the last step is not left behind in the store,
+    // nor the key this sheet stored for it.
     if (m_created && !m_saved && m_store) {
+        KeychainStore::deleteItem(m_created->secretReference());
         m_store->remove(m_created);
     }
 }

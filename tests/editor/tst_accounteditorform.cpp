@@ -654,15 +654,21 @@ private slots:
             QVERIFY(form.save());
             QCOMPARE(fixture.store->accounts().size(), 1);
         }
-        // A sheet cancelled after a refused save leaves no record behind.
+        // A sheet cancelled after a refused save leaves no record behind, and no key.
+        QString reference;
         {
             AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
             form.edit().label = QStringLiteral("Cancelled");
+            form.chooseOfficialAPIKey();
+            form.edit().secretInput = QStringLiteral("sk-orphan");
             QVERIFY(refuse(true));
             QVERIFY(!form.save());
             QVERIFY(refuse(false));
             QCOMPARE(fixture.store->accounts().size(), 2);
+            reference = fixture.store->accounts().last()->secretReference();
+            QCOMPARE(KeychainStore::read(reference), std::optional<QString>(QStringLiteral("sk-orphan")));
         }
+        QVERIFY(!KeychainStore::read(reference));
         QCOMPARE(fixture.store->accounts().size(), 1);
         QCOMPARE(fixture.store->accounts().first()->label(), QStringLiteral("Typed"));
     }
