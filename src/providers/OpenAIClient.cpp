@@ -64,7 +64,12 @@ OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds 
     : m_apiKey(std::move(apiKey))
     , m_base(std::move(base))
     , m_timeout(timeout)
-    , m_deadline(deadline) {}
+    , m_deadline(deadline)
+    , m_cancellation(std::make_shared<RequestCancellation>()) {}
+
+void OpenAIClient::cancel() {
+    m_cancellation->cancel();
+}
 
 void OpenAIClient::addQueryItem(QUrlQuery& query, const QString& key, const QString& value) {
     // QUrlQuery takes "%41" in a value as already encoded and a server reads "+" as a
@@ -87,11 +92,17 @@ QNetworkRequest OpenAIClient::request(const QUrl& url) const {
 }
 
 QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
+    const std::shared_ptr<RequestCancellation> cancellation = m_cancellation;
+    if (cancellation->isCancelled()) {
+        throw TransportError{QNetworkReply::OperationCanceledError,
+                             QStringLiteral("The request was cancelled.")};
+    }
     // Deleted later, never inside its own signals, which resume this coroutine.
     const auto deleteLater = [](QNetworkReply* finished) { finished->deleteLater(); };
     std::unique_ptr<QNetworkReply, decltype(deleteLater)> reply(sharedManager().get(request(url)),
                                                                 deleteLater);
     QNetworkReply* pending = reply.get();
+    QObject::connect(cancellation.get(), &RequestCancellation::cancelled, pending, &QNetworkReply::abort);
     // The time-out counts from the last sign of life, on a precise timer: Qt's own
     // transfer time-out runs on a coarse one that may fire up to 5 % early. However lively
     // the server, a request also ends at its deadline: a trickle of bytes would otherwise

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "providers/RequestCancellation.h"
+
 #include "providers/DateInterval.h"
 #include "providers/HeaderValues.h"
 #include "providers/OpenAIRecords.h"
@@ -14,6 +16,7 @@
 #include <QCoro/QCoroTask>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 
 // The wire layer of the OpenAI connector: authorized GET requests against the
@@ -56,6 +59,9 @@ public:
     QNetworkRequest request(const QUrl& url) const;
     // Sends the GET and waits for the whole response. Throws TransportError.
     QCoro::Task<Response> get(QUrl url) const;
+    // Aborts the request in flight, if any, and fails every later one at once: the
+    // operation that made this client is no longer wanted.
+    void cancel();
 
     // Throws the UsageProviderError a response stands for: the status's own error, or
     // `server` with `otherStatusText` for any other status outside 200 to 299.
@@ -81,4 +87,5 @@ private:
     QUrl m_base;
     std::chrono::milliseconds m_timeout;
     std::chrono::milliseconds m_deadline;
+    std::shared_ptr<RequestCancellation> m_cancellation;
 };

@@ -27,6 +27,8 @@ public:
     // detects the project, its name and its per-model ceilings.
     QCoro::Task<ProviderConnection> connect(const ProviderAccount& account) override;
     QCoro::Task<UsageSnapshot> fetchUsage(const ProviderAccount& account, DateInterval range) override;
+    // Ends the connection or refresh in flight: its request is aborted and it fails.
+    void cancel() { m_client.cancel(); }
 
     // The account's model scope as a list: comma-separated, trimmed, blanks left out.
     static QStringList selectedModels(const ProviderAccount& account);

@@ -1,0 +1,643 @@
+#include "onboarding/OnboardingFlow.h"
+
+#include "model/Clock.h"
+#include "onboarding/OnboardingSavedDraft.h"
+#include "onboarding/OnboardingValidation.h"
+#include "providers/OpenAIUsageProvider.h"
+#include "providers/ProviderConnection.h"
+#include "providers/ProviderFactory.h"
+#include "providers/UsageProviderError.h"
+#include "store/ProviderAccount.h"
+
+#include <QCoro/QCoroTask>
+#include <QPointer>
+#include <QSettings>
+#include <QTimer>
+
+namespace {
+const QString kTimeLimitText =
+    QStringLiteral("We couldn’t reach OpenAI in 12 seconds. Try again or choose manual setup.");
+
+UsageUnit defaultUnit(AIProvider provider) {
+    return provider == AIProvider::openAI ? UsageUnit::requests : UsageUnit::messages;
+}
+} // namespace
+
+// One connection test: the connector's call against a timer; the first to end decides.
+struct OnboardingFlow::Race {
+    enum class Outcome { connected, timedOut, refused, failed };
+
+    std::shared_ptr<OpenAIUsageProvider> connector;
+    std::shared_ptr<ProviderAccount> trial;
+    QTimer timer;
+    bool decided = false;
+    Outcome outcome = Outcome::failed;
+    std::optional<ProviderConnection> connection;
+    std::optional<UsageProviderError> error;
+
+    // The first result wins; the other child is then ended.
+    bool decide(Outcome result) {
+        if (decided) {
+            return false;
+        }
+        decided = true;
+        outcome = result;
+        return true;
+    }
+};
+
+OnboardingFlow::OnboardingFlow(QSettings* settings, QStringList existingLabels, Hooks hooks, QObject* parent)
+    : QObject(parent)
+    , m_settings(settings)
+    , m_existingLabels(std::move(existingLabels))
+    , m_hooks(std::move(hooks)) {
+    const Timestamp now = Clock::now();
+    m_shortResetDate = now;
+    m_weeklyResetDate = now;
+}
+
+OnboardingFlow::~OnboardingFlow() {
+    if (const std::shared_ptr<Race> race = std::exchange(m_test, nullptr)) {
+        race->decided = true;
+        race->timer.stop();
+        race->connector->cancel();
+    }
+    m_apiKey.fill(QChar(0));
+    m_apiKey.clear();
+}
+
+// ---- fields ----
+
+void OnboardingFlow::setLabel(const QString& label) {
+    if (label == m_label) {
+        return;
+    }
+    m_label = label;
+    m_duplicateNameConfirmed = false;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setAPIKey(const QString& key) {
+    if (key == m_apiKey) {
+        return;
+    }
+    m_apiKey = key;
+    // A verified key edited by one letter must be tested again.
+    m_connectionVerified = false;
+    m_connectionMetadata.reset();
+    m_connectionTestMessage.reset();
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setManualUnit(UsageUnit unit) {
+    m_manualUnit = unit;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setShortUsed(const QString& text) {
+    m_shortUsed = text;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setShortLimit(const QString& text) {
+    m_shortLimit = text;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setWeeklyUsed(const QString& text) {
+    m_weeklyUsed = text;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setWeeklyLimit(const QString& text) {
+    m_weeklyLimit = text;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setShortResetMode(OnboardingResetMode mode) {
+    m_shortResetMode = mode;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setWeeklyResetMode(OnboardingResetMode mode) {
+    m_weeklyResetMode = mode;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setShortResetDate(Timestamp date) {
+    m_shortResetDate = date;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setWeeklyResetDate(Timestamp date) {
+    m_weeklyResetDate = date;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setManualOverageConfirmed(bool confirmed) {
+    m_manualOverageConfirmed = confirmed;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setOverdueResetConfirmed(bool confirmed) {
+    m_overdueResetConfirmed = confirmed;
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::setDuplicateNameConfirmed(bool confirmed) {
+    m_duplicateNameConfirmed = confirmed;
+    Q_EMIT changed();
+}
+
+// ---- derived ----
+
+std::optional<double> OnboardingFlow::manualShortLimit() const {
+    return OnboardingValidation::number(m_shortLimit);
+}
+
+std::optional<double> OnboardingFlow::manualWeeklyLimit() const {
+    return OnboardingValidation::number(m_weeklyLimit);
+}
+
+bool OnboardingFlow::hasManualAllowance() const {
+    return manualShortLimit() || manualWeeklyLimit();
+}
+
+bool OnboardingFlow::manualHasOverage() const {
+    const auto over = [](const QString& usedText, const QString& limitText) {
+        const std::optional<double> used = OnboardingValidation::number(usedText);
+        const std::optional<double> limit = OnboardingValidation::number(limitText);
+        return used && limit && *limit < *used;
+    };
+    return over(m_shortUsed, m_shortLimit) || over(m_weeklyUsed, m_weeklyLimit);
+}
+
+bool OnboardingFlow::manualHasPastReset() const {
+    const Timestamp now = Clock::now();
+    return (m_shortResetMode == OnboardingResetMode::setTime && m_shortResetDate.secondsSince(now) <= 0) ||
+           (m_weeklyResetMode == OnboardingResetMode::setTime && m_weeklyResetDate.secondsSince(now) <= 0);
+}
+
+// ---- moves ----
+
+void OnboardingFlow::setPage(OnboardingPage page) {
+    m_page = page;
+    m_validationMessage.reset();
+    focusCurrentField();
+    Q_EMIT pageChanged(page);
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::next() {
+    if (const std::optional<QString> message = validationMessageForCurrentPage()) {
+        m_validationMessage = message;
+        focusFirstInvalidField();
+        Q_EMIT changed();
+        return;
+    }
+    if (m_page == OnboardingPage::connection) {
+        if (m_hooks.createAccount && m_hooks.createAccount(makeDraft())) {
+            clearSavedDraft();
+            setPage(OnboardingPage::ready);
+        } else {
+            m_validationMessage =
+                QStringLiteral("We couldn’t save this account locally. Your setup is still here; try again.");
+            Q_EMIT changed();
+        }
+        return;
+    }
+    if (const std::optional<OnboardingPage> following = OnboardingPage::fromRawValue(m_page.rawValue() + 1)) {
+        setPage(*following);
+    }
+}
+
+void OnboardingFlow::back() {
+    if (const std::optional<OnboardingPage> previous = OnboardingPage::fromRawValue(m_page.rawValue() - 1)) {
+        setPage(*previous);
+    }
+}
+
+std::optional<QString> OnboardingFlow::validationMessageForCurrentPage() const {
+    switch (m_page.value()) {
+    case OnboardingPage::name:
+        if (m_label.trimmed().isEmpty()) {
+            return QStringLiteral("Give this account a short name, like Claude · Work.");
+        }
+        if (isDuplicateName() && !m_duplicateNameConfirmed) {
+            return QStringLiteral(
+                "Choose a different name so you can tell these subscriptions apart, or choose Use anyway.");
+        }
+        return std::nullopt;
+    case OnboardingPage::connection:
+        switch (m_connectionMode.value()) {
+        case ConnectionMode::mock:
+            return std::nullopt;
+        case ConnectionMode::manual:
+            return OnboardingValidation::manualMessage(m_shortUsed, m_shortLimit, m_weeklyUsed, m_weeklyLimit,
+                                                       m_shortResetMode, m_shortResetDate, m_weeklyResetMode,
+                                                       m_weeklyResetDate, m_manualOverageConfirmed,
+                                                       m_overdueResetConfirmed, Clock::now());
+        case ConnectionMode::apiKey:
+            if (m_apiKey.trimmed().isEmpty()) {
+                return QStringLiteral("Paste the organization admin key, or choose manual setup.");
+            }
+            if (!OnboardingValidation::canSubmitAPI(m_apiKey, m_connectionVerified)) {
+                return QStringLiteral("Test the connection before continuing, or choose manual setup.");
+            }
+            return std::nullopt;
+        case ConnectionMode::browser:
+            return QStringLiteral("This provider has no live connector here; choose manual setup.");
+        }
+        return std::nullopt;
+    case OnboardingPage::welcome:
+    case OnboardingPage::provider:
+    case OnboardingPage::ready:
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+bool OnboardingFlow::isDuplicateName() const {
+    const QString name = m_label.trimmed();
+    if (name.isEmpty()) {
+        return false;
+    }
+    return OnboardingValidation::duplicateLabel(name, m_existingLabels) ||
+           (m_hooks.labelExists && m_hooks.labelExists(name));
+}
+
+void OnboardingFlow::selectProvider(AIProvider provider) {
+    if (provider == m_provider) {
+        return;
+    }
+    m_provider = provider;
+    const Timestamp now = Clock::now();
+    m_label.clear();
+    m_manualUnit = defaultUnit(provider);
+    m_shortUsed.clear();
+    m_shortLimit.clear();
+    m_weeklyUsed.clear();
+    m_weeklyLimit.clear();
+    m_shortResetMode = OnboardingResetMode::later;
+    m_weeklyResetMode = OnboardingResetMode::later;
+    m_shortResetDate = now;
+    m_weeklyResetDate = now;
+    m_manualOverageConfirmed = false;
+    m_overdueResetConfirmed = false;
+    m_apiKey.clear();
+    m_connectionVerified = false;
+    m_connectionMetadata.reset();
+    m_connectionTestMessage.reset();
+    m_duplicateNameConfirmed = false;
+    m_validationMessage.reset();
+    if (provider != AIProvider::openAI && m_connectionMode == ConnectionMode::apiKey) {
+        m_connectionMode = ConnectionMode::manual;
+    }
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::selectConnectionMode(ConnectionMode mode) {
+    m_connectionMode = mode;
+    m_validationMessage.reset();
+    if (mode != ConnectionMode::apiKey) {
+        // Leaving key mode always forgets the key.
+        m_connectionVerified = false;
+        m_connectionMetadata.reset();
+        m_connectionTestMessage.reset();
+        m_apiKey.clear();
+    }
+    if (mode != ConnectionMode::manual) {
+        m_manualOverageConfirmed = false;
+        m_overdueResetConfirmed = false;
+    }
+    Q_EMIT changed();
+}
+
+OnboardingDraft OnboardingFlow::makeDraft() const {
+    return OnboardingDraft{.provider = m_provider,
+                           .label = m_label,
+                           .connectionMode = m_connectionMode,
+                           .accountKind =
+                               m_provider == AIProvider::openAI ? AccountKind::api : AccountKind::consumer,
+                           .apiKey = m_apiKey,
+                           .manualUnit = m_manualUnit,
+                           .manualShortUsed = OnboardingValidation::number(m_shortUsed),
+                           .manualShortLimit = OnboardingValidation::number(m_shortLimit),
+                           .manualWeeklyUsed = OnboardingValidation::number(m_weeklyUsed),
+                           .manualWeeklyLimit = OnboardingValidation::number(m_weeklyLimit),
+                           .manualShortResetMode = m_shortResetMode,
+                           .manualShortReset = m_shortResetDate,
+                           .manualWeeklyResetMode = m_weeklyResetMode,
+                           .manualWeeklyReset = m_weeklyResetDate,
+                           .connectionMetadata = m_connectionMetadata};
+}
+
+// ---- the connection test ----
+
+void OnboardingFlow::testConnection() {
+    const QString key = m_apiKey.trimmed();
+    if (key.isEmpty()) {
+        m_connectionTestMessage = QStringLiteral("Paste a key first.");
+        m_focusedField = OnboardingFocusField::apiKey;
+        Q_EMIT focusRequested(OnboardingFocusField::apiKey);
+        Q_EMIT changed();
+        return;
+    }
+    m_isTestingConnection = true;
+    m_connectionVerified = false;
+    m_connectionMetadata.reset();
+    m_connectionTestMessage = QStringLiteral("Checking the official endpoint…");
+    const QString trialName = m_label.isEmpty() ? QStringLiteral("Connection test") : m_label;
+
+    auto race = std::make_shared<Race>();
+    race->connector = ProviderFactory::makeOpenAI(key);
+    race->trial =
+        std::make_shared<ProviderAccount>(ProviderAccount::Init{.provider = AIProvider::openAI,
+                                                                .label = trialName,
+                                                                .accountKind = AccountKind::api,
+                                                                .connectionMode = ConnectionMode::apiKey,
+                                                                .sampleDataEnabled = false});
+    m_test = race;
+    m_latest = race;
+    Q_EMIT changed();
+
+    // The time child: on the monotonic clock, to the millisecond.
+    race->timer.setSingleShot(true);
+    race->timer.setTimerType(Qt::PreciseTimer);
+    const std::weak_ptr<Race> weak = race;
+    connect(&race->timer, &QTimer::timeout, this, [this, weak] {
+        if (const std::shared_ptr<Race> timedOut = weak.lock();
+            timedOut && timedOut->decide(Race::Outcome::timedOut)) {
+            finishRace(timedOut);
+        }
+    });
+    race->timer.start(kConnectionTimeLimit);
+
+    // The connection child.
+    [](QPointer<OnboardingFlow> self, std::shared_ptr<Race> pending) -> QCoro::Task<> {
+        std::optional<ProviderConnection> connection;
+        std::optional<UsageProviderError> refusal;
+        try {
+            connection = co_await pending->connector->connect(*pending->trial);
+        } catch (const UsageProviderError& error) {
+            refusal = error;
+        } catch (...) {
+            // A transport failure, a body that would not decode, or the request cancelled.
+        }
+        const Race::Outcome outcome = connection ? Race::Outcome::connected
+                                      : refusal  ? Race::Outcome::refused
+                                                 : Race::Outcome::failed;
+        if (!pending->decide(outcome)) {
+            co_return; // the timer was first
+        }
+        pending->connection = std::move(connection);
+        pending->error = std::move(refusal);
+        if (self) {
+            self->finishRace(pending);
+        }
+    }(QPointer<OnboardingFlow>(this), race);
+}
+
+void OnboardingFlow::finishRace(const std::shared_ptr<Race>& race) {
+    // Whoever won, the other child ends now.
+    race->timer.stop();
+    race->connector->cancel();
+    if (race != m_latest.lock()) {
+        return; // a newer test owns the flow's state
+    }
+    switch (race->outcome) {
+    case Race::Outcome::connected:
+        m_connectionVerified = true;
+        m_connectionMetadata = race->connection->metadata;
+        m_connectionTestMessage =
+            m_connectionMetadata ? QStringLiteral("Connected — provider metadata and rate limits detected.")
+                                 : QStringLiteral("Connected — official endpoint accepted the key.");
+        break;
+    case Race::Outcome::refused:
+        m_connectionVerified = false;
+        m_connectionMetadata.reset();
+        m_connectionTestMessage = connectionErrorMessage(*race->error);
+        break;
+    case Race::Outcome::timedOut:
+    case Race::Outcome::failed:
+        m_connectionVerified = false;
+        m_connectionMetadata.reset();
+        m_connectionTestMessage = kTimeLimitText;
+        break;
+    }
+    m_isTestingConnection = false;
+    Q_EMIT changed();
+    Q_EMIT testFinished();
+}
+
+void OnboardingFlow::cancelConnectionTest() {
+    const std::shared_ptr<Race> race = std::exchange(m_test, nullptr);
+    if (!race) {
+        return;
+    }
+    m_isTestingConnection = false;
+    m_connectionTestMessage =
+        QStringLiteral("Connection check cancelled. You can try again or choose manual setup.");
+    Q_EMIT changed();
+    // The test unwinds through its failure path, which has the last word.
+    race->connector->cancel();
+}
+
+QString OnboardingFlow::connectionErrorMessage(const UsageProviderError& error) {
+    switch (error.kind()) {
+    case UsageProviderError::Kind::unsupported:
+        return error.errorDescription();
+    case UsageProviderError::Kind::server:
+        return QStringLiteral("OpenAI is unavailable right now. Try again later or choose manual setup.");
+    case UsageProviderError::Kind::missingCredential:
+        return QStringLiteral("Paste the organization admin key, or choose manual setup.");
+    case UsageProviderError::Kind::unauthorized:
+        return QStringLiteral("This key was rejected. OpenAI usage needs an organization admin key.");
+    case UsageProviderError::Kind::rateLimited:
+        return QStringLiteral("OpenAI asked us to wait. Try again later or choose manual setup.");
+    case UsageProviderError::Kind::malformedResponse:
+        return QStringLiteral("OpenAI returned an unexpected response. Try again or choose manual setup.");
+    }
+    return kTimeLimitText;
+}
+
+// ---- the saved draft ----
+
+void OnboardingFlow::saveDraftAndDismiss() {
+    if (m_settings) {
+        OnboardingSavedDraft{.label = m_label,
+                             .provider = m_provider.rawValue(),
+                             .mode = m_connectionMode.rawValue(),
+                             .shortUsed = m_shortUsed,
+                             .shortLimit = m_shortLimit,
+                             .weeklyUsed = m_weeklyUsed,
+                             .weeklyLimit = m_weeklyLimit,
+                             .manualUnit = m_manualUnit.rawValue(),
+                             .shortResetMode = m_shortResetMode.rawValue(),
+                             .weeklyResetMode = m_weeklyResetMode.rawValue(),
+                             .shortResetTime = m_shortResetDate.unixSeconds(),
+                             .weeklyResetTime = m_weeklyResetDate.unixSeconds(),
+                             .page = m_page.rawValue()}
+            .save(*m_settings);
+    }
+    if (m_hooks.dismiss) {
+        m_hooks.dismiss();
+    }
+}
+
+void OnboardingFlow::restoreDraftIfNeeded() {
+    if (m_page != OnboardingPage::welcome || !m_settings) {
+        return;
+    }
+    const OnboardingSavedDraft saved = OnboardingSavedDraft::load(*m_settings);
+    if (saved.label.isEmpty() && saved.provider.isEmpty()) {
+        return;
+    }
+    m_hasSavedDraft = true;
+    if (const auto provider = AIProvider::fromRawValue(saved.provider)) {
+        m_provider = *provider;
+        m_manualUnit = defaultUnit(*provider);
+    }
+    m_label = saved.label;
+    m_shortUsed = saved.shortUsed;
+    m_shortLimit = saved.shortLimit;
+    m_weeklyUsed = saved.weeklyUsed;
+    m_weeklyLimit = saved.weeklyLimit;
+    if (const auto unit = UsageUnit::fromRawValue(saved.manualUnit)) {
+        m_manualUnit = *unit;
+    }
+    if (const auto mode = OnboardingResetMode::fromRawValue(saved.shortResetMode)) {
+        m_shortResetMode = *mode;
+    }
+    if (const auto mode = OnboardingResetMode::fromRawValue(saved.weeklyResetMode)) {
+        m_weeklyResetMode = *mode;
+    }
+    if (saved.shortResetTime > 0) {
+        m_shortResetDate = Timestamp::fromUnixSeconds(saved.shortResetTime);
+    }
+    if (saved.weeklyResetTime > 0) {
+        m_weeklyResetDate = Timestamp::fromUnixSeconds(saved.weeklyResetTime);
+    }
+    if (const auto mode = ConnectionMode::fromRawValue(saved.mode);
+        mode && !(*mode == ConnectionMode::apiKey && m_provider != AIProvider::openAI)) {
+        m_connectionMode = *mode;
+    }
+    m_resumePage = *OnboardingPage::fromRawValue(
+        qBound<int>(OnboardingPage::provider, saved.page, OnboardingPage::connection));
+    Q_EMIT changed();
+}
+
+void OnboardingFlow::clearSavedDraft() {
+    if (m_settings) {
+        OnboardingSavedDraft::clear(*m_settings);
+    }
+    m_hasSavedDraft = false;
+}
+
+void OnboardingFlow::resetFields() {
+    const Timestamp now = Clock::now();
+    m_provider = AIProvider::openAI;
+    m_label.clear();
+    m_connectionMode = ConnectionMode::mock;
+    m_apiKey.clear();
+    m_manualUnit = UsageUnit::requests;
+    m_shortUsed.clear();
+    m_shortLimit.clear();
+    m_weeklyUsed.clear();
+    m_weeklyLimit.clear();
+    m_shortResetMode = OnboardingResetMode::later;
+    m_weeklyResetMode = OnboardingResetMode::later;
+    m_shortResetDate = now;
+    m_weeklyResetDate = now;
+    m_manualOverageConfirmed = false;
+    m_overdueResetConfirmed = false;
+    m_duplicateNameConfirmed = false;
+    m_connectionVerified = false;
+    m_connectionMetadata.reset();
+    m_connectionTestMessage.reset();
+    m_validationMessage.reset();
+}
+
+void OnboardingFlow::resetForAnother() {
+    resetFields();
+    clearSavedDraft();
+    setPage(OnboardingPage::provider);
+}
+
+// ---- focus ----
+
+void OnboardingFlow::focusCurrentField() {
+    std::optional<OnboardingFocusField> field;
+    if (m_page == OnboardingPage::name) {
+        field = OnboardingFocusField::label;
+    } else if (m_page == OnboardingPage::connection && m_connectionMode == ConnectionMode::apiKey) {
+        field = OnboardingFocusField::apiKey;
+    }
+    m_focusedField = field;
+    if (field) {
+        Q_EMIT focusRequested(*field);
+    }
+}
+
+void OnboardingFlow::focusFirstInvalidField() {
+    std::optional<OnboardingFocusField> field;
+    if (m_page == OnboardingPage::name) {
+        field = OnboardingFocusField::label;
+    } else if (m_page == OnboardingPage::connection) {
+        if (m_connectionMode == ConnectionMode::apiKey) {
+            field = OnboardingFocusField::apiKey;
+        } else if (m_shortUsed.isEmpty() || m_shortLimit.isEmpty()) {
+            field = OnboardingFocusField::shortUsed;
+        } else {
+            field = OnboardingFocusField::weeklyUsed;
+        }
+    }
+    m_focusedField = field;
+    if (field) {
+        Q_EMIT focusRequested(*field);
+    }
+}
+
+// ---- the welcome and ready pages ----
+
+void OnboardingFlow::appear() {
+    restoreDraftIfNeeded();
+    focusCurrentField();
+}
+
+void OnboardingFlow::begin() {
+    setPage(m_hasSavedDraft ? m_resumePage : OnboardingPage::provider);
+}
+
+void OnboardingFlow::startOver() {
+    clearSavedDraft();
+    setPage(OnboardingPage::provider);
+}
+
+void OnboardingFlow::trySampleWorkspace() {
+    clearSavedDraft();
+    if (m_hooks.exploreSample) {
+        m_hooks.exploreSample();
+    }
+    if (m_hooks.finish) {
+        m_hooks.finish();
+    }
+    if (m_hooks.dismiss) {
+        m_hooks.dismiss();
+    }
+}
+
+void OnboardingFlow::doThisLater() {
+    if (m_hooks.dismiss) {
+        m_hooks.dismiss();
+    }
+}
+
+void OnboardingFlow::openDashboard() {
+    if (m_hooks.finish) {
+        m_hooks.finish();
+    }
+    if (m_hooks.dismiss) {
+        m_hooks.dismiss();
+    }
+}
