@@ -4,7 +4,7 @@
 #include "core/CoreFixtures.h"
 #include "editor/AccountEditorForm.h"
 #include "editor/widgets/ManualHorizonEditor.h"
-#include "editor/widgets/SelectableTile.h"
+#include "views/widgets/SelectableTile.h"
 #include "model/Clock.h"
 #include "providers/ProviderFactory.h"
 #include "services/KeychainStore.h"

@@ -5,6 +5,8 @@
 #include "editor/AccountEditorForm.h"
 #include "editor/widgets/AccountEditorView.h"
 #include "model/Clock.h"
+#include "onboarding/OnboardingFlow.h"
+#include "onboarding/widgets/OnboardingView.h"
 #include "providers/MockDataFactory.h"
 #include "views/Badge.h"
 #include "views/MatrixRowContent.h"
@@ -337,6 +339,39 @@ int main(int argc, char* argv[]) {
             MainWindow window(scenario.content.get());
             window.resize(windowSize);
             ok &= shoot(window, file("main-welcome"));
+            // The guided flow, page by page.
+            QApplication::processEvents();
+            if (OnboardingView* sheet = window.onboarding()) {
+                sheet->setReduceMotion(true);
+                OnboardingFlow* flow = sheet->flow();
+                ok &= save(*sheet, file("onboarding-welcome"));
+                flow->begin();
+                ok &= save(*sheet, file("onboarding-provider"));
+                flow->selectProvider(AIProvider::anthropic);
+                flow->next();
+                flow->setLabel(QStringLiteral("Claude · Work"));
+                ok &= save(*sheet, file("onboarding-name"));
+                flow->next();
+                ok &= save(*sheet, file("onboarding-connection"));
+                flow->selectConnectionMode(ConnectionMode::manual);
+                flow->setShortUsed(QStringLiteral("48"));
+                flow->setShortLimit(QStringLiteral("45"));
+                flow->setWeeklyUsed(QStringLiteral("120"));
+                flow->setWeeklyLimit(QStringLiteral("900"));
+                flow->setWeeklyResetMode(OnboardingResetMode::setTime);
+                flow->setWeeklyResetDate(now.addingSeconds(3 * 86400));
+                ok &= save(*sheet, file("onboarding-manual"));
+                flow->selectProvider(AIProvider::openAI);
+                flow->setLabel(QStringLiteral("OpenAI · Team API"));
+                flow->selectConnectionMode(ConnectionMode::apiKey);
+                flow->setAPIKey(QStringLiteral("sk-admin-0123456789"));
+                ok &= save(*sheet, file("onboarding-key"));
+                flow->selectConnectionMode(ConnectionMode::mock);
+                flow->next();
+                ok &= save(*sheet, file("onboarding-ready"));
+                flow->openDashboard();
+                QApplication::processEvents();
+            }
             scenario.content->finishOnboarding();
             ok &= shoot(window, file("overview-empty"));
         }

@@ -4,6 +4,7 @@
 #include "core/ContentView.h"
 #include "core/CoreFixtures.h"
 #include "model/Clock.h"
+#include "onboarding/widgets/OnboardingView.h"
 #include "providers/MockDataFactory.h"
 #include "services/KeychainStore.h"
 #include "views/SidebarModel.h"
@@ -226,6 +227,7 @@ private slots:
 
     void settingsHasAShortcutEverywhere() {
         CoreFixture fixture;
+        fixture.preferences->setOnboardingCompleted(true); // no first-run sheet over the window
         ContentView content(fixture.store.get(), fixture.preferences.get());
         MainWindow window(&content);
         window.show();
@@ -297,15 +299,18 @@ private slots:
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
 
-        // First launch on an empty store: the welcome, with the sample workspace.
-        QTRY_VERIFY(window.findChild<QWidget*>(QStringLiteral("welcome")));
-        auto* welcome = window.findChild<QWidget*>(QStringLiteral("welcome"));
+        // First launch on an empty store: the guided flow, with the sample workspace.
+        QTRY_VERIFY(window.onboarding());
+        OnboardingView* welcome = window.onboarding();
         QTRY_VERIFY(welcome->isVisible());
-        auto* sample = window.findChild<QPushButton*>(QStringLiteral("trySampleWorkspaceButton"));
+        auto* sample = welcome->findChild<QPushButton*>(QStringLiteral("trySampleButton"));
+        QVERIFY(sample);
         QCOMPARE(sample->text(), QStringLiteral("Try sample workspace"));
         QTest::mouseClick(sample, Qt::LeftButton);
-        QVERIFY(!welcome->isVisible());
+        QTRY_VERIFY(!window.onboarding());
         QVERIFY(fixture.preferences->onboardingCompleted());
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
 
         QTreeView* sidebar = sidebarOf(window);
         QCOMPARE(accountRows(sidebar),

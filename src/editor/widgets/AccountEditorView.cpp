@@ -2,7 +2,7 @@
 
 #include "editor/AccountEditorForm.h"
 #include "editor/widgets/ManualHorizonEditor.h"
-#include "editor/widgets/SelectableTile.h"
+#include "views/widgets/SelectableTile.h"
 #include "views/widgets/BlockParts.h"
 #include "views/widgets/FormField.h"
 #include "views/widgets/SectionCard.h"

@@ -3,6 +3,7 @@
 #include "core/ContentView.h"
 #include "editor/widgets/AccountEditorView.h"
 #include "model/UuidText.h"
+#include "onboarding/widgets/OnboardingView.h"
 #include "views/PlatformWording.h"
 #include "views/SidebarModel.h"
 #include "views/widgets/AccountDetailScreen.h"
@@ -348,43 +349,28 @@ void MainWindow::presentEditor() {
 }
 
 void MainWindow::presentOnboarding() {
-    if (m_content->showOnboarding() && !m_welcome) {
-        // Built only when needed: most launches never show it.
-        m_welcome = buildWelcome();
-        m_detailStack->addWidget(m_welcome);
-    }
     QWidget* screen = m_screen == DetailRoute::Screen::overview  ? static_cast<QWidget*>(m_overview)
                       : m_screen == DetailRoute::Screen::account ? static_cast<QWidget*>(detailScreen())
                                                                  : unavailablePage();
-    m_detailStack->setCurrentWidget(m_content->showOnboarding() ? m_welcome : screen);
-}
-
-QWidget* MainWindow::buildWelcome() {
-    // A plain welcome until the guided flow arrives: it offers the sample workspace.
-    auto* welcome = new QWidget(m_detailStack);
-    welcome->setObjectName(QStringLiteral("welcome"));
-    auto* layout = new QVBoxLayout(welcome);
-    layout->setContentsMargins(48, 48, 48, 48);
-    layout->setSpacing(Theme::kSpaceM);
-    layout->addWidget(BlockParts::text(QStringLiteral("Let’s get your first account on the board."),
-                                       Theme::kLargeTitle, QFont::DemiBold, ElidedLabel::Ink::primary,
-                                       welcome, Tone::muted, 2));
-    layout->addWidget(BlockParts::text(
-        QStringLiteral(
-            "Track each AI subscription in one calm place. Set up your first account, or explore a small "
-            "sample workspace before you connect anything."),
-        Theme::kBody, QFont::Normal, ElidedLabel::Ink::secondary, welcome, Tone::muted, 3));
-    QPushButton* sample =
-        BlockParts::button(QStringLiteral("Try sample workspace"), Theme::ButtonRole::primary, welcome);
-    sample->setObjectName(QStringLiteral("trySampleWorkspaceButton"));
-    sample->setDefault(true);
-    connect(sample, &QPushButton::clicked, this, [this] {
-        m_content->createDemoAccounts();
-        m_content->finishOnboarding();
+    m_detailStack->setCurrentWidget(screen);
+    if (!m_content->showOnboarding()) {
+        if (m_onboarding) {
+            m_onboarding->done(QDialog::Accepted);
+        }
+        return;
+    }
+    // Once a launch: a flow put away for later comes back at the next start.
+    if (m_onboarding || m_onboardingClosed) {
+        return;
+    }
+    m_onboarding = new OnboardingView(m_content, this);
+    OnboardingView* sheet = m_onboarding;
+    connect(sheet, &QDialog::finished, this, [this, sheet] {
+        sheet->deleteLater();
+        m_onboarding = nullptr;
+        m_onboardingClosed = true;
     });
-    layout->addWidget(sample, 0, Qt::AlignLeft);
-    layout->addStretch(1);
-    return welcome;
+    sheet->open();
 }
 
 void MainWindow::presentDialogs() {

@@ -12,6 +12,7 @@
 
 class AccountDetailScreen;
 class AccountEditorView;
+class OnboardingView;
 class ContentView;
 class OverviewScreen;
 class QAction;
@@ -54,6 +55,8 @@ public:
     TrackerCommands* commands() const noexcept { return m_commands; }
     // The account editor sheet, while one is open.
     AccountEditorView* editor() const noexcept { return m_editor; }
+    // The guided first-account flow, while it is open.
+    OnboardingView* onboarding() const noexcept { return m_onboarding; }
 
 signals:
     // Emitted once, after the window was first shown.
@@ -76,7 +79,6 @@ private:
     void showToolbarFor(DetailRoute::Screen screen);
     void presentOnboarding();
     void showSettings();
-    QWidget* buildWelcome();
     AccountDetailScreen* detailScreen();
     QWidget* unavailablePage();
     void presentDialogs();
@@ -92,7 +94,8 @@ private:
     OverviewScreen* m_overview = nullptr;
     AccountDetailScreen* m_detail = nullptr;
     StatusCardWidget* m_unavailable = nullptr;
-    QWidget* m_welcome = nullptr;
+    OnboardingView* m_onboarding = nullptr;
+    bool m_onboardingClosed = false;
     QToolBar* m_toolbar = nullptr;
     QAction* m_addAction = nullptr;
     QAction* m_refreshAction = nullptr;

@@ -60,6 +60,15 @@ const QHash<QString, QString>& table() {
         {QStringLiteral("xmark.circle.fill"), QStringLiteral("filled-circle-x")},
         {QStringLiteral("safari.fill"), QStringLiteral("filled-compass")},
         {QStringLiteral("exclamationmark.circle.fill"), QStringLiteral("filled-alert-circle")},
+        {QStringLiteral("lock.shield.fill"), QStringLiteral("filled-shield-lock")},
+        {QStringLiteral("lock.fill"), QStringLiteral("filled-lock")},
+        {QStringLiteral("checkmark.shield.fill"), QStringLiteral("filled-shield-check")},
+        {QStringLiteral("info.circle"), QStringLiteral("outline-info-circle")},
+        {QStringLiteral("pencil.and.list.clipboard"), QStringLiteral("outline-clipboard-list")},
+        {QStringLiteral("link"), QStringLiteral("outline-link")},
+        {QStringLiteral("checkmark"), QStringLiteral("outline-check")},
+        {QStringLiteral("chevron.right"), QStringLiteral("outline-chevron-right")},
+        {QStringLiteral("chevron.down"), QStringLiteral("outline-chevron-down")},
     };
     return icons;
 }

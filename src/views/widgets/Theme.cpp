@@ -131,6 +131,9 @@ QPushButton[role="destructive"] { color: @critical; border-color: @line; }
 QPushButton[role="destructive"]:hover { background: @criticalFill; }
 QPushButton[role="plain"] { border: none; background: transparent; }
 QPushButton[role="plain"]:hover { background: @muted; }
+QPushButton[role="link"] { border: none; background: transparent; color: @accent; padding: 5px 4px; }
+QPushButton[role="link"]:hover { text-decoration: underline; }
+QPushButton[role="link"]:disabled { color: @secondary; }
 QToolButton { border: none; border-radius: @rpx; padding: 4px 8px; color: @text; }
 QToolButton:hover { background: @muted; }
 QToolButton:checked { background: @surface; border: 1px solid @line; }
@@ -201,7 +204,7 @@ void Theme::apply(Appearance appearance) {
 }
 
 void Theme::setButtonRole(QWidget* button, ButtonRole role) {
-    static const char* const names[] = {"standard", "primary", "destructive", "plain"};
+    static const char* const names[] = {"standard", "primary", "destructive", "plain", "link"};
     button->setProperty("role", QString::fromLatin1(names[static_cast<int>(role)]));
     button->style()->unpolish(button);
     button->style()->polish(button);

@@ -73,7 +73,7 @@ public:
     static void apply(Appearance appearance);
 
     // The role a push button plays; its style sheet draws each differently.
-    enum class ButtonRole { standard, primary, destructive, plain };
+    enum class ButtonRole { standard, primary, destructive, plain, link };
     static void setButtonRole(QWidget* button, ButtonRole role);
 
     // Paints a card surface over `rect` for the widget's palette: the card colour with a

@@ -1,4 +1,4 @@
-#include "editor/widgets/SelectableTile.h"
+#include "views/widgets/SelectableTile.h"
 
 #include "views/widgets/ProviderLogoWidget.h"
 #include "views/widgets/SymbolIcon.h"
@@ -38,6 +38,22 @@ void SelectableTile::setContent(AIProvider logo, const QString& title, const QSt
     update();
 }
 
+void SelectableTile::setSymbol(const QString& symbol) {
+    m_symbol = symbol;
+    update();
+}
+
+void SelectableTile::setBadge(const QString& badge) {
+    m_badge = badge;
+    updateGeometry();
+    update();
+}
+
+void SelectableTile::setShowsEmptyCircle(bool shows) {
+    m_emptyCircle = shows;
+    update();
+}
+
 void SelectableTile::setSelected(bool selected) {
     m_selected = selected;
     setChecked(selected);
@@ -47,7 +63,11 @@ void SelectableTile::setSelected(bool selected) {
 QSize SelectableTile::sizeHint() const {
     const QFontMetrics title(Theme::font(font(), Theme::kBody, QFont::DemiBold));
     const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
-    const int textWidth = qMax(title.horizontalAdvance(text()), second.horizontalAdvance(m_subtitle));
+    const int badge =
+        m_badge.isEmpty()
+            ? 0
+            : QFontMetrics(Theme::font(font(), Theme::kCaption)).horizontalAdvance(m_badge) + 24;
+    const int textWidth = qMax(title.horizontalAdvance(text()) + badge, second.horizontalAdvance(m_subtitle));
     const int height = m_subtitle.isEmpty() ? title.height() : title.height() + 2 + second.height();
     return QSize(kPadding * 2 + kLogo + Theme::kSpaceS + qMin(textWidth, 220) + Theme::kSpaceS + kCheck,
                  qMax(kLogo, height) + kPadding * 2);
@@ -84,7 +104,8 @@ void SelectableTile::paintEvent(QPaintEvent*) {
 
     const qreal ratio = devicePixelRatioF();
     const QColor ink = Theme::primaryText(look);
-    const QPixmap logo = ProviderLogoWidget::logo(m_logo, kLogo, ink, ratio);
+    const QPixmap logo = m_symbol.isEmpty() ? ProviderLogoWidget::logo(m_logo, kLogo, ink, ratio)
+                                            : SymbolIcon::pixmap(m_symbol, accent, kLogo, ratio);
     const int logoTop = (height() - kLogo) / 2;
     painter.drawPixmap(QPoint(kPadding, logoTop), logo);
 
@@ -100,14 +121,43 @@ void SelectableTile::paintEvent(QPaintEvent*) {
     const int room = qMax(0, textRight - textLeft);
     painter.setFont(titleFont);
     painter.setPen(ink);
-    painter.drawText(QRect(textLeft, y, room, titleMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
-                     titleMetrics.elidedText(text(), Qt::ElideRight, room));
+    int titleRoom = room;
+    const QFont badgeFont = Theme::font(font(), Theme::kCaption, QFont::DemiBold);
+    const QFontMetrics badgeMetrics(badgeFont);
+    const int badgeWidth =
+        m_badge.isEmpty() ? 0 : badgeMetrics.horizontalAdvance(m_badge) + 2 * Theme::kSpaceS;
+    if (badgeWidth > 0) {
+        titleRoom = qMax(0, room - badgeWidth - Theme::kSpaceS);
+    }
+    const QString shownTitle = titleMetrics.elidedText(text(), Qt::ElideRight, titleRoom);
+    painter.drawText(QRect(textLeft, y, titleRoom, titleMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
+                     shownTitle);
+    if (badgeWidth > 0) {
+        const int left = textLeft + titleMetrics.horizontalAdvance(shownTitle) + Theme::kSpaceS;
+        const QRectF pill(left, y + (titleMetrics.height() - badgeMetrics.height() - 4) / 2.0, badgeWidth,
+                          badgeMetrics.height() + 4);
+        const Theme::ToneColors tone = Theme::colors(Tone::accent, look);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(tone.fill);
+        painter.drawRoundedRect(pill, pill.height() / 2, pill.height() / 2);
+        painter.setFont(badgeFont);
+        painter.setPen(tone.foreground);
+        painter.drawText(pill, Qt::AlignCenter, m_badge);
+        painter.setFont(titleFont);
+        painter.setPen(ink);
+    }
     if (!m_subtitle.isEmpty()) {
         y += titleMetrics.height() + 2;
         painter.setFont(secondFont);
         painter.setPen(Theme::secondaryText(look));
         painter.drawText(QRect(textLeft, y, room, secondMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
                          secondMetrics.elidedText(m_subtitle, Qt::ElideRight, room));
+    }
+    if (!m_selected && m_emptyCircle) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(Theme::secondaryText(look), 1.5));
+        painter.drawEllipse(QRectF(width() - kPadding - kCheck + 1.5, (height() - kCheck) / 2.0 + 1.5,
+                                   kCheck - 3, kCheck - 3));
     }
     if (m_selected) {
         const QPixmap check =

@@ -16,6 +16,12 @@ public:
     SelectableTile(AIProvider logo, const QString& title, const QString& subtitle, QWidget* parent = nullptr);
 
     void setContent(AIProvider logo, const QString& title, const QString& subtitle);
+    // A symbol in the accent colour instead of the logo.
+    void setSymbol(const QString& symbol);
+    // A small tag after the title.
+    void setBadge(const QString& badge);
+    // An empty circle where the check mark goes while not chosen, as radio choices have.
+    void setShowsEmptyCircle(bool shows);
     void setSelected(bool selected);
     bool isSelected() const noexcept { return m_selected; }
     const QString& subtitle() const noexcept { return m_subtitle; }
@@ -30,6 +36,9 @@ protected:
 
 private:
     AIProvider m_logo;
+    QString m_symbol;
+    QString m_badge;
+    bool m_emptyCircle = false;
     QString m_subtitle;
     bool m_selected = false;
 };

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "onboarding/OnboardingContent.h"
+
+#include <QDialog>
+
+class ContentView;
+class ElidedLabel;
+class ManualEntryPair;
+class OnboardingFlow;
+class OnboardingOrbit;
+class QComboBox;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+class QStackedWidget;
+class SelectableTile;
+class StepCapsules;
+class ToggleSwitch;
+
+// The guided first-account flow as a sheet over the main window: a header with the step
+// and its capsules, the page, and the footer. It draws OnboardingContent and passes what
+// is typed and pressed to the flow. While the first run has no account and onboarding is
+// not finished, Escape and the close button do nothing; the flow's own buttons still close it.
+class OnboardingView final : public QDialog {
+    Q_OBJECT
+
+public:
+    explicit OnboardingView(ContentView* content, QWidget* parent = nullptr);
+    ~OnboardingView() override;
+
+    OnboardingFlow* flow() const noexcept { return m_flow; }
+    // Page changes fade and the ring turns unless the desktop asks for less motion.
+    void setReduceMotion(bool reduce);
+    bool reduceMotion() const noexcept { return m_reduceMotion; }
+
+    void reject() override;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    QWidget* buildWelcome();
+    QWidget* buildProvider();
+    QWidget* buildName();
+    QWidget* buildConnection();
+    QWidget* buildReady();
+    void sync();
+    void showPage(OnboardingPage page);
+    void focusField(OnboardingFocusField field);
+
+    ContentView* m_content;
+    OnboardingFlow* m_flow;
+    OnboardingContent m_shown;
+    bool m_reduceMotion = false;
+    bool m_appeared = false;
+    bool m_syncing = false;
+
+    ElidedLabel* m_step = nullptr;
+    StepCapsules* m_capsules = nullptr;
+    QStackedWidget* m_pages = nullptr;
+    QWidget* m_footer = nullptr;
+    QWidget* m_footerLine = nullptr;
+    QPushButton* m_back = nullptr;
+    QPushButton* m_saveForLater = nullptr;
+    QList<QPushButton*> m_trailing;
+
+    // welcome
+    OnboardingOrbit* m_orbit = nullptr;
+    ElidedLabel* m_welcomeHeading = nullptr;
+    ElidedLabel* m_welcomeText = nullptr;
+    QPushButton* m_begin = nullptr;
+    QPushButton* m_startOver = nullptr;
+    // provider
+    QList<SelectableTile*> m_providerCards;
+    QWidget* m_disclosureText = nullptr;
+    // name
+    QLineEdit* m_label = nullptr;
+    ElidedLabel* m_nameHint = nullptr;
+    QWidget* m_nameError = nullptr;
+    QWidget* m_duplicate = nullptr;
+    ElidedLabel* m_preview = nullptr;
+    QWidget* m_previewLogo = nullptr;
+    // connection
+    QList<SelectableTile*> m_modeCards;
+    QWidget* m_keyPanel = nullptr;
+    QLineEdit* m_key = nullptr;
+    QPushButton* m_test = nullptr;
+    QProgressBar* m_progress = nullptr;
+    QPushButton* m_cancelTest = nullptr;
+    ElidedLabel* m_testMessage = nullptr;
+    QWidget* m_manualPanel = nullptr;
+    QComboBox* m_unit = nullptr;
+    ManualEntryPair* m_shortPair = nullptr;
+    ManualEntryPair* m_weeklyPair = nullptr;
+    QWidget* m_previews = nullptr;
+    ToggleSwitch* m_overage = nullptr;
+    QWidget* m_overageRow = nullptr;
+    ToggleSwitch* m_overdue = nullptr;
+    QWidget* m_overdueRow = nullptr;
+    QWidget* m_sampleLine = nullptr;
+    QWidget* m_detected = nullptr;
+    ElidedLabel* m_detectedName = nullptr;
+    ElidedLabel* m_detectedLine = nullptr;
+    QWidget* m_connectionError = nullptr;
+    // ready
+    QWidget* m_readyTile = nullptr;
+    ElidedLabel* m_readyHeading = nullptr;
+    ElidedLabel* m_readyText = nullptr;
+    ElidedLabel* m_readyName = nullptr;
+    ElidedLabel* m_readySummary = nullptr;
+    ElidedLabel* m_readyTag = nullptr;
+    QWidget* m_readyLogoHolder = nullptr;
+};
