@@ -357,7 +357,6 @@ QWidget* OnboardingView::buildName() {
     layout->addWidget(preview);
     layout->addStretch(1);
     connect(m_label, &QLineEdit::textEdited, m_flow, &OnboardingFlow::setLabel);
-    connect(m_label, &QLineEdit::returnPressed, m_flow, &OnboardingFlow::next);
     return frame;
 }
 
@@ -528,8 +527,6 @@ QWidget* OnboardingView::buildConnection() {
                         (m_flow->*date)(Timestamp::fromDateTime(moment));
                     }
                 });
-        connect(pair->usedField(), &QLineEdit::returnPressed, m_flow, &OnboardingFlow::next);
-        connect(pair->limitField(), &QLineEdit::returnPressed, m_flow, &OnboardingFlow::next);
     };
     bindPair(m_shortPair, &OnboardingFlow::setShortUsed, &OnboardingFlow::setShortLimit,
              &OnboardingFlow::setShortResetMode, &OnboardingFlow::setShortResetDate);
@@ -674,10 +671,15 @@ void OnboardingView::sync() {
             m_providerCards.at(i)->setSelected(provider->cards.at(i).isSelected);
         }
     }
+    // The fields follow the flow on every page: a new provider or another subscription
+    // empties them while they are out of sight.
+    if (m_label->text() != m_flow->label()) {
+        m_label->setText(m_flow->label());
+    }
+    if (m_key->text() != m_flow->apiKey()) {
+        m_key->setText(m_flow->apiKey());
+    }
     if (const auto& name = c.name) {
-        if (m_label->text() != m_flow->label()) {
-            m_label->setText(m_flow->label());
-        }
         m_label->setPlaceholderText(name->placeholder);
         m_nameHint->setFullText(name->hint);
         setMessage(m_nameError, name->validation);

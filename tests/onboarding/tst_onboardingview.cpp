@@ -1,0 +1,314 @@
+#include "onboarding/widgets/OnboardingView.h"
+
+#include "core/ContentView.h"
+#include "core/CoreFixtures.h"
+#include "onboarding/OnboardingFlow.h"
+#include "onboarding/widgets/ManualEntryPair.h"
+#include "onboarding/widgets/OnboardingOrbit.h"
+#include "providers/ProviderFactory.h"
+#include "services/KeychainStore.h"
+#include "views/widgets/ElidedLabel.h"
+#include "views/widgets/MainWindow.h"
+#include "views/widgets/SelectableTile.h"
+
+#include "providers/FakeOpenAIServer.h"
+#include "providers/SilentServer.h"
+
+#include <QAccessible>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+void collectNames(QAccessibleInterface* node, QStringList& names, int depth = 0) {
+    if (!node || depth > 60) {
+        return;
+    }
+    if (!node->state().invisible) {
+        if (const QString name = node->text(QAccessible::Name); !name.isEmpty()) {
+            names.append(name);
+        }
+    }
+    for (int i = 0; i < node->childCount(); ++i) {
+        collectNames(node->child(i), names, depth + 1);
+    }
+}
+
+QStringList accessibleNames(QWidget* widget) {
+    QStringList names;
+    collectNames(QAccessible::queryAccessibleInterface(widget), names);
+    return names;
+}
+
+QStringList texts(const QWidget* root) {
+    QStringList result;
+    for (const ElidedLabel* label : root->findChildren<ElidedLabel*>()) {
+        if (label->isVisibleTo(root) && !label->fullText().isEmpty()) {
+            result.append(label->fullText());
+        }
+    }
+    return result;
+}
+
+// The visible button with this text on the sheet.
+QPushButton* button(const QWidget* sheet, const QString& title) {
+    for (QPushButton* candidate : sheet->findChildren<QPushButton*>()) {
+        if (candidate->text() == title && candidate->isVisibleTo(sheet)) {
+            return candidate;
+        }
+    }
+    return nullptr;
+}
+
+SelectableTile* card(const QWidget* sheet, const QString& title) {
+    for (SelectableTile* candidate : sheet->findChildren<SelectableTile*>()) {
+        if (candidate->text() == title && candidate->isVisibleTo(sheet)) {
+            return candidate;
+        }
+    }
+    return nullptr;
+}
+
+void press(QPushButton* target) {
+    QVERIFY(target);
+    QVERIFY(target->isEnabled());
+    QTest::mouseClick(target, Qt::LeftButton);
+}
+
+void type(QLineEdit* field, const QString& text) {
+    QVERIFY(field);
+    field->setFocus();
+    field->selectAll();
+    QTest::keyClick(field, Qt::Key_Backspace);
+    QTest::keyClicks(field, text);
+}
+
+// A window on a store of its own, as at a first launch.
+struct Launch {
+    CoreFixture& fixture;
+    std::unique_ptr<ContentView> content;
+    std::unique_ptr<MainWindow> window;
+
+    explicit Launch(CoreFixture& f)
+        : fixture(f) {
+        content = std::make_unique<ContentView>(fixture.store.get(), fixture.preferences.get());
+        window = std::make_unique<MainWindow>(content.get());
+        window->show();
+    }
+
+    // The sheet once it is up, kept still so that the tests see no animation.
+    OnboardingView* sheet() const {
+        if (!QTest::qWaitFor([this] { return window->onboarding() && window->onboarding()->isVisible(); },
+                             3000)) {
+            qFatal("the onboarding sheet did not open");
+        }
+        window->onboarding()->setReduceMotion(true);
+        return window->onboarding();
+    }
+};
+
+const QByteArray kProbeBody =
+    R"({"object":"page","data":[{"object":"bucket","start_time":1763510400,"end_time":1763514000,"results":[)"
+    R"({"object":"organization.usage.completions.result","input_tokens":5,"output_tokens":1,"num_model_requests":1,)"
+    R"("model":"gpt-4o"}]}],"has_more":false})";
+} // namespace
+
+class TestOnboardingView final : public QObject {
+    Q_OBJECT
+
+private slots:
+    void cleanup() { ProviderFactory::setOpenAIBase(QUrl()); }
+
+    void aFirstRunCannotSlipPast() {
+        CoreFixture fixture;
+        Launch launch(fixture);
+        OnboardingView* sheet = launch.sheet();
+        QCOMPARE(sheet->windowModality(), Qt::WindowModal);
+        QVERIFY(texts(sheet).contains(QStringLiteral("Let’s get your first account on the board.")));
+        QTest::keyClick(sheet, Qt::Key_Escape);
+        QTest::qWait(50);
+        QVERIFY(launch.window->onboarding() && sheet->isVisible());
+        // "I’ll do this later" closes it all the same, and the next launch asks again.
+        press(button(sheet, QStringLiteral("I’ll do this later")));
+        QTRY_VERIFY(!launch.window->onboarding());
+        QVERIFY(!fixture.preferences->onboardingCompleted());
+    }
+
+    void theSampleWorkspace() {
+        CoreFixture fixture;
+        Launch launch(fixture);
+        press(button(launch.sheet(), QStringLiteral("Try sample workspace")));
+        QTRY_VERIFY(!launch.window->onboarding());
+        QCOMPARE(fixture.store->accounts().size(), 3);
+        QVERIFY(fixture.preferences->onboardingCompleted());
+    }
+
+    void aManualAccountFromStartToDashboard() {
+        CoreFixture fixture;
+        Launch launch(fixture);
+        OnboardingView* sheet = launch.sheet();
+        press(button(sheet, QStringLiteral("Set up first account")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Step 2 of 5 · Choose provider")));
+        QTest::mouseClick(card(sheet, QStringLiteral("Grok")), Qt::LeftButton);
+        QVERIFY(card(sheet, QStringLiteral("Grok"))->isSelected());
+        press(button(sheet, QStringLiteral("Continue")));
+        auto* name = sheet->findChild<QLineEdit*>(QStringLiteral("accountName"));
+        QCOMPARE(name->placeholderText(), QStringLiteral("For example, Grok · Work"));
+        // A blank name is refused where it stands, with the reason.
+        press(button(sheet, QStringLiteral("Continue")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Give this account a short name, like Claude · Work.")));
+        QTRY_VERIFY(name->hasFocus());
+        type(name, QStringLiteral("Grok · Home"));
+        QTest::keyClick(name, Qt::Key_Return);
+        QVERIFY(texts(sheet).contains(QStringLiteral("Step 4 of 5 · Choose updates")));
+        QTest::mouseClick(card(sheet, QStringLiteral("I’ll enter limits myself")), Qt::LeftButton);
+        auto* current = sheet->findChild<ManualEntryPair*>(QStringLiteral("currentWindow"));
+        type(current->usedField(), QStringLiteral("abc"));
+        type(current->limitField(), QStringLiteral("50"));
+        press(button(sheet, QStringLiteral("Add subscription")));
+        QVERIFY(
+            texts(sheet).contains(QStringLiteral("Use numbers of 0 or more, with a limit greater than 0.")));
+        QCOMPARE(current->usedField()->text(), QStringLiteral("abc")); // kept as typed
+        type(current->usedField(), QStringLiteral("12"));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Current window: 38 messages left")));
+        press(button(sheet, QStringLiteral("Add subscription")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Nice — your account is ready.")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Operator-entered limits")));
+        press(button(sheet, QStringLiteral("Open dashboard")));
+        QTRY_VERIFY(!launch.window->onboarding());
+        QVERIFY(fixture.preferences->onboardingCompleted());
+
+        QString error;
+        auto reopened = AccountStore::open(fixture.store->path(), &error);
+        QCOMPARE(reopened->accounts().size(), 1);
+        const ProviderAccount* saved = reopened->accounts().first();
+        QCOMPARE(saved->label(), QStringLiteral("Grok · Home"));
+        QCOMPARE(saved->connectionMode(), ConnectionMode::manual);
+        QCOMPARE(saved->snapshot()->windows.first().used, std::optional<double>(12));
+        QCOMPARE(launch.content->selection(), SidebarSelection::account(saved->id()));
+    }
+
+    void anOpenAIKeyProvenThenStored() {
+        FakeOpenAIServer server;
+        server.setReply(QStringLiteral("usage"), {200, kProbeBody, {{"x-ratelimit-limit-requests", "60"}}});
+        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
+        server.setReply(QStringLiteral("projects"),
+                        {200, R"({"object":"list","data":[],"has_more":false})", {}});
+        ProviderFactory::setOpenAIBase(server.base());
+        CoreFixture fixture;
+        Launch launch(fixture);
+        OnboardingView* sheet = launch.sheet();
+        press(button(sheet, QStringLiteral("Set up first account")));
+        press(button(sheet, QStringLiteral("Continue")));
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("accountName")), QStringLiteral("OpenAI · Org"));
+        press(button(sheet, QStringLiteral("Continue")));
+        QTest::mouseClick(card(sheet, QStringLiteral("Connect OpenAI automatically")), Qt::LeftButton);
+        auto* key = sheet->findChild<QLineEdit*>(QStringLiteral("apiKeyField"));
+        QCOMPARE(key->echoMode(), QLineEdit::Password);
+        QCOMPARE(key->accessibleName(), QStringLiteral("Paste your organization admin key"));
+        type(key, QStringLiteral("sk-admin-onboard"));
+        press(button(sheet, QStringLiteral("Add subscription")));
+        QVERIFY(texts(sheet).contains(
+            QStringLiteral("Test the connection before continuing, or choose manual setup.")));
+        QSignalSpy finished(sheet->flow(), &OnboardingFlow::testFinished);
+        press(button(sheet, QStringLiteral("Test connection")));
+        QVERIFY(finished.wait(10000));
+        QVERIFY(
+            texts(sheet).contains(QStringLiteral("Connected — provider metadata and rate limits detected.")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Automatically detected")));
+        press(button(sheet, QStringLiteral("Add subscription")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Connected — your key is verified.")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Verified")));
+        const ProviderAccount* created = fixture.store->accounts().first();
+        QCOMPARE(KeychainStore::read(created->secretReference()),
+                 std::optional<QString>(QStringLiteral("sk-admin-onboard")));
+        // Another one starts clean on the provider page.
+        press(button(sheet, QStringLiteral("Add another subscription")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Step 2 of 5 · Choose provider")));
+        QVERIFY(sheet->findChild<QLineEdit*>(QStringLiteral("apiKeyField"))->text().isEmpty());
+    }
+
+    void duringATestOnlyBackStaysOpen() {
+        SilentServer silent;
+        ProviderFactory::setOpenAIBase(silent.base(), std::chrono::milliseconds(60'000));
+        CoreFixture fixture;
+        Launch launch(fixture);
+        OnboardingView* sheet = launch.sheet();
+        press(button(sheet, QStringLiteral("Set up first account")));
+        press(button(sheet, QStringLiteral("Continue")));
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("accountName")), QStringLiteral("Org"));
+        press(button(sheet, QStringLiteral("Continue")));
+        QTest::mouseClick(card(sheet, QStringLiteral("Connect OpenAI automatically")), Qt::LeftButton);
+        type(sheet->findChild<QLineEdit*>(QStringLiteral("apiKeyField")), QStringLiteral("sk-admin"));
+        press(button(sheet, QStringLiteral("Test connection")));
+        QVERIFY(button(sheet, QStringLiteral("Checking…")));
+        QVERIFY(!button(sheet, QStringLiteral("Checking…"))->isEnabled());
+        QVERIFY(!button(sheet, QStringLiteral("Add subscription"))->isEnabled());
+        QVERIFY(!button(sheet, QStringLiteral("Save for later"))->isEnabled());
+        QVERIFY(button(sheet, QStringLiteral("Back"))->isEnabled());
+        press(button(sheet, QStringLiteral("Cancel")));
+        QTRY_VERIFY(!sheet->flow()->isTestingConnection());
+        QVERIFY(button(sheet, QStringLiteral("Test connection"))->isEnabled());
+    }
+
+    void saveForLaterThenResumeAfterARestart() {
+        CoreFixture fixture;
+        {
+            Launch launch(fixture);
+            OnboardingView* sheet = launch.sheet();
+            press(button(sheet, QStringLiteral("Set up first account")));
+            QTest::mouseClick(card(sheet, QStringLiteral("Claude")), Qt::LeftButton);
+            press(button(sheet, QStringLiteral("Continue")));
+            type(sheet->findChild<QLineEdit*>(QStringLiteral("accountName")),
+                 QStringLiteral("Claude · Later"));
+            press(button(sheet, QStringLiteral("Save for later")));
+            QTRY_VERIFY(!launch.window->onboarding());
+            QVERIFY(fixture.store->accounts().isEmpty());
+        }
+        Launch again(fixture);
+        OnboardingView* sheet = again.sheet();
+        QVERIFY(texts(sheet).contains(QStringLiteral("Welcome back — your setup is waiting.")));
+        QVERIFY(button(sheet, QStringLiteral("Start over")));
+        press(button(sheet, QStringLiteral("Resume setup")));
+        QVERIFY(texts(sheet).contains(QStringLiteral("Step 3 of 5 · Name account")));
+        QCOMPARE(sheet->findChild<QLineEdit*>(QStringLiteral("accountName"))->text(),
+                 QStringLiteral("Claude · Later"));
+        QCOMPARE(sheet->flow()->provider(), AIProvider::anthropic);
+    }
+
+    void everyControlIsNamed() {
+        CoreFixture fixture;
+        Launch launch(fixture);
+        OnboardingView* sheet = launch.sheet();
+        QStringList names = accessibleNames(sheet);
+        for (const char* expected : {"Tallyfen", "Setup step 1 of 5", "Set up first account",
+                                     "Try sample workspace", "I’ll do this later"}) {
+            QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
+        }
+        press(button(sheet, QStringLiteral("Set up first account")));
+        names = accessibleNames(sheet);
+        for (const char* expected : {"Setup step 2 of 5", "OpenAI, see usage automatically with a secure key",
+                                     "Claude, enter the limits shown in your plan", "Back", "Save for later",
+                                     "Continue", "I’m not sure"}) {
+            QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
+        }
+        press(button(sheet, QStringLiteral("Continue")));
+        QVERIFY(accessibleNames(sheet).contains(QStringLiteral("Account name")));
+    }
+
+    void theRingTurnsUnlessMotionIsReduced() {
+        CoreFixture fixture;
+        Launch launch(fixture);
+        OnboardingView* sheet = launch.sheet(); // reduced by the harness
+        auto* orbit = sheet->findChild<OnboardingOrbit*>();
+        QVERIFY(!orbit->isTurning());
+        QCOMPARE(orbit->rotation(), 0.0);
+        sheet->setReduceMotion(false);
+        QVERIFY(orbit->isTurning());
+        QTRY_VERIFY(orbit->rotation() > 0.0);
+    }
+};
+
+QTEST_MAIN(TestOnboardingView)
+#include "tst_onboardingview.moc"
