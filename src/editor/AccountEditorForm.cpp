@@ -144,6 +144,43 @@ QString describeFailure(const std::exception_ptr& failure) {
     }
 }
 
+// The manual windows of a saved form, short first, each only where both its numbers passed.
+QList<UsageWindow> manualWindows(const AccountEditorFields& form, std::optional<double> shortUsed,
+                                 std::optional<double> shortLimit, std::optional<double> weeklyUsed,
+                                 std::optional<double> weeklyLimit) {
+    QList<UsageWindow> windows;
+    const QString unitTitle = form.manualUnit.capitalizedTitle();
+    const auto note = [](bool hasReset) {
+        return hasReset ? QStringLiteral("Manual value")
+                        : QStringLiteral("Manual value · reset not provided");
+    };
+    if (shortLimit && shortUsed) {
+        windows.append(UsageWindow{.id = QStringLiteral("manual-short"),
+                                   .title = unitTitle + QStringLiteral(" / short term"),
+                                   .unit = form.manualUnit,
+                                   .horizon = UsageHorizon::shortTerm,
+                                   .used = shortUsed,
+                                   .limit = shortLimit,
+                                   .resetAt = form.manualShortHasReset
+                                                  ? std::optional<Timestamp>(form.manualShortReset)
+                                                  : std::nullopt,
+                                   .note = note(form.manualShortHasReset)});
+    }
+    if (weeklyLimit && weeklyUsed) {
+        windows.append(UsageWindow{.id = QStringLiteral("manual-weekly"),
+                                   .title = unitTitle + QStringLiteral(" / weekly"),
+                                   .unit = form.manualUnit,
+                                   .horizon = UsageHorizon::weekly,
+                                   .used = weeklyUsed,
+                                   .limit = weeklyLimit,
+                                   .resetAt = form.manualWeeklyHasReset
+                                                  ? std::optional<Timestamp>(form.manualWeeklyReset)
+                                                  : std::nullopt,
+                                   .note = note(form.manualWeeklyHasReset)});
+    }
+    return windows;
+}
+
 const QString kBudgetFormatError =
     QStringLiteral("Agent budget lines must use Name|unit|short used|short limit|weekly used|weekly limit.");
 } // namespace
@@ -474,36 +511,8 @@ bool AccountEditorForm::save() {
         target->setSyncStatus(SyncStatus::current);
         target->setSyncMessage(QStringLiteral("Sample snapshot loaded locally"));
     } else if (form.connectionMode == ConnectionMode::manual) {
-        QList<UsageWindow> windows;
-        const QString unitTitle = form.manualUnit.capitalizedTitle();
-        const auto note = [](bool hasReset) {
-            return hasReset ? QStringLiteral("Manual value")
-                            : QStringLiteral("Manual value · reset not provided");
-        };
-        if (shortLimit && shortUsed) {
-            windows.append(UsageWindow{.id = QStringLiteral("manual-short"),
-                                       .title = unitTitle + QStringLiteral(" / short term"),
-                                       .unit = form.manualUnit,
-                                       .horizon = UsageHorizon::shortTerm,
-                                       .used = shortUsed,
-                                       .limit = shortLimit,
-                                       .resetAt = form.manualShortHasReset
-                                                      ? std::optional<Timestamp>(form.manualShortReset)
-                                                      : std::nullopt,
-                                       .note = note(form.manualShortHasReset)});
-        }
-        if (weeklyLimit && weeklyUsed) {
-            windows.append(UsageWindow{.id = QStringLiteral("manual-weekly"),
-                                       .title = unitTitle + QStringLiteral(" / weekly"),
-                                       .unit = form.manualUnit,
-                                       .horizon = UsageHorizon::weekly,
-                                       .used = weeklyUsed,
-                                       .limit = weeklyLimit,
-                                       .resetAt = form.manualWeeklyHasReset
-                                                      ? std::optional<Timestamp>(form.manualWeeklyReset)
-                                                      : std::nullopt,
-                                       .note = note(form.manualWeeklyHasReset)});
-        }
+        const QList<UsageWindow> windows =
+            manualWindows(form, shortUsed, shortLimit, weeklyUsed, weeklyLimit);
         if (windows.isEmpty()) {
             target->setSnapshot(std::nullopt);
             target->setSnapshotHistoryData(std::nullopt);
