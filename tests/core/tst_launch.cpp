@@ -1,6 +1,7 @@
 #include "FileProtection.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -106,6 +107,32 @@ private slots:
         expectStaysUp(app);
         QVERIFY(QFile::exists(path));
         QVERIFY(!QFileInfo::exists(m_home->filePath("data/Tallyfen")));
+    }
+
+    void aSecondLaunchOnTheSameStoreEndsAtOnce() {
+        const QString path = m_home->filePath("shared.store");
+        QProcess first;
+        first.setProcessEnvironment(environment(path));
+        first.start(QStringLiteral(TALLYFEN_BINARY), {});
+        QVERIFY(first.waitForStarted(5000));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(path), 5000); // the first owns the store now
+        QProcess second;
+        second.setProcessEnvironment(environment(path));
+        QElapsedTimer clock;
+        clock.start();
+        second.start(QStringLiteral(TALLYFEN_BINARY), {});
+        QVERIFY(second.waitForFinished(5000));
+        QVERIFY2(clock.elapsed() < 1500, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second.exitCode(), 0);
+        // Another store is another instance.
+        QProcess other;
+        other.setProcessEnvironment(environment(m_home->filePath("other.store")));
+        other.start(QStringLiteral(TALLYFEN_BINARY), {});
+        expectStaysUp(other);
+        QVERIFY2(first.state() == QProcess::Running, "the first window keeps running");
+        first.terminate();
+        QVERIFY(first.waitForFinished(5000));
     }
 };
 

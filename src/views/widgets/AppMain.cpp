@@ -2,6 +2,8 @@
 
 #include "core/ContentView.h"
 #include "core/Preferences.h"
+#include "core/SingleInstance.h"
+#include "core/StoreLocation.h"
 #include "core/TallyfenApp.h"
 #include "services/KeychainStore.h"
 #include "views/widgets/AppActivation.h"
@@ -10,6 +12,8 @@
 #include "views/widgets/Theme.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QFont>
 #include <QProcessEnvironment>
 
@@ -30,9 +34,20 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
         QApplication::setFont(text);
     }
 
+    // One process per store: a second launch brings the first one's window forward.
+    const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    const QString storePath = StoreLocation::resolve(environment);
+    if (StoreLocation::isDefault(environment)) {
+        QDir().mkpath(QFileInfo(storePath).absolutePath());
+    }
+    SingleInstance::Outcome claimed = SingleInstance::Outcome::first;
+    const std::unique_ptr<SingleInstance> instance = SingleInstance::claim(storePath, &claimed);
+    if (claimed == SingleInstance::Outcome::handedOver) {
+        return EXIT_SUCCESS;
+    }
+
     QString reason;
-    const std::unique_ptr<AccountStore> store =
-        TallyfenApp::openStore(QProcessEnvironment::systemEnvironment(), &reason);
+    const std::unique_ptr<AccountStore> store = TallyfenApp::openStore(environment, &reason);
     if (!store) {
         std::fprintf(stderr, "%s\n", qPrintable(TallyfenApp::fatalStoreMessage(reason)));
         return EXIT_FAILURE;
@@ -49,6 +64,13 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     }
     // The launch callback comes before the main screen's first appearance (show()).
     AppActivation::applicationDidFinishLaunching();
+    if (instance) {
+        QObject::connect(instance.get(), &SingleInstance::activationRequested, &window, [&window] {
+            window.showNormal();
+            AppActivation::raise(&window);
+            window.activateWindow();
+        });
+    }
     window.show();
     AppActivation::raise(&window);
     return QApplication::exec();
