@@ -23,6 +23,7 @@
 #include <QAccessible>
 #include <QAction>
 #include <QComboBox>
+#include <QFile>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -223,6 +224,46 @@ private slots:
         QTest::keyClick(sidebar, Qt::Key_Delete, Qt::ControlModifier);
         QVERIFY(content.showDeleteConfirmation());
         QCOMPARE(content.deleteTargetID(), std::optional<QUuid>(account->id()));
+    }
+
+    void historyExportFollowsTheSelection() {
+        CoreFixture fixture;
+        ProviderAccount* work = refreshed(fixture, QStringLiteral("Work"), AIProvider::openAI, 1);
+        work->record(*work->snapshot());
+        ProviderAccount* home = refreshed(fixture, QStringLiteral("Home"), AIProvider::anthropic, 2);
+        home->record(*home->snapshot());
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.show();
+        QCOMPARE(window.commands()->exportAction()->text(), QStringLiteral("Export History…"));
+        const auto idsIn = [](const QString& path) {
+            QFile file(path);
+            file.open(QIODevice::ReadOnly);
+            QSet<QString> ids;
+            for (const QByteArray& line : file.readAll().split('\n').mid(1)) {
+                if (!line.trimmed().isEmpty()) {
+                    ids.insert(QString::fromUtf8(line.left(line.indexOf(','))));
+                }
+            }
+            return ids;
+        };
+        const QString all = fixture.dir.filePath(QStringLiteral("all.csv"));
+        QVERIFY(window.exportHistoryTo(all));
+        QCOMPARE(idsIn(all), (QSet<QString>{work->secretReference(), home->secretReference()}));
+        content.setSelection(SidebarSelection::account(home->id()));
+        const QString one = fixture.dir.filePath(QStringLiteral("one.csv"));
+        QVERIFY(window.exportHistoryTo(one));
+        QCOMPARE(idsIn(one), QSet<QString>{home->secretReference()});
+        // A target that can't be written says so over the window and leaves nothing.
+        const QString nowhere = fixture.dir.filePath(QStringLiteral("missing/folder/h.json"));
+        QVERIFY(!window.exportHistoryTo(nowhere));
+        QMessageBox* failure = window.exportFailureDialog();
+        QVERIFY(failure);
+        QTRY_VERIFY(failure->isVisible());
+        QCOMPARE(failure->text(), QStringLiteral("The history could not be exported."));
+        QVERIFY(!failure->informativeText().isEmpty());
+        QVERIFY(!QFile::exists(nowhere));
+        failure->close();
     }
 
     void settingsHasAShortcutEverywhere() {

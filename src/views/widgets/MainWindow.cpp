@@ -1,6 +1,7 @@
 #include "views/widgets/MainWindow.h"
 
 #include "core/ContentView.h"
+#include "core/HistoryExport.h"
 #include "editor/widgets/AccountEditorView.h"
 #include "model/UuidText.h"
 #include "onboarding/widgets/OnboardingView.h"
@@ -18,6 +19,9 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -82,6 +86,7 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     buildToolbar();
     m_commands = new TrackerCommands(menuBar(), this);
     connect(m_commands, &TrackerCommands::settingsRequested, this, &MainWindow::showSettings);
+    connect(m_commands, &TrackerCommands::exportRequested, this, &MainWindow::exportHistory);
 
     connect(m_content, &ContentView::accountListChanged, this, &MainWindow::route);
     connect(m_content, &ContentView::selectionChanged, this, &MainWindow::route);
@@ -322,6 +327,44 @@ void MainWindow::timePassed() {
     } else if (m_screen == DetailRoute::Screen::account) {
         m_detail->redraw();
     }
+}
+
+void MainWindow::exportHistory() {
+    QString filter;
+    const QString path = QFileDialog::getSaveFileName(
+        this, QStringLiteral("Export History"), QDir::home().filePath(QStringLiteral("Tallyfen history.csv")),
+        QStringLiteral("CSV (*.csv);;JSON (*.json)"), &filter);
+    if (path.isEmpty()) {
+        return;
+    }
+    // The filter chosen decides when the name has no suffix of its own.
+    QString target = path;
+    if (QFileInfo(path).suffix().isEmpty()) {
+        target +=
+            filter.startsWith(QStringLiteral("JSON")) ? QStringLiteral(".json") : QStringLiteral(".csv");
+    }
+    exportHistoryTo(target);
+}
+
+bool MainWindow::exportHistoryTo(const QString& path) {
+    const QList<ProviderAccount*> accounts =
+        DetailRoute::forSelection(m_content->selection(), m_content->accounts()).accounts;
+    const QByteArray bytes = HistoryExport::formatFor(path) == HistoryExport::Format::json
+                                 ? HistoryExport::json(accounts)
+                                 : HistoryExport::csv(accounts);
+    QString reason;
+    if (HistoryExport::write(path, bytes, &reason)) {
+        return true;
+    }
+    m_exportFailure =
+        new QMessageBox(QMessageBox::Warning, QStringLiteral("Export History"),
+                        QStringLiteral("The history could not be exported."), QMessageBox::Ok, this);
+    m_exportFailure->setObjectName(QStringLiteral("exportFailure"));
+    m_exportFailure->setInformativeText(reason);
+    m_exportFailure->setAttribute(Qt::WA_DeleteOnClose);
+    m_exportFailure->setWindowModality(Qt::WindowModal);
+    m_exportFailure->open();
+    return false;
 }
 
 void MainWindow::presentEditor() {

@@ -55,6 +55,11 @@ public:
     TrackerCommands* commands() const noexcept { return m_commands; }
     // The account editor sheet, while one is open.
     AccountEditorView* editor() const noexcept { return m_editor; }
+    // Writes the recorded history of what the window shows (one account, a provider's
+    // accounts or all of them) to `path`; false, with a message over the window, when
+    // it could not be written.
+    bool exportHistoryTo(const QString& path);
+    QMessageBox* exportFailureDialog() const noexcept { return m_exportFailure; }
     // The guided first-account flow, while it is open.
     OnboardingView* onboarding() const noexcept { return m_onboarding; }
 
@@ -79,6 +84,8 @@ private:
     void showToolbarFor(DetailRoute::Screen screen);
     void presentOnboarding();
     void showSettings();
+    // Asks where to put the history, then writes it.
+    void exportHistory();
     AccountDetailScreen* detailScreen();
     QWidget* unavailablePage();
     void presentDialogs();
@@ -103,6 +110,7 @@ private:
     QAction* m_deleteAction = nullptr;
     QPointer<QMessageBox> m_deleteDialog;
     QPointer<QMessageBox> m_sampleClearDialog;
+    QPointer<QMessageBox> m_exportFailure;
     AccountEditorView* m_editor = nullptr;
     TrackerCommands* m_commands = nullptr;
     SettingsView* m_settings = nullptr;

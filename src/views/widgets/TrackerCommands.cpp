@@ -45,6 +45,9 @@ TrackerCommands::TrackerCommands(QMenuBar* menuBar, QObject* parent)
     m_delete = actions.at(2);
 
     fileMenu->addAction(m_addAccount);
+    m_export = fileMenu->addAction(QStringLiteral("Export History…"));
+    m_export->setObjectName(QStringLiteral("exportHistoryAction"));
+    connect(m_export, &QAction::triggered, this, &TrackerCommands::exportRequested);
     fileMenu->addSeparator();
     m_settings = fileMenu->addAction(QStringLiteral("Settings…"));
     m_settings->setObjectName(QStringLiteral("settingsAction"));

@@ -30,13 +30,16 @@ public:
     QAction* refreshAction() const noexcept { return m_refresh; }
     QAction* deleteAction() const noexcept { return m_delete; }
     QAction* settingsAction() const noexcept { return m_settings; }
+    QAction* exportAction() const noexcept { return m_export; }
 
 signals:
     void settingsRequested();
+    void exportRequested();
 
 private:
     QAction* m_addAccount = nullptr;
     QAction* m_refresh = nullptr;
     QAction* m_delete = nullptr;
     QAction* m_settings = nullptr;
+    QAction* m_export = nullptr;
 };
