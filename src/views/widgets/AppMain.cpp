@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFont>
+#include <QIcon>
 #include <QProcessEnvironment>
 
 #include <cstdio>
@@ -28,6 +29,12 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     Theme::apply(Theme::appearance(QApplication::palette()));
     // The bundled face and icons, so the app reads the same on every machine.
     AppResources::load();
+    // The launcher's icon on the window too (PNG: no image plugin to load at start).
+    QIcon icon;
+    icon.addFile(QStringLiteral(":/app/icon-64.png"));
+    icon.addFile(QStringLiteral(":/app/icon-256.png"));
+    QApplication::setWindowIcon(icon);
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.harrowmere.Tallyfen"));
     if (const QString family = AppResources::fontFamily(); !family.isEmpty()) {
         QFont text(family);
         text.setPixelSize(Theme::kBody);
