@@ -147,6 +147,26 @@ private slots:
             !HistoryExport::write(fixture.dir.filePath(QStringLiteral("no/such/folder/h.csv")), "x", &error));
         QVERIFY(!error.isEmpty());
     }
+
+    void aFullDiskLeavesNoFile() {
+        // A 64 KiB file system, filled by a 2 MiB export. Mounting needs root, as the
+        // suite runs in CI.
+        QTemporaryDir mountPoint;
+        if (QProcess::execute(QStringLiteral("mount"), {QStringLiteral("-t"), QStringLiteral("tmpfs"),
+                                                        QStringLiteral("-o"), QStringLiteral("size=64k"),
+                                                        QStringLiteral("tmpfs"), mountPoint.path()}) != 0) {
+            QSKIP("mounting a small file system needs root");
+        }
+        QByteArray big(2 * 1024 * 1024, 'x');
+        QString error;
+        const QString path = mountPoint.filePath(QStringLiteral("history.csv"));
+        const bool written = HistoryExport::write(path, big, &error);
+        const QStringList left = QDir(mountPoint.path()).entryList(QDir::Files | QDir::Hidden);
+        QProcess::execute(QStringLiteral("umount"), {mountPoint.path()});
+        QVERIFY(!written);
+        QVERIFY(!error.isEmpty());
+        QVERIFY2(left.isEmpty(), qPrintable(left.join(u',')));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestHistoryExport)
