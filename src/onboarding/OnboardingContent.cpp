@@ -51,7 +51,9 @@ OnboardingContent::ManualPair pair(const char* title, OnboardingResetMode mode) 
                                                             : std::nullopt};
 }
 
-OnboardingContent::ManualFields manualFields(const OnboardingFlow& flow) {
+} // namespace
+
+OnboardingContent::ManualFields OnboardingContent::manualFields(const OnboardingFlow& flow) {
     OnboardingContent::ManualFields fields{
         .title = text("Limits to watch"),
         .unitTitle = text("Unit"),
@@ -82,7 +84,7 @@ OnboardingContent::ManualFields manualFields(const OnboardingFlow& flow) {
     return fields;
 }
 
-OnboardingContent::KeyFields keyFields(const OnboardingFlow& flow) {
+OnboardingContent::KeyFields OnboardingContent::keyFields(const OnboardingFlow& flow) {
     const bool testing = flow.isTestingConnection();
     return OnboardingContent::KeyFields{
         .fieldLabel = text("Paste your organization admin key"),
@@ -100,7 +102,6 @@ OnboardingContent::KeyFields keyFields(const OnboardingFlow& flow) {
             "available. Nothing is guessed from a marketing tier."),
         .manualLink = text("Set up manually instead")};
 }
-} // namespace
 
 QString OnboardingContent::labelPlaceholder(AIProvider provider) {
     return provider == AIProvider::openAI ? text("For example, OpenAI · Team API")
@@ -151,6 +152,33 @@ QString OnboardingContent::connectionSummary(ConnectionMode mode, bool hasManual
     return QString();
 }
 
+OnboardingContent::ProviderPage OnboardingContent::providerPage(const OnboardingFlow& flow) {
+    const AIProvider provider = flow.provider();
+    ProviderPage choose{
+        .title = text("What do you want to watch first?"),
+        .subtitle = text("Pick one subscription. You can add the rest later."),
+        .line =
+            text("OpenAI can show usage automatically with the right secure key. Claude and Grok plans are "
+                 "easiest to track by entering the limits you see in your account."),
+        .disclosureTitle = text("I’m not sure"),
+        .disclosureText = text("Choose the company that bills you. You can add another provider later, and "
+                               "choosing a sample never contacts anyone.")};
+    for (const AIProvider candidate : AIProvider::allCases()) {
+        const bool automatic = candidate == AIProvider::openAI;
+        const bool selected = candidate == provider;
+        choose.cards.append(
+            ChoiceCard{.title = candidate.shortName(),
+                       .subtitle = automatic ? text("See usage automatically with a secure key")
+                                             : text("Enter the limits shown in your plan"),
+                       .isSelected = selected,
+                       .trailingSymbol = selectionSymbol(selected),
+                       .accessibleName = candidate.shortName() + QStringLiteral(", ") +
+                                         (automatic ? text("see usage automatically with a secure key")
+                                                    : text("enter the limits shown in your plan"))});
+    }
+    return choose;
+}
+
 OnboardingContent OnboardingContent::make(const OnboardingFlow& flow) {
     OnboardingContent content;
     const OnboardingPage page = flow.page();
@@ -190,33 +218,9 @@ OnboardingContent OnboardingContent::make(const OnboardingFlow& flow) {
         content.welcome = welcome;
         break;
     }
-    case OnboardingPage::provider: {
-        ProviderPage choose{
-            .title = text("What do you want to watch first?"),
-            .subtitle = text("Pick one subscription. You can add the rest later."),
-            .line = text(
-                "OpenAI can show usage automatically with the right secure key. Claude and Grok plans are "
-                "easiest to track by entering the limits you see in your account."),
-            .disclosureTitle = text("I’m not sure"),
-            .disclosureText =
-                text("Choose the company that bills you. You can add another provider later, and "
-                     "choosing a sample never contacts anyone.")};
-        for (const AIProvider candidate : AIProvider::allCases()) {
-            const bool automatic = candidate == AIProvider::openAI;
-            const bool selected = candidate == provider;
-            choose.cards.append(
-                ChoiceCard{.title = candidate.shortName(),
-                           .subtitle = automatic ? text("See usage automatically with a secure key")
-                                                 : text("Enter the limits shown in your plan"),
-                           .isSelected = selected,
-                           .trailingSymbol = selectionSymbol(selected),
-                           .accessibleName = candidate.shortName() + QStringLiteral(", ") +
-                                             (automatic ? text("see usage automatically with a secure key")
-                                                        : text("enter the limits shown in your plan"))});
-        }
-        content.provider = choose;
+    case OnboardingPage::provider:
+        content.provider = providerPage(flow);
         break;
-    }
     case OnboardingPage::name: {
         const QString typed = flow.label().trimmed();
         content.name = NamePage{

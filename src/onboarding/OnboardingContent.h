@@ -156,6 +156,11 @@ struct OnboardingContent {
     std::optional<ReadyPage> ready;
 
     static OnboardingContent make(const OnboardingFlow& flow);
+    // Single parts of a page for the flow as it stands, whatever page it is on: the sheet
+    // builds each page's controls once from them.
+    static ProviderPage providerPage(const OnboardingFlow& flow);
+    static KeyFields keyFields(const OnboardingFlow& flow);
+    static ManualFields manualFields(const OnboardingFlow& flow);
 
     static QString labelPlaceholder(AIProvider provider);
     // "12 requests left", "over by 2 requests left"; absent without two numbers and a limit above 0.

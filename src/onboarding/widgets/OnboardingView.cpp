@@ -278,9 +278,7 @@ QWidget* OnboardingView::buildProvider() {
     QWidget* frame = pageFrame(layout);
     QWidget* page = layout->parentWidget();
     page->setObjectName(QStringLiteral("providerPage"));
-    OnboardingFlow probe(nullptr, {}, {});
-    probe.begin();
-    const OnboardingContent::ProviderPage content = *OnboardingContent::make(probe).provider;
+    const OnboardingContent::ProviderPage content = OnboardingContent::providerPage(*m_flow);
     layout->addWidget(heading(content.title, page));
     layout->addWidget(paragraph(content.subtitle, page));
     auto* grid = new QGridLayout;
@@ -391,15 +389,7 @@ QWidget* OnboardingView::buildConnection() {
     m_key->setContextMenuPolicy(Qt::NoContextMenu);
     keyLayout->addWidget(
         FormField::labelled(QStringLiteral("Paste your organization admin key"), m_key, m_keyPanel));
-    const OnboardingContent::KeyFields keyTexts = [&] {
-        OnboardingFlow probe(nullptr, {}, {});
-        probe.selectConnectionMode(ConnectionMode::apiKey);
-        probe.begin();
-        probe.next();
-        probe.setLabel(QStringLiteral("x"));
-        probe.next();
-        return *OnboardingContent::make(probe).connection->keyFields;
-    }();
+    const OnboardingContent::KeyFields keyTexts = OnboardingContent::keyFields(*m_flow);
     keyLayout->addWidget(symbolLine(QStringLiteral("lock.fill"), keyTexts.keychainLabel, Tone::accent,
                                     Ink::secondary, m_keyPanel));
     auto* keyButtons = BlockParts::row(Theme::kSpaceS);
@@ -447,15 +437,7 @@ QWidget* OnboardingView::buildConnection() {
     m_manualPanel = BlockParts::card(page);
     m_manualPanel->setObjectName(QStringLiteral("manualFields"));
     auto* manualLayout = static_cast<QVBoxLayout*>(m_manualPanel->layout());
-    const OnboardingContent::ManualFields manualTexts = [&] {
-        OnboardingFlow probe(nullptr, {}, {});
-        probe.selectConnectionMode(ConnectionMode::manual);
-        probe.begin();
-        probe.next();
-        probe.setLabel(QStringLiteral("x"));
-        probe.next();
-        return *OnboardingContent::make(probe).connection->manualFields;
-    }();
+    const OnboardingContent::ManualFields manualTexts = OnboardingContent::manualFields(*m_flow);
     auto* titleRow = BlockParts::row(Theme::kSpaceM);
     titleRow->addWidget(
         BlockParts::text(manualTexts.title, Theme::kHeadline, QFont::DemiBold, Ink::primary, m_manualPanel),
