@@ -4,12 +4,12 @@
 #include "core/CoreFixtures.h"
 #include "editor/AccountEditorForm.h"
 #include "editor/widgets/ManualHorizonEditor.h"
-#include "views/widgets/SelectableTile.h"
 #include "model/Clock.h"
 #include "providers/ProviderFactory.h"
 #include "services/KeychainStore.h"
 #include "views/widgets/ElidedLabel.h"
 #include "views/widgets/MainWindow.h"
+#include "views/widgets/SelectableTile.h"
 #include "views/widgets/ToggleSwitch.h"
 
 #include "providers/FakeOpenAIServer.h"

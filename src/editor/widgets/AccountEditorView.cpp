@@ -2,10 +2,10 @@
 
 #include "editor/AccountEditorForm.h"
 #include "editor/widgets/ManualHorizonEditor.h"
-#include "views/widgets/SelectableTile.h"
 #include "views/widgets/BlockParts.h"
 #include "views/widgets/FormField.h"
 #include "views/widgets/SectionCard.h"
+#include "views/widgets/SelectableTile.h"
 #include "views/widgets/Theme.h"
 #include "views/widgets/ToggleSwitch.h"
 
