@@ -34,11 +34,7 @@ QSize BadgeWidget::sizeHint() const {
     if (isDot()) {
         return QSize(kDotSize + 2 * kHalo, kDotSize + 2 * kHalo);
     }
-    const QFontMetrics metrics(badgeFont());
-    const int height = qMax(metrics.height(), kIconSize) + Theme::kSpaceXS * 2;
-    const int width = Theme::kSpaceS + kIconSize + Theme::kSpaceXS + metrics.horizontalAdvance(m_badge.text) +
-                      Theme::kSpaceS + 2;
-    return QSize(width, height);
+    return capsuleSize(m_badge, font());
 }
 
 void BadgeWidget::paintEvent(QPaintEvent*) {
@@ -91,8 +87,9 @@ void BadgeWidget::changeEvent(QEvent* event) {
 
 QSize BadgeWidget::capsuleSize(const Badge& badge, const QFont& base) {
     const QFontMetrics metrics(Theme::font(base, Theme::kCaption, QFont::Medium));
-    return QSize(Theme::kSpaceS + kIconSize + Theme::kSpaceXS + metrics.horizontalAdvance(badge.text) +
-                     Theme::kSpaceS + 2,
+    // A badge without a symbol is its text alone.
+    const int icon = badge.symbol.isEmpty() ? 0 : kIconSize + Theme::kSpaceXS;
+    return QSize(Theme::kSpaceS + icon + metrics.horizontalAdvance(badge.text) + Theme::kSpaceS + 2,
                  qMax(metrics.height(), kIconSize) + Theme::kSpaceXS * 2);
 }
 
@@ -105,12 +102,15 @@ void BadgeWidget::paintCapsule(QPainter& painter, const QRect& rect, const Badge
     painter.setPen(Qt::NoPen);
     painter.setBrush(colors.fill);
     painter.drawRoundedRect(capsule, capsule.height() / 2, capsule.height() / 2);
-    const qreal ratio = painter.device()->devicePixelRatioF();
-    painter.drawPixmap(rect.left() + Theme::kSpaceS, rect.top() + (rect.height() - kIconSize) / 2,
-                       SymbolIcon::pixmap(badge.symbol, colors.foreground, kIconSize, ratio));
+    int textLeft = Theme::kSpaceS;
+    if (!badge.symbol.isEmpty()) {
+        const qreal ratio = painter.device()->devicePixelRatioF();
+        painter.drawPixmap(rect.left() + Theme::kSpaceS, rect.top() + (rect.height() - kIconSize) / 2,
+                           SymbolIcon::pixmap(badge.symbol, colors.foreground, kIconSize, ratio));
+        textLeft += kIconSize + Theme::kSpaceXS;
+    }
     painter.setFont(Theme::font(base, Theme::kCaption, QFont::Medium));
     painter.setPen(colors.foreground);
-    painter.drawText(rect.adjusted(Theme::kSpaceS + kIconSize + Theme::kSpaceXS, 0, 0, 0),
-                     Qt::AlignVCenter | Qt::AlignLeft, badge.text);
+    painter.drawText(rect.adjusted(textLeft, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, badge.text);
     painter.restore();
 }

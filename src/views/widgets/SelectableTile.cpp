@@ -1,5 +1,6 @@
 #include "views/widgets/SelectableTile.h"
 
+#include "views/widgets/BadgeWidget.h"
 #include "views/widgets/ProviderLogoWidget.h"
 #include "views/widgets/SymbolIcon.h"
 #include "views/widgets/Theme.h"
@@ -49,6 +50,10 @@ void SelectableTile::setBadge(const QString& badge) {
     update();
 }
 
+Badge SelectableTile::tag() const {
+    return Badge{.symbol = QString(), .text = m_badge, .tone = Tone::accent, .accessibleName = m_badge};
+}
+
 void SelectableTile::setShowsEmptyCircle(bool shows) {
     m_emptyCircle = shows;
     update();
@@ -64,9 +69,7 @@ QSize SelectableTile::sizeHint() const {
     const QFontMetrics title(Theme::font(font(), Theme::kBody, QFont::DemiBold));
     const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
     const int badge =
-        m_badge.isEmpty()
-            ? 0
-            : QFontMetrics(Theme::font(font(), Theme::kCaption)).horizontalAdvance(m_badge) + 24;
+        m_badge.isEmpty() ? 0 : BadgeWidget::capsuleSize(tag(), font()).width() + Theme::kSpaceS;
     const int textWidth = qMax(title.horizontalAdvance(text()) + badge, second.horizontalAdvance(m_subtitle));
     const int height = m_subtitle.isEmpty() ? title.height() : title.height() + 2 + second.height();
     return QSize(kPadding * 2 + kLogo + Theme::kSpaceS + qMin(textWidth, 220) + Theme::kSpaceS + kCheck,
@@ -121,30 +124,15 @@ void SelectableTile::paintEvent(QPaintEvent*) {
     const int room = qMax(0, textRight - textLeft);
     painter.setFont(titleFont);
     painter.setPen(ink);
-    int titleRoom = room;
-    const QFont badgeFont = Theme::font(font(), Theme::kCaption, QFont::DemiBold);
-    const QFontMetrics badgeMetrics(badgeFont);
-    const int badgeWidth =
-        m_badge.isEmpty() ? 0 : badgeMetrics.horizontalAdvance(m_badge) + 2 * Theme::kSpaceS;
-    if (badgeWidth > 0) {
-        titleRoom = qMax(0, room - badgeWidth - Theme::kSpaceS);
-    }
+    const QSize pill = m_badge.isEmpty() ? QSize() : BadgeWidget::capsuleSize(tag(), font());
+    const int titleRoom = m_badge.isEmpty() ? room : qMax(0, room - pill.width() - Theme::kSpaceS);
     const QString shownTitle = titleMetrics.elidedText(text(), Qt::ElideRight, titleRoom);
     painter.drawText(QRect(textLeft, y, titleRoom, titleMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
                      shownTitle);
-    if (badgeWidth > 0) {
-        const int left = textLeft + titleMetrics.horizontalAdvance(shownTitle) + Theme::kSpaceS;
-        const QRectF pill(left, y + (titleMetrics.height() - badgeMetrics.height() - 4) / 2.0, badgeWidth,
-                          badgeMetrics.height() + 4);
-        const Theme::ToneColors tone = Theme::colors(Tone::accent, look);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(tone.fill);
-        painter.drawRoundedRect(pill, pill.height() / 2, pill.height() / 2);
-        painter.setFont(badgeFont);
-        painter.setPen(tone.foreground);
-        painter.drawText(pill, Qt::AlignCenter, m_badge);
-        painter.setFont(titleFont);
-        painter.setPen(ink);
+    if (!m_badge.isEmpty()) {
+        const QPoint corner(textLeft + titleMetrics.horizontalAdvance(shownTitle) + Theme::kSpaceS,
+                            y + (titleMetrics.height() - pill.height()) / 2);
+        BadgeWidget::paintCapsule(painter, QRect(corner, pill), tag(), font(), look);
     }
     if (!m_subtitle.isEmpty()) {
         y += titleMetrics.height() + 2;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/AIProvider.h"
+#include "views/Badge.h"
 
 #include <QAbstractButton>
 
@@ -35,6 +36,9 @@ protected:
     void nextCheckState() override {}
 
 private:
+    // The badge as a capsule without a symbol, in the accent tone.
+    Badge tag() const;
+
     AIProvider m_logo;
     QString m_symbol;
     QString m_badge;
