@@ -75,8 +75,14 @@ QWidget* pageFrame(QVBoxLayout*& layout) {
     return scroll;
 }
 
-// Replaces the logo inside `holder` with the provider's.
+// Puts the provider's logo inside `holder`, replacing another provider's; the flow's every
+// change redraws the page, and most of them keep the provider.
 void showLogo(QWidget* holder, AIProvider provider, int size) {
+    const QString raw = provider.rawValue();
+    if (holder->property("provider").toString() == raw) {
+        return;
+    }
+    holder->setProperty("provider", raw);
     delete holder->findChild<ProviderLogoWidget*>();
     auto* logo = new ProviderLogoWidget(provider, size, holder);
     logo->setAccessibleName(provider.displayName());
@@ -759,8 +765,9 @@ void OnboardingView::sync() {
 }
 
 void OnboardingView::showPage(OnboardingPage page) {
-    sync();
-    QWidget* shown = m_pages->widget(page.rawValue());
+    // The flow's changed() that follows redraws the page's content.
+    m_pages->setCurrentIndex(page.rawValue());
+    QWidget* shown = m_pages->currentWidget();
     if (m_reduceMotion || !isVisible()) {
         return;
     }
