@@ -150,34 +150,25 @@ QList<UsageWindow> manualWindows(const AccountEditorFields& form, std::optional<
                                  std::optional<double> weeklyLimit) {
     QList<UsageWindow> windows;
     const QString unitTitle = form.manualUnit.capitalizedTitle();
-    const auto note = [](bool hasReset) {
-        return hasReset ? QStringLiteral("Manual value")
-                        : QStringLiteral("Manual value · reset not provided");
+    const auto add = [&](const char* id, const char* title, UsageHorizon horizon, std::optional<double> used,
+                         std::optional<double> limit, bool hasReset, Timestamp reset) {
+        if (!used || !limit) {
+            return;
+        }
+        windows.append(UsageWindow{.id = QString::fromLatin1(id),
+                                   .title = unitTitle + QString::fromLatin1(title),
+                                   .unit = form.manualUnit,
+                                   .horizon = horizon,
+                                   .used = used,
+                                   .limit = limit,
+                                   .resetAt = hasReset ? std::optional<Timestamp>(reset) : std::nullopt,
+                                   .note = hasReset ? QStringLiteral("Manual value")
+                                                    : QStringLiteral("Manual value · reset not provided")});
     };
-    if (shortLimit && shortUsed) {
-        windows.append(UsageWindow{.id = QStringLiteral("manual-short"),
-                                   .title = unitTitle + QStringLiteral(" / short term"),
-                                   .unit = form.manualUnit,
-                                   .horizon = UsageHorizon::shortTerm,
-                                   .used = shortUsed,
-                                   .limit = shortLimit,
-                                   .resetAt = form.manualShortHasReset
-                                                  ? std::optional<Timestamp>(form.manualShortReset)
-                                                  : std::nullopt,
-                                   .note = note(form.manualShortHasReset)});
-    }
-    if (weeklyLimit && weeklyUsed) {
-        windows.append(UsageWindow{.id = QStringLiteral("manual-weekly"),
-                                   .title = unitTitle + QStringLiteral(" / weekly"),
-                                   .unit = form.manualUnit,
-                                   .horizon = UsageHorizon::weekly,
-                                   .used = weeklyUsed,
-                                   .limit = weeklyLimit,
-                                   .resetAt = form.manualWeeklyHasReset
-                                                  ? std::optional<Timestamp>(form.manualWeeklyReset)
-                                                  : std::nullopt,
-                                   .note = note(form.manualWeeklyHasReset)});
-    }
+    add("manual-short", " / short term", UsageHorizon::shortTerm, shortUsed, shortLimit,
+        form.manualShortHasReset, form.manualShortReset);
+    add("manual-weekly", " / weekly", UsageHorizon::weekly, weeklyUsed, weeklyLimit,
+        form.manualWeeklyHasReset, form.manualWeeklyReset);
     return windows;
 }
 
@@ -243,26 +234,26 @@ void AccountEditorForm::initialiseFrom(const ProviderAccount& account) {
     const QList<UsageWindow> weekly = snapshot ? snapshot->weeklyWindows() : QList<UsageWindow>{};
     const std::optional<UsageWindow> weeklyWindow =
         weekly.isEmpty() ? std::nullopt : std::optional<UsageWindow>(weekly.first());
-    if (shortWindow) {
-        m_fields.manualUnit = shortWindow->unit;
-        m_fields.manualShortLimit = optionalNumberText(shortWindow->limit);
-        m_fields.manualShortUsed = optionalNumberText(shortWindow->used);
-        if (shortWindow->resetAt) {
-            m_fields.manualShortReset = *shortWindow->resetAt;
-            m_fields.manualShortHasReset = true;
+    // A window's numbers and reset, as the manual fields show them.
+    const auto prefill = [](const std::optional<UsageWindow>& window, QString& limit, QString& used,
+                            Timestamp& reset, bool& hasReset) {
+        if (!window) {
+            return;
         }
-    } else {
-        m_fields.manualUnit =
-            m_fields.accountKind == AccountKind::consumer ? UsageUnit::messages : UsageUnit::requests;
-    }
-    if (weeklyWindow) {
-        m_fields.manualWeeklyLimit = optionalNumberText(weeklyWindow->limit);
-        m_fields.manualWeeklyUsed = optionalNumberText(weeklyWindow->used);
-        if (weeklyWindow->resetAt) {
-            m_fields.manualWeeklyReset = *weeklyWindow->resetAt;
-            m_fields.manualWeeklyHasReset = true;
+        limit = optionalNumberText(window->limit);
+        used = optionalNumberText(window->used);
+        if (window->resetAt) {
+            reset = *window->resetAt;
+            hasReset = true;
         }
-    }
+    };
+    m_fields.manualUnit = shortWindow                                     ? shortWindow->unit
+                          : m_fields.accountKind == AccountKind::consumer ? UsageUnit::messages
+                                                                          : UsageUnit::requests;
+    prefill(shortWindow, m_fields.manualShortLimit, m_fields.manualShortUsed, m_fields.manualShortReset,
+            m_fields.manualShortHasReset);
+    prefill(weeklyWindow, m_fields.manualWeeklyLimit, m_fields.manualWeeklyUsed, m_fields.manualWeeklyReset,
+            m_fields.manualWeeklyHasReset);
 }
 
 void AccountEditorForm::setProvider(AIProvider provider) {
