@@ -90,63 +90,51 @@ void OnboardingFlow::setAPIKey(const QString& key) {
 }
 
 void OnboardingFlow::setManualUnit(UsageUnit unit) {
-    m_manualUnit = unit;
-    Q_EMIT changed();
+    assign(m_manualUnit, unit);
 }
 
 void OnboardingFlow::setShortUsed(const QString& text) {
-    m_shortUsed = text;
-    Q_EMIT changed();
+    assign(m_shortUsed, text);
 }
 
 void OnboardingFlow::setShortLimit(const QString& text) {
-    m_shortLimit = text;
-    Q_EMIT changed();
+    assign(m_shortLimit, text);
 }
 
 void OnboardingFlow::setWeeklyUsed(const QString& text) {
-    m_weeklyUsed = text;
-    Q_EMIT changed();
+    assign(m_weeklyUsed, text);
 }
 
 void OnboardingFlow::setWeeklyLimit(const QString& text) {
-    m_weeklyLimit = text;
-    Q_EMIT changed();
+    assign(m_weeklyLimit, text);
 }
 
 void OnboardingFlow::setShortResetMode(OnboardingResetMode mode) {
-    m_shortResetMode = mode;
-    Q_EMIT changed();
+    assign(m_shortResetMode, mode);
 }
 
 void OnboardingFlow::setWeeklyResetMode(OnboardingResetMode mode) {
-    m_weeklyResetMode = mode;
-    Q_EMIT changed();
+    assign(m_weeklyResetMode, mode);
 }
 
 void OnboardingFlow::setShortResetDate(Timestamp date) {
-    m_shortResetDate = date;
-    Q_EMIT changed();
+    assign(m_shortResetDate, date);
 }
 
 void OnboardingFlow::setWeeklyResetDate(Timestamp date) {
-    m_weeklyResetDate = date;
-    Q_EMIT changed();
+    assign(m_weeklyResetDate, date);
 }
 
 void OnboardingFlow::setManualOverageConfirmed(bool confirmed) {
-    m_manualOverageConfirmed = confirmed;
-    Q_EMIT changed();
+    assign(m_manualOverageConfirmed, confirmed);
 }
 
 void OnboardingFlow::setOverdueResetConfirmed(bool confirmed) {
-    m_overdueResetConfirmed = confirmed;
-    Q_EMIT changed();
+    assign(m_overdueResetConfirmed, confirmed);
 }
 
 void OnboardingFlow::setDuplicateNameConfirmed(bool confirmed) {
-    m_duplicateNameConfirmed = confirmed;
-    Q_EMIT changed();
+    assign(m_duplicateNameConfirmed, confirmed);
 }
 
 // ---- derived ----
@@ -271,25 +259,8 @@ void OnboardingFlow::selectProvider(AIProvider provider) {
         return;
     }
     m_provider = provider;
-    const Timestamp now = Clock::now();
-    m_label.clear();
+    clearEntries();
     m_manualUnit = defaultUnit(provider);
-    m_shortUsed.clear();
-    m_shortLimit.clear();
-    m_weeklyUsed.clear();
-    m_weeklyLimit.clear();
-    m_shortResetMode = OnboardingResetMode::later;
-    m_weeklyResetMode = OnboardingResetMode::later;
-    m_shortResetDate = now;
-    m_weeklyResetDate = now;
-    m_manualOverageConfirmed = false;
-    m_overdueResetConfirmed = false;
-    m_apiKey.clear();
-    m_connectionVerified = false;
-    m_connectionMetadata.reset();
-    m_connectionTestMessage.reset();
-    m_duplicateNameConfirmed = false;
-    m_validationMessage.reset();
     if (provider != AIProvider::openAI && m_connectionMode == ConnectionMode::apiKey) {
         m_connectionMode = ConnectionMode::manual;
     }
@@ -534,13 +505,9 @@ void OnboardingFlow::clearSavedDraft() {
     m_hasSavedDraft = false;
 }
 
-void OnboardingFlow::resetFields() {
+void OnboardingFlow::clearEntries() {
     const Timestamp now = Clock::now();
-    m_provider = AIProvider::openAI;
     m_label.clear();
-    m_connectionMode = ConnectionMode::mock;
-    m_apiKey.clear();
-    m_manualUnit = UsageUnit::requests;
     m_shortUsed.clear();
     m_shortLimit.clear();
     m_weeklyUsed.clear();
@@ -552,10 +519,18 @@ void OnboardingFlow::resetFields() {
     m_manualOverageConfirmed = false;
     m_overdueResetConfirmed = false;
     m_duplicateNameConfirmed = false;
+    m_apiKey.clear();
     m_connectionVerified = false;
     m_connectionMetadata.reset();
     m_connectionTestMessage.reset();
     m_validationMessage.reset();
+}
+
+void OnboardingFlow::resetFields() {
+    m_provider = AIProvider::openAI;
+    m_connectionMode = ConnectionMode::mock;
+    m_manualUnit = UsageUnit::requests;
+    clearEntries();
 }
 
 void OnboardingFlow::resetForAnother() {

@@ -141,8 +141,15 @@ private:
     struct Race;
 
     void setPage(OnboardingPage page);
-    void forgetConnection();
+    // Everything typed or confirmed for one provider goes: name, numbers, resets, key,
+    // confirmations and what a test found.
+    void clearEntries();
     void resetFields();
+    template <typename T>
+    void assign(T& field, const T& value) {
+        field = value;
+        Q_EMIT changed();
+    }
     void finishRace(const std::shared_ptr<Race>& race);
 
     QSettings* m_settings;
