@@ -57,13 +57,6 @@ QString shortTermText() {
     return QStringLiteral(
         "Short-term limit and used values must be finite numbers, with a limit greater than zero.");
 }
-
-const QByteArray kProbeBody =
-    R"({"object":"page","data":[{"object":"bucket","start_time":1763510400,"end_time":1763514000,"results":[)"
-    R"({"object":"organization.usage.completions.result","input_tokens":5,"output_tokens":1,"num_model_requests":1,)"
-    R"("model":"gpt-4o"}]}],"has_more":false})";
-const QList<QPair<QByteArray, QByteArray>> kLimits{{"x-ratelimit-limit-requests", "60"},
-                                                   {"x-ratelimit-remaining-requests", "59"}};
 } // namespace
 
 class TestAccountEditorForm final : public QObject {
@@ -742,10 +735,7 @@ private slots:
     void testingWithAnEmptyFieldUsesTheStoredKey() {
         CoreFixture fixture;
         FakeOpenAIServer server;
-        server.setReply(QStringLiteral("usage"), {200, kProbeBody, kLimits});
-        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
-        server.setReply(QStringLiteral("projects"),
-                        {200, R"({"object":"list","data":[],"has_more":false})", {}});
+        server.acceptKey();
         ProviderFactory::setOpenAIBase(server.base());
         ProviderAccount* account = apiAccount(fixture, QStringLiteral("sk-admin-from-keychain"));
         AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
@@ -774,11 +764,7 @@ private slots:
     void aTypedKeyIsTestedAndRefusedKeysSayWhy() {
         CoreFixture fixture;
         FakeOpenAIServer server;
-        server.setReply(QStringLiteral("usage"),
-                        {401,
-                         FakeOpenAIServer::errorBody("Incorrect API key provided", "invalid_request_error",
-                                                     "invalid_api_key"),
-                         {}});
+        server.refuseKey();
         ProviderFactory::setOpenAIBase(server.base());
         AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
         form.chooseOfficialAPIKey();

@@ -12,6 +12,7 @@
 #include "views/widgets/SelectableTile.h"
 #include "views/widgets/ToggleSwitch.h"
 
+#include "WidgetTree.h"
 #include "providers/FakeOpenAIServer.h"
 
 #include <QAccessible>
@@ -26,37 +27,6 @@
 #include <QToolButton>
 
 namespace {
-// Every name the accessibility tree gives under `widget`, as a screen reader finds them.
-void collectNames(QAccessibleInterface* node, QStringList& names, int depth = 0) {
-    if (!node || depth > 60) {
-        return;
-    }
-    if (!node->state().invisible) {
-        if (const QString name = node->text(QAccessible::Name); !name.isEmpty()) {
-            names.append(name);
-        }
-    }
-    for (int i = 0; i < node->childCount(); ++i) {
-        collectNames(node->child(i), names, depth + 1);
-    }
-}
-
-QStringList accessibleNames(QWidget* widget) {
-    QStringList names;
-    collectNames(QAccessible::queryAccessibleInterface(widget), names);
-    return names;
-}
-
-// The visible texts of the labels under a widget.
-QStringList texts(const QWidget* root) {
-    QStringList result;
-    for (const ElidedLabel* label : root->findChildren<ElidedLabel*>()) {
-        if (label->isVisibleTo(root)) {
-            result.append(label->fullText());
-        }
-    }
-    return result;
-}
 
 template <typename T>
 T* named(const QWidget* root, const QString& name) {
@@ -86,15 +56,6 @@ QStringList selectedTiles(const QWidget* root) {
     return result;
 }
 
-// Types into a field as a person does.
-void type(QLineEdit* field, const QString& text) {
-    QVERIFY(field);
-    field->setFocus();
-    field->selectAll();
-    QTest::keyClick(field, Qt::Key_Backspace);
-    QTest::keyClicks(field, text);
-}
-
 struct Window {
     CoreFixture fixture;
     std::unique_ptr<ContentView> content;
@@ -118,10 +79,6 @@ struct Window {
     }
 };
 
-const QByteArray kProbeBody =
-    R"({"object":"page","data":[{"object":"bucket","start_time":1763510400,"end_time":1763514000,"results":[)"
-    R"({"object":"organization.usage.completions.result","input_tokens":5,"output_tokens":1,"num_model_requests":1,)"
-    R"("model":"gpt-4o"}]}],"has_more":false})";
 } // namespace
 
 // The sheet opens the real page in the browser only through this handler.
@@ -260,13 +217,7 @@ private slots:
 
     void anOpenAIKeyIsTestedAndSaved() {
         FakeOpenAIServer server;
-        server.setReply(QStringLiteral("usage"),
-                        {200,
-                         kProbeBody,
-                         {{"x-ratelimit-limit-requests", "60"}, {"x-ratelimit-remaining-requests", "59"}}});
-        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
-        server.setReply(QStringLiteral("projects"),
-                        {200, R"({"object":"list","data":[],"has_more":false})", {}});
+        server.acceptKey();
         ProviderFactory::setOpenAIBase(server.base());
         Window w;
         AccountEditorView* sheet = w.openAdd();
@@ -382,7 +333,7 @@ private slots:
         Window w;
         AccountEditorView* sheet = w.openAdd();
         tile(sheet, QStringLiteral("Official API key"))->click();
-        QStringList names = accessibleNames(sheet);
+        QStringList names = shownAccessibleNames(sheet);
         for (const char* expected : {"Account label",
                                      "OpenAI",
                                      "Claude",
@@ -406,13 +357,13 @@ private slots:
             QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
         }
         tile(sheet, QStringLiteral("Manual tracking"))->click();
-        names = accessibleNames(sheet);
+        names = shownAccessibleNames(sheet);
         for (const char* expected : {"Unit", "Limit", "Used", "I know the reset time"}) {
             QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
         }
         auto* renewal = sheet->findChild<ToggleSwitch*>(QStringLiteral("trackRenewal"));
         renewal->click();
-        QVERIFY(accessibleNames(sheet).contains(QStringLiteral("Renews")));
+        QVERIFY(shownAccessibleNames(sheet).contains(QStringLiteral("Renews")));
         sheet->reject();
     }
 

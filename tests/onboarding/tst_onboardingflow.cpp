@@ -59,10 +59,6 @@ struct Harness {
     }
 };
 
-const QByteArray kProbeBody =
-    R"({"object":"page","data":[{"object":"bucket","start_time":1763510400,"end_time":1763514000,"results":[)"
-    R"({"object":"organization.usage.completions.result","input_tokens":5,"output_tokens":1,"num_model_requests":1,)"
-    R"("model":"gpt-4o"}]}],"has_more":false})";
 } // namespace
 
 class TestOnboardingFlow final : public QObject {
@@ -306,10 +302,7 @@ private slots:
     void aPastedKeyWithBlanksIsTestedTrimmed() {
         Clock::setFixedNow(std::nullopt);
         FakeOpenAIServer server;
-        server.setReply(QStringLiteral("usage"), {200, kProbeBody, {{"x-ratelimit-limit-requests", "60"}}});
-        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
-        server.setReply(QStringLiteral("projects"),
-                        {200, R"({"object":"list","data":[],"has_more":false})", {}});
+        server.acceptKey();
         ProviderFactory::setOpenAIBase(server.base());
         Harness h;
         h.toConnection();
@@ -360,11 +353,7 @@ private slots:
     void aRejectedKeyStaysTyped() {
         Clock::setFixedNow(std::nullopt);
         FakeOpenAIServer server;
-        server.setReply(QStringLiteral("usage"),
-                        {401,
-                         FakeOpenAIServer::errorBody("Incorrect API key provided", "invalid_request_error",
-                                                     "invalid_api_key"),
-                         {}});
+        server.refuseKey();
         ProviderFactory::setOpenAIBase(server.base());
         Harness h;
         h.toConnection();
@@ -427,9 +416,7 @@ private slots:
     void aConnectorThatAnswersJustInTimeWins() {
         Clock::setFixedNow(std::nullopt);
         // A second before the limit: close, with room for a loaded machine's scheduling.
-        DelayedHttpServer slow(11'000, 401,
-                               FakeOpenAIServer::errorBody("Incorrect API key provided",
-                                                           "invalid_request_error", "invalid_api_key"));
+        DelayedHttpServer slow(11'000, 401, FakeOpenAIServer::invalidKeyBody());
         ProviderFactory::setOpenAIBase(slow.base(), std::chrono::milliseconds(60'000));
         Harness h;
         h.toConnection();

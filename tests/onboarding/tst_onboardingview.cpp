@@ -11,6 +11,7 @@
 #include "views/widgets/MainWindow.h"
 #include "views/widgets/SelectableTile.h"
 
+#include "WidgetTree.h"
 #include "providers/FakeOpenAIServer.h"
 #include "providers/SilentServer.h"
 
@@ -21,35 +22,6 @@
 #include <QTest>
 
 namespace {
-void collectNames(QAccessibleInterface* node, QStringList& names, int depth = 0) {
-    if (!node || depth > 60) {
-        return;
-    }
-    if (!node->state().invisible) {
-        if (const QString name = node->text(QAccessible::Name); !name.isEmpty()) {
-            names.append(name);
-        }
-    }
-    for (int i = 0; i < node->childCount(); ++i) {
-        collectNames(node->child(i), names, depth + 1);
-    }
-}
-
-QStringList accessibleNames(QWidget* widget) {
-    QStringList names;
-    collectNames(QAccessible::queryAccessibleInterface(widget), names);
-    return names;
-}
-
-QStringList texts(const QWidget* root) {
-    QStringList result;
-    for (const ElidedLabel* label : root->findChildren<ElidedLabel*>()) {
-        if (label->isVisibleTo(root) && !label->fullText().isEmpty()) {
-            result.append(label->fullText());
-        }
-    }
-    return result;
-}
 
 // The visible button with this text on the sheet.
 QPushButton* button(const QWidget* sheet, const QString& title) {
@@ -76,14 +48,6 @@ void press(QPushButton* target) {
     QTest::mouseClick(target, Qt::LeftButton);
 }
 
-void type(QLineEdit* field, const QString& text) {
-    QVERIFY(field);
-    field->setFocus();
-    field->selectAll();
-    QTest::keyClick(field, Qt::Key_Backspace);
-    QTest::keyClicks(field, text);
-}
-
 // A window on a store of its own, as at a first launch.
 struct Launch {
     CoreFixture& fixture;
@@ -108,10 +72,6 @@ struct Launch {
     }
 };
 
-const QByteArray kProbeBody =
-    R"({"object":"page","data":[{"object":"bucket","start_time":1763510400,"end_time":1763514000,"results":[)"
-    R"({"object":"organization.usage.completions.result","input_tokens":5,"output_tokens":1,"num_model_requests":1,)"
-    R"("model":"gpt-4o"}]}],"has_more":false})";
 } // namespace
 
 class TestOnboardingView final : public QObject {
@@ -191,10 +151,7 @@ private slots:
 
     void anOpenAIKeyProvenThenStored() {
         FakeOpenAIServer server;
-        server.setReply(QStringLiteral("usage"), {200, kProbeBody, {{"x-ratelimit-limit-requests", "60"}}});
-        server.setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
-        server.setReply(QStringLiteral("projects"),
-                        {200, R"({"object":"list","data":[],"has_more":false})", {}});
+        server.acceptKey();
         ProviderFactory::setOpenAIBase(server.base());
         CoreFixture fixture;
         Launch launch(fixture);
@@ -281,20 +238,20 @@ private slots:
         CoreFixture fixture;
         Launch launch(fixture);
         OnboardingView* sheet = launch.sheet();
-        QStringList names = accessibleNames(sheet);
+        QStringList names = shownAccessibleNames(sheet);
         for (const char* expected : {"Tallyfen", "Setup step 1 of 5", "Set up first account",
                                      "Try sample workspace", "I’ll do this later"}) {
             QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
         }
         press(button(sheet, QStringLiteral("Set up first account")));
-        names = accessibleNames(sheet);
+        names = shownAccessibleNames(sheet);
         for (const char* expected : {"Setup step 2 of 5", "OpenAI, see usage automatically with a secure key",
                                      "Claude, enter the limits shown in your plan", "Back", "Save for later",
                                      "Continue", "I’m not sure"}) {
             QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
         }
         press(button(sheet, QStringLiteral("Continue")));
-        QVERIFY(accessibleNames(sheet).contains(QStringLiteral("Account name")));
+        QVERIFY(shownAccessibleNames(sheet).contains(QStringLiteral("Account name")));
     }
 
     void theRingTurnsUnlessMotionIsReduced() {

@@ -51,3 +51,19 @@ QByteArray FakeOpenAIServer::errorBody(const char* message, const char* type, co
            (code ? QByteArrayLiteral("\"") + code + QByteArrayLiteral("\"") : QByteArrayLiteral("null")) +
            QByteArrayLiteral("}}");
 }
+
+QByteArray FakeOpenAIServer::invalidKeyBody() {
+    return errorBody("Incorrect API key provided", "invalid_request_error", "invalid_api_key");
+}
+
+void FakeOpenAIServer::acceptKey() {
+    setReply(
+        QStringLiteral("usage"),
+        {200,
+         R"({"object":"page","data":[{"object":"bucket","start_time":1763510400,"end_time":1763514000,)"
+         R"("results":[{"object":"organization.usage.completions.result","input_tokens":5,"output_tokens":1,)"
+         R"("num_model_requests":1,"model":"gpt-4o"}]}],"has_more":false})",
+         {{"x-ratelimit-limit-requests", "60"}, {"x-ratelimit-remaining-requests", "59"}}});
+    setReply(QStringLiteral("costs"), {200, R"({"object":"page","data":[]})", {}});
+    setReply(QStringLiteral("projects"), {200, R"({"object":"list","data":[],"has_more":false})", {}});
+}

@@ -28,6 +28,14 @@ public:
     const QList<Request>& requests() const noexcept { return m_requests; }
 
     static QByteArray errorBody(const char* message, const char* type, const char* code);
+    // What OpenAI answers a key it does not know (with 401).
+    static QByteArray invalidKeyBody();
+
+    // A key the organization API accepts: an hour of usage with a request ceiling in its
+    // headers, no costs and no projects.
+    void acceptKey();
+    // A key it refuses, at its first request.
+    void refuseKey() { setReply(QStringLiteral("usage"), {401, invalidKeyBody(), {}}); }
 
 private:
     QHttpServerResponse answer(const QString& endpoint, const QHttpServerRequest& request);

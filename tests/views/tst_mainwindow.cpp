@@ -1,5 +1,6 @@
 #include "views/widgets/MainWindow.h"
 
+#include "WidgetTree.h"
 #include "core/CommandCenter.h"
 #include "core/ContentView.h"
 #include "core/CoreFixtures.h"
@@ -68,36 +69,6 @@ QModelIndex overviewRow(const QTreeView* sidebar) {
 // What choosing a row with the keyboard or the mouse does.
 void choose(QTreeView* sidebar, const QModelIndex& index) {
     sidebar->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
-}
-
-// The visible texts of the labels under a widget.
-QStringList texts(const QWidget* root) {
-    QStringList result;
-    for (const ElidedLabel* label : root->findChildren<ElidedLabel*>()) {
-        if (label->isVisibleTo(root)) {
-            result.append(label->fullText());
-        }
-    }
-    return result;
-}
-
-// Every name the accessibility tree gives under `widget`, as a screen reader finds them.
-void collectNames(QAccessibleInterface* node, QStringList& names, int depth = 0) {
-    if (!node || depth > 40) {
-        return;
-    }
-    if (const QString name = node->text(QAccessible::Name); !name.isEmpty()) {
-        names.append(name);
-    }
-    for (int i = 0; i < node->childCount(); ++i) {
-        collectNames(node->child(i), names, depth + 1);
-    }
-}
-
-QStringList accessibleNames(QWidget* widget) {
-    QStringList names;
-    collectNames(QAccessible::queryAccessibleInterface(widget), names);
-    return names;
 }
 
 QToolButton* toolbarButton(const MainWindow& window, const QString& action) {
