@@ -15,13 +15,26 @@ class TestSingleInstance final : public QObject {
     Q_OBJECT
 
 private:
-    static void start(QProcess& process, const QString& store, int waitMilliseconds = -1) {
-        QStringList arguments{store};
-        if (waitMilliseconds >= 0) {
-            arguments << QStringLiteral("--wait") << QString::number(waitMilliseconds);
-        }
+    static void start(QProcess& process, const QString& store, int waitMilliseconds) {
+        const QStringList arguments{store, QStringLiteral("--wait"), QString::number(waitMilliseconds)};
         process.start(QStringLiteral(INSTANCE_PROBE), arguments);
         QVERIFY(process.waitForStarted());
+    }
+
+    // A launch without --wait on `store`, run to its end: what it printed, or "no end"
+    // when it did not end within three seconds, or "exit N" when it failed.
+    static QString launchToTheEnd(const QString& store) {
+        QProcess launch;
+        launch.start(QStringLiteral(INSTANCE_PROBE), {store});
+        if (!launch.waitForFinished(3000)) {
+            launch.kill();
+            launch.waitForFinished();
+            return QStringLiteral("no end");
+        }
+        if (launch.exitCode() != 0) {
+            return QStringLiteral("exit %1").arg(launch.exitCode());
+        }
+        return QString::fromUtf8(launch.readAllStandardOutput()).trimmed();
     }
 
     static QString firstLine(QProcess& process) {
@@ -40,14 +53,10 @@ private slots:
         QCOMPARE(firstLine(owner), QStringLiteral("first"));
         QVERIFY(QFile::exists(SingleInstance::lockPath(store)));
 
-        QProcess second;
         QElapsedTimer clock;
         clock.start();
-        start(second, store);
-        QVERIFY(second.waitForFinished(3000));
+        QCOMPARE(launchToTheEnd(store), QStringLiteral("handed-over"));
         QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(second.exitCode(), 0);
-        QCOMPARE(QString::fromUtf8(second.readAllStandardOutput()).trimmed(), QStringLiteral("handed-over"));
         // The owner was asked to bring its window forward.
         QCOMPARE(firstLine(owner), QStringLiteral("activated"));
         owner.kill();
@@ -63,10 +72,7 @@ private slots:
         QProcess owner;
         start(owner, store, 5000);
         QCOMPARE(firstLine(owner), QStringLiteral("first"));
-        QProcess second;
-        start(second, detour);
-        QVERIFY(second.waitForFinished(3000));
-        QCOMPARE(QString::fromUtf8(second.readAllStandardOutput()).trimmed(), QStringLiteral("handed-over"));
+        QCOMPARE(launchToTheEnd(detour), QStringLiteral("handed-over"));
         owner.kill();
         owner.waitForFinished();
     }
@@ -85,10 +91,7 @@ private slots:
         start(next, store, 3000);
         QCOMPARE(firstLine(next), QStringLiteral("first"));
         // And it answers on the name the dead one had.
-        QProcess third;
-        start(third, store);
-        QVERIFY(third.waitForFinished(3000));
-        QCOMPARE(QString::fromUtf8(third.readAllStandardOutput()).trimmed(), QStringLiteral("handed-over"));
+        QCOMPARE(launchToTheEnd(store), QStringLiteral("handed-over"));
         QCOMPARE(firstLine(next), QStringLiteral("activated"));
         next.kill();
         next.waitForFinished();

@@ -48,6 +48,13 @@ struct Harness {
                 .labelExists = [this](const QString& name) { return alsoExisting.contains(name); }});
     }
 
+    // Walks to the connection page in key mode, the key typed.
+    void toKeyMode(const QString& key) {
+        toConnection();
+        flow->selectConnectionMode(ConnectionMode::apiKey);
+        flow->setAPIKey(key);
+    }
+
     // Walks to the connection page with a name.
     void toConnection(AIProvider provider = AIProvider::openAI,
                       const QString& name = QStringLiteral("Work")) {
@@ -185,9 +192,7 @@ private slots:
 
     void leavingKeyModeForgetsTheKey() {
         Harness h;
-        h.toConnection();
-        h.flow->selectConnectionMode(ConnectionMode::apiKey);
-        h.flow->setAPIKey(QStringLiteral("sk-admin"));
+        h.toKeyMode(QStringLiteral("sk-admin"));
         h.flow->selectConnectionMode(ConnectionMode::manual);
         QVERIFY(h.flow->apiKey().isEmpty());
         h.flow->setManualOverageConfirmed(true);
@@ -305,9 +310,7 @@ private slots:
         server.acceptKey();
         ProviderFactory::setOpenAIBase(server.base());
         Harness h;
-        h.toConnection();
-        h.flow->selectConnectionMode(ConnectionMode::apiKey);
-        h.flow->setAPIKey(QStringLiteral("  sk-admin-pasted\n"));
+        h.toKeyMode(QStringLiteral("  sk-admin-pasted\n"));
         QSignalSpy finished(h.flow.get(), &OnboardingFlow::testFinished);
         h.flow->testConnection();
         QVERIFY(h.flow->isTestingConnection());
@@ -339,9 +342,7 @@ private slots:
 
     void anEmptyKeyIsNotSent() {
         Harness h;
-        h.toConnection();
-        h.flow->selectConnectionMode(ConnectionMode::apiKey);
-        h.flow->setAPIKey(QStringLiteral("   "));
+        h.toKeyMode(QStringLiteral("   "));
         QSignalSpy focus(h.flow.get(), &OnboardingFlow::focusRequested);
         h.flow->testConnection();
         QCOMPARE(h.flow->connectionTestMessage(),
@@ -356,9 +357,7 @@ private slots:
         server.refuseKey();
         ProviderFactory::setOpenAIBase(server.base());
         Harness h;
-        h.toConnection();
-        h.flow->selectConnectionMode(ConnectionMode::apiKey);
-        h.flow->setAPIKey(QStringLiteral("sk-wrong"));
+        h.toKeyMode(QStringLiteral("sk-wrong"));
         QSignalSpy finished(h.flow.get(), &OnboardingFlow::testFinished);
         h.flow->testConnection();
         QVERIFY(finished.wait(10000));
@@ -390,9 +389,7 @@ private slots:
         // The client's own idle time-out is longer here, so only the race can end it.
         ProviderFactory::setOpenAIBase(silent.base(), std::chrono::milliseconds(60'000));
         Harness h;
-        h.toConnection();
-        h.flow->selectConnectionMode(ConnectionMode::apiKey);
-        h.flow->setAPIKey(QStringLiteral("sk-admin"));
+        h.toKeyMode(QStringLiteral("sk-admin"));
         QSignalSpy finished(h.flow.get(), &OnboardingFlow::testFinished);
         QElapsedTimer clock;
         clock.start();
@@ -419,9 +416,7 @@ private slots:
         DelayedHttpServer slow(11'000, 401, FakeOpenAIServer::invalidKeyBody());
         ProviderFactory::setOpenAIBase(slow.base(), std::chrono::milliseconds(60'000));
         Harness h;
-        h.toConnection();
-        h.flow->selectConnectionMode(ConnectionMode::apiKey);
-        h.flow->setAPIKey(QStringLiteral("sk-admin"));
+        h.toKeyMode(QStringLiteral("sk-admin"));
         QSignalSpy finished(h.flow.get(), &OnboardingFlow::testFinished);
         h.flow->testConnection();
         QVERIFY(finished.wait(15000));
@@ -441,9 +436,7 @@ private slots:
         SilentServer silent;
         ProviderFactory::setOpenAIBase(silent.base(), std::chrono::milliseconds(60'000));
         Harness h;
-        h.toConnection();
-        h.flow->selectConnectionMode(ConnectionMode::apiKey);
-        h.flow->setAPIKey(QStringLiteral("sk-admin"));
+        h.toKeyMode(QStringLiteral("sk-admin"));
         h.flow->cancelConnectionTest(); // nothing to cancel
         QVERIFY(!h.flow->connectionTestMessage());
         QSignalSpy changed(h.flow.get(), &OnboardingFlow::changed);
@@ -469,9 +462,7 @@ private slots:
         SilentServer silent;
         ProviderFactory::setOpenAIBase(silent.base(), std::chrono::milliseconds(60'000));
         Harness h;
-        h.toConnection();
-        h.flow->selectConnectionMode(ConnectionMode::apiKey);
-        h.flow->setAPIKey(QStringLiteral("sk-admin"));
+        h.toKeyMode(QStringLiteral("sk-admin"));
         h.flow->testConnection();
         QTRY_VERIFY_WITH_TIMEOUT(silent.connectionCount() == 1, 5000);
         h.flow.reset();
