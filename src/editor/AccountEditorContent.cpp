@@ -4,9 +4,8 @@
 #include "views/PlatformWording.h"
 
 namespace {
-QString text(const char* utf8) {
-    return PlatformWording::apply(QString::fromUtf8(utf8));
-}
+// The system's texts, as this platform says them.
+constexpr auto text = &PlatformWording::text;
 
 QList<ProviderAuthTile> tilesFor(const AccountEditorFields& fields) {
     QList<ProviderAuthTile> tiles;

@@ -13,4 +13,6 @@ public:
 
     static Platform current();
     static QString apply(const QString& text, Platform platform = current());
+    // A text of the system's own, written as UTF-8 in the source, as this platform says it.
+    static QString text(const char* utf8) { return apply(QString::fromUtf8(utf8)); }
 };
