@@ -13,17 +13,15 @@ SectionCard::SectionCard(QWidget* parent)
     m_layout->setSpacing(Theme::kSpaceS);
 }
 
-QWidget* SectionCard::add(QWidget* row) {
-    QWidget* line = nullptr;
+void SectionCard::add(QWidget* row) {
     if (m_layout->count() > 0) {
-        line = BlockParts::separator(this);
+        QWidget* line = BlockParts::separator(this);
         m_layout->addWidget(line);
         line->setVisible(!row->isHidden());
         m_lineAbove.insert(row, line);
         row->installEventFilter(this);
     }
     m_layout->addWidget(row);
-    return line;
 }
 
 bool SectionCard::eventFilter(QObject* watched, QEvent* event) {

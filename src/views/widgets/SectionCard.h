@@ -12,8 +12,9 @@ class SectionCard final : public QWidget {
 public:
     explicit SectionCard(QWidget* parent = nullptr);
 
-    // Adds a row; returns the hairline above it, if any, which shows and hides with it.
-    QWidget* add(QWidget* row);
+    // Adds a row below a hairline (none above the first); the hairline shows and hides
+    // with its row.
+    void add(QWidget* row);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -90,7 +90,7 @@ SettingsView::SettingsView(Preferences* preferences, QWidget* parent)
         m_interval->addItem(interval.title, interval.minutes);
     }
     intervalLayout->addWidget(m_interval);
-    m_intervalSeparator = refresh->add(m_intervalRow);
+    refresh->add(m_intervalRow);
     refresh->add(note(content.refreshNote, refresh));
     m_notifications = new ToggleSwitch(content.notifications.title, refresh);
     m_notifications->setObjectName(QStringLiteral("thresholdNotificationsEnabled"));
@@ -139,7 +139,6 @@ void SettingsView::sync() {
     m_notifications->setChecked(m_preferences->thresholdNotificationsEnabled());
     // The picker shows only while automatic refresh is on; its value stays stored.
     m_intervalRow->setVisible(m_preferences->autoRefreshEnabled());
-    m_intervalSeparator->setVisible(m_preferences->autoRefreshEnabled());
     m_interval->setCurrentIndex(
         static_cast<int>(SettingsContent::intervalIndex(m_preferences->autoRefreshMinutes())));
 }

@@ -30,7 +30,6 @@ private:
     ToggleSwitch* m_autoRefresh = nullptr;
     ToggleSwitch* m_notifications = nullptr;
     QWidget* m_intervalRow = nullptr;
-    QWidget* m_intervalSeparator = nullptr;
     QComboBox* m_interval = nullptr;
     QLabel* m_link = nullptr;
 };
