@@ -32,6 +32,15 @@ private:
         return QString::fromUtf8(process.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
     }
 
+    // The probe on a bus of its own with an unlocked throw-away keyring, `arguments` added.
+    static QString onAKeyringOfItsOwn(const QString& arguments) {
+        return QStringLiteral("exec dbus-run-session -- sh -c '"
+                              "eval \"$(printf tallyfen-probe | gnome-keyring-daemon "
+                              "--unlock --components=secrets --daemonize)\"; "
+                              "exec \"$PROBE\" \"$FOLDER\"%1'")
+            .arg(arguments);
+    }
+
     static void expectRefused(const QStringList& lines, const QString& folder) {
         QCOMPARE(lines, (QStringList{"error The credential could not be saved in Keychain.", "accounts 0",
                                      "label Work API", "key kept"}));
@@ -52,23 +61,13 @@ private slots:
 
     void lockedKeychain() {
         QTemporaryDir folder;
-        const QStringList lines =
-            runProbe(QStringLiteral("exec dbus-run-session -- sh -c '"
-                                    "eval \"$(printf tallyfen-probe | gnome-keyring-daemon "
-                                    "--unlock --components=secrets --daemonize)\"; "
-                                    "exec \"$PROBE\" \"$FOLDER\" --lock'"),
-                     folder.path());
+        const QStringList lines = runProbe(onAKeyringOfItsOwn(QStringLiteral(" --lock")), folder.path());
         expectRefused(lines, folder.path());
     }
 
     void anUnlockedKeychainTakesTheKey() {
         QTemporaryDir folder;
-        const QStringList lines =
-            runProbe(QStringLiteral("exec dbus-run-session -- sh -c '"
-                                    "eval \"$(printf tallyfen-probe | gnome-keyring-daemon "
-                                    "--unlock --components=secrets --daemonize)\"; "
-                                    "exec \"$PROBE\" \"$FOLDER\"'"),
-                     folder.path());
+        const QStringList lines = runProbe(onAKeyringOfItsOwn(QString()), folder.path());
         QCOMPARE(lines.value(0), QStringLiteral("saved"));
         QCOMPARE(lines.value(1), QStringLiteral("accounts 1"));
     }
