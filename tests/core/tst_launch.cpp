@@ -109,6 +109,23 @@ private slots:
         QVERIFY(!QFileInfo::exists(m_home->filePath("data/Tallyfen")));
     }
 
+    void theStartLoadsNoImageFormatPlugin() {
+        // The bundled PNGs and SVGs are read by Qt's own readers: asking every installed
+        // image plugin about them would load each one into the process.
+        QProcess app;
+        app.setProcessEnvironment(environment(m_home->filePath("plugins.store")));
+        app.start(QStringLiteral(TALLYFEN_BINARY), {});
+        QVERIFY(app.waitForStarted(5000));
+        QVERIFY2(!app.waitForFinished(1500), app.readAllStandardError().constData());
+        QFile maps(QStringLiteral("/proc/%1/maps").arg(app.processId()));
+        QVERIFY(maps.open(QIODevice::ReadOnly));
+        const QByteArray mapped = maps.readAll();
+        QVERIFY(mapped.contains("libQt6Widgets")); // the right process, fully started
+        QVERIFY2(!mapped.contains("/imageformats/"), mapped.constData());
+        app.terminate();
+        QVERIFY(app.waitForFinished(5000));
+    }
+
     void aSecondLaunchOnTheSameStoreEndsAtOnce() {
         const QString path = m_home->filePath("shared.store");
         QProcess first;

@@ -16,9 +16,11 @@
 #include <QFileInfo>
 #include <QFont>
 #include <QIcon>
+#include <QPixmap>
 #include <QProcessEnvironment>
 
 #include <cstdio>
+#include <cstdlib>
 
 int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirstShow) {
     QApplication app(argc, argv);
@@ -29,10 +31,11 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     Theme::apply(Theme::appearance(QApplication::palette()));
     // The bundled face and icons, so the app reads the same on every machine.
     AppResources::load();
-    // The launcher's icon on the window too (PNG: no image plugin to load at start).
+    // The launcher's icon on the window too (QIcon::addFile would load every image plugin).
     QIcon icon;
-    icon.addFile(QStringLiteral(":/app/icon-64.png"));
-    icon.addFile(QStringLiteral(":/app/icon-256.png"));
+    for (const QString& size : {QStringLiteral("32"), QStringLiteral("64"), QStringLiteral("128")}) {
+        icon.addPixmap(QPixmap::fromImage(AppResources::png(QStringLiteral(":/app/icon-%1.png").arg(size))));
+    }
     QApplication::setWindowIcon(icon);
     QGuiApplication::setDesktopFileName(QStringLiteral("com.harrowmere.Tallyfen"));
     if (const QString family = AppResources::fontFamily(); !family.isEmpty()) {

@@ -1,6 +1,8 @@
 #include "views/widgets/AppResources.h"
 
 #include <QFontDatabase>
+#include <QImageReader>
+#include <QResource>
 #include <QStringList>
 
 // Outside any namespace, as Qt's resource macro requires; the resources live in a
@@ -20,9 +22,16 @@ QString& tabularFamily() {
     return name;
 }
 
-// Registers one bundled face and remembers its family name.
+// Registers one bundled face and remembers its family name. The faces are stored
+// uncompressed, so the font database reads them where they lie in the program's image
+// instead of a copy of each on the heap.
 void addFont(const QString& path, QString& familyName) {
-    const int id = QFontDatabase::addApplicationFont(path);
+    const QResource resource(path);
+    const int id =
+        resource.compressionAlgorithm() == QResource::NoCompression && resource.data()
+            ? QFontDatabase::addApplicationFontFromData(QByteArray::fromRawData(
+                  reinterpret_cast<const char*>(resource.data()), static_cast<qsizetype>(resource.size())))
+            : QFontDatabase::addApplicationFont(path);
     if (id >= 0 && familyName.isEmpty()) {
         familyName = QFontDatabase::applicationFontFamilies(id).value(0);
     }
@@ -51,4 +60,10 @@ QString AppResources::fontFamily() {
 QString AppResources::tabularFontFamily() {
     load();
     return tabularFamily();
+}
+
+QImage AppResources::png(const QString& path) {
+    QImageReader reader(path, QByteArrayLiteral("png"));
+    reader.setAutoDetectImageFormat(false);
+    return reader.read();
 }

@@ -1,5 +1,6 @@
 #include "views/widgets/ProviderLogoWidget.h"
 
+#include "views/widgets/AppResources.h"
 #include "views/widgets/SymbolIcon.h"
 #include "views/widgets/Theme.h"
 
@@ -28,7 +29,7 @@ QString ProviderLogoWidget::logoResource(AIProvider provider) {
     QString usable;
     for (const QString& path : {QStringLiteral(":/%1.png"), QStringLiteral(":/ProviderIcons/%1.png")}) {
         const QString resource = path.arg(provider.rawValue());
-        if (QFile::exists(resource) && !QImage(resource).isNull()) {
+        if (QFile::exists(resource) && !AppResources::png(resource).isNull()) {
             usable = resource;
             break;
         }
@@ -55,7 +56,7 @@ QPixmap ProviderLogoWidget::logo(AIProvider provider, int size, const QColor& in
     if (QPixmapCache::find(key, &cached)) {
         return cached;
     }
-    QImage image = QImage(resource)
+    QImage image = AppResources::png(resource)
                        .scaled(QSize(size, size) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation)
                        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
     if (isTemplate(provider)) {

@@ -1,11 +1,11 @@
 #include "views/widgets/Theme.h"
 
 #include "views/widgets/AppResources.h"
+#include "views/widgets/AppStyle.h"
 
 #include <QApplication>
 #include <QPainter>
 #include <QStyle>
-#include <QStyleFactory>
 #include <QWidget>
 
 #include <cmath>
@@ -196,9 +196,7 @@ QMessageBox QLabel { color: @text; }
 }
 
 void Theme::apply(Appearance appearance) {
-    if (auto* fusion = QStyleFactory::create(QStringLiteral("Fusion"))) {
-        QApplication::setStyle(fusion);
-    }
+    QApplication::setStyle(new AppStyle);
     QApplication::setPalette(palette(appearance));
     qApp->setStyleSheet(styleSheet(appearance));
 }
