@@ -3,6 +3,7 @@
 #include "core/ContentView.h"
 #include "core/Preferences.h"
 #include "core/SingleInstance.h"
+#include "core/StartupHeap.h"
 #include "core/StoreLocation.h"
 #include "core/TallyfenApp.h"
 #include "services/KeychainStore.h"
@@ -23,6 +24,7 @@
 #include <cstdlib>
 
 int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirstShow) {
+    StartupHeap::reserve();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tallyfen"));
     QApplication::setOrganizationName(QStringLiteral("Tallyfen"));
@@ -69,6 +71,7 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     Preferences preferences;
     ContentView content(store.get(), &preferences);
     MainWindow window(&content);
+    QObject::connect(&window, &MainWindow::firstShown, &window, &StartupHeap::release, Qt::QueuedConnection);
     if (afterFirstShow) {
         QObject::connect(&window, &MainWindow::firstShown, &window, afterFirstShow, Qt::QueuedConnection);
     }
