@@ -10,6 +10,8 @@
 #include <array>
 #include <cmath>
 #include <memory>
+#include <string>
+#include <unordered_map>
 
 namespace {
 QByteArray icuLocale(const QLocale& locale) {
@@ -45,19 +47,47 @@ struct CalendarCloser {
     void operator()(UCalendar* calendar) const { ucal_close(calendar); }
 };
 
+// Opening an ICU formatter loads and parses locale data (milliseconds for a date
+// format); each one is opened once per thread for the locale, zone and digits it serves.
+template <typename Formatter, typename Closer, typename Open>
+Formatter* cached(const std::string& key, Open open) {
+    thread_local std::unordered_map<std::string, std::unique_ptr<Formatter, Closer>> formatters;
+    auto found = formatters.find(key);
+    if (found == formatters.end()) {
+        std::unique_ptr<Formatter, Closer> made(open());
+        if (!made) {
+            return nullptr;
+        }
+        found = formatters.emplace(key, std::move(made)).first;
+    }
+    return found->second.get();
+}
+
+UNumberFormat* numberFormat(int fractionDigits, const QLocale& locale) {
+    const QByteArray name = icuLocale(locale);
+    return cached<UNumberFormat, NumberFormatCloser>(
+        name.toStdString() + '/' + std::to_string(fractionDigits), [&]() -> UNumberFormat* {
+            UErrorCode status = U_ZERO_ERROR;
+            UNumberFormat* format = unum_open(UNUM_DECIMAL, nullptr, 0, name.constData(), nullptr, &status);
+            if (U_FAILURE(status)) {
+                unum_close(format);
+                return nullptr;
+            }
+            unum_setAttribute(format, UNUM_MIN_FRACTION_DIGITS, fractionDigits);
+            unum_setAttribute(format, UNUM_MAX_FRACTION_DIGITS, fractionDigits);
+            unum_setAttribute(format, UNUM_ROUNDING_MODE, UNUM_ROUND_HALFEVEN);
+            unum_setAttribute(format, UNUM_GROUPING_USED, 1);
+            return format;
+        });
+}
+
 QString number(double value, int fractionDigits, const QLocale& locale) {
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<UNumberFormat, NumberFormatCloser> format(
-        unum_open(UNUM_DECIMAL, nullptr, 0, icuLocale(locale).constData(), nullptr, &status));
-    if (U_FAILURE(status)) {
+    UNumberFormat* format = numberFormat(fractionDigits, locale);
+    if (!format) {
         return locale.toString(value, 'f', fractionDigits);
     }
-    unum_setAttribute(format.get(), UNUM_MIN_FRACTION_DIGITS, fractionDigits);
-    unum_setAttribute(format.get(), UNUM_MAX_FRACTION_DIGITS, fractionDigits);
-    unum_setAttribute(format.get(), UNUM_ROUNDING_MODE, UNUM_ROUND_HALFEVEN);
-    unum_setAttribute(format.get(), UNUM_GROUPING_USED, 1);
     return formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
-        return unum_formatDouble(format.get(), value, buffer, capacity, nullptr, error);
+        return unum_formatDouble(format, value, buffer, capacity, nullptr, error);
     });
 }
 
@@ -98,16 +128,25 @@ QString DisplayFormatters::dateTime(std::optional<Timestamp> date, const QTimeZo
     if (!date) {
         return QStringLiteral("Not available");
     }
-    const QString zone = QString::fromLatin1(timeZone.id());
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<UDateFormat, DateFormatCloser> format(udat_open(
-        UDAT_SHORT, UDAT_MEDIUM, icuLocale(locale).constData(), reinterpret_cast<const UChar*>(zone.utf16()),
-        static_cast<int32_t>(zone.size()), nullptr, 0, &status));
-    if (U_FAILURE(status)) {
+    const QByteArray name = icuLocale(locale);
+    UDateFormat* format = cached<UDateFormat, DateFormatCloser>(
+        name.toStdString() + '/' + timeZone.id().toStdString(), [&]() -> UDateFormat* {
+            const QString zone = QString::fromLatin1(timeZone.id());
+            UErrorCode status = U_ZERO_ERROR;
+            UDateFormat* opened = udat_open(UDAT_SHORT, UDAT_MEDIUM, name.constData(),
+                                            reinterpret_cast<const UChar*>(zone.utf16()),
+                                            static_cast<int32_t>(zone.size()), nullptr, 0, &status);
+            if (U_FAILURE(status)) {
+                udat_close(opened);
+                return nullptr;
+            }
+            return opened;
+        });
+    if (!format) {
         return date->toDateTime().toTimeZone(timeZone).toString(Qt::ISODate);
     }
     return formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
-        return udat_format(format.get(), icuDate(*date), buffer, capacity, nullptr, error);
+        return udat_format(format, icuDate(*date), buffer, capacity, nullptr, error);
     });
 }
 
@@ -122,17 +161,37 @@ QString DisplayFormatters::relative(std::optional<Timestamp> date, Timestamp now
     }
     // The largest calendar unit in which the two moments differ, counted in the user's
     // calendar and time zone, as the platform's relative formatter does.
-    const QString zone = QString::fromLatin1(timeZone.id());
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<UCalendar, CalendarCloser> calendar(
-        ucal_open(reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
-                  icuLocale(locale).constData(), UCAL_GREGORIAN, &status));
-    const std::unique_ptr<URelativeDateTimeFormatter, RelativeFormatCloser> format(ureldatefmt_open(
-        icuLocale(locale).constData(), nullptr, UDAT_STYLE_SHORT, UDISPCTX_CAPITALIZATION_NONE, &status));
-    if (U_FAILURE(status)) {
+    const QByteArray name = icuLocale(locale);
+    UCalendar* calendar = cached<UCalendar, CalendarCloser>(
+        name.toStdString() + '/' + timeZone.id().toStdString(), [&]() -> UCalendar* {
+            const QString zone = QString::fromLatin1(timeZone.id());
+            UErrorCode status = U_ZERO_ERROR;
+            UCalendar* opened =
+                ucal_open(reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
+                          name.constData(), UCAL_GREGORIAN, &status);
+            if (U_FAILURE(status)) {
+                ucal_close(opened);
+                return nullptr;
+            }
+            return opened;
+        });
+    URelativeDateTimeFormatter* format = cached<URelativeDateTimeFormatter, RelativeFormatCloser>(
+        name.toStdString(), [&]() -> URelativeDateTimeFormatter* {
+            UErrorCode status = U_ZERO_ERROR;
+            URelativeDateTimeFormatter* opened = ureldatefmt_open(name.constData(), nullptr, UDAT_STYLE_SHORT,
+                                                                  UDISPCTX_CAPITALIZATION_NONE, &status);
+            if (U_FAILURE(status)) {
+                ureldatefmt_close(opened);
+                return nullptr;
+            }
+            return opened;
+        });
+    if (!calendar || !format) {
         return QString();
     }
-    ucal_setMillis(calendar.get(), icuDate(now), &status);
+    UErrorCode status = U_ZERO_ERROR;
+    // The cached calendar is set afresh for every call; the differences below move it.
+    ucal_setMillis(calendar, icuDate(now), &status);
     const UDate target = icuDate(*date);
     struct Step {
         UCalendarDateFields field;
@@ -150,7 +209,7 @@ QString DisplayFormatters::relative(std::optional<Timestamp> date, Timestamp now
     for (const Step& step : steps) {
         // Each difference moves the calendar on by what it counted, so the next field
         // counts only the rest.
-        const int32_t difference = ucal_getFieldDifference(calendar.get(), target, step.field, &status);
+        const int32_t difference = ucal_getFieldDifference(calendar, target, step.field, &status);
         if (U_FAILURE(status)) {
             return QString();
         }
@@ -161,7 +220,7 @@ QString DisplayFormatters::relative(std::optional<Timestamp> date, Timestamp now
         }
     }
     return formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
-        return ureldatefmt_formatNumeric(format.get(), amount, unit, buffer, capacity, error);
+        return ureldatefmt_formatNumeric(format, amount, unit, buffer, capacity, error);
     });
 }
 
