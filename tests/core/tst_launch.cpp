@@ -109,9 +109,10 @@ private slots:
         QVERIFY(!QFileInfo::exists(m_home->filePath("data/Tallyfen")));
     }
 
-    void theStartLoadsNoImageFormatPlugin() {
+    void theStartLoadsNoImagePluginNorTheKeychainLibrary() {
         // The bundled PNGs and SVGs are read by Qt's own readers: asking every installed
-        // image plugin about them would load each one into the process.
+        // image plugin about them would load each one into the process. libsecret comes
+        // with the first keychain operation, which a store without keys never makes.
         QProcess app;
         app.setProcessEnvironment(environment(m_home->filePath("plugins.store")));
         app.start(QStringLiteral(TALLYFEN_BINARY), {});
@@ -122,6 +123,7 @@ private slots:
         const QByteArray mapped = maps.readAll();
         QVERIFY(mapped.contains("libQt6Widgets")); // the right process, fully started
         QVERIFY2(!mapped.contains("/imageformats/"), mapped.constData());
+        QVERIFY2(!mapped.contains("libsecret"), mapped.constData());
         app.terminate();
         QVERIFY(app.waitForFinished(5000));
     }
