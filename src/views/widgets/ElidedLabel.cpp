@@ -15,8 +15,11 @@ ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
 }
 
 void ElidedLabel::setFullText(const QString& text) {
+    if (text == m_fullText && !text.isEmpty()) {
+        return;
+    }
     m_fullText = text;
-    m_heightFor = {};
+    textOrFontChanged();
     setAccessibleName(text);
     elide();
     updateGeometry();
@@ -24,7 +27,7 @@ void ElidedLabel::setFullText(const QString& text) {
 
 void ElidedLabel::setMaximumLines(int lines) {
     m_lines = qMax(1, lines);
-    m_heightFor = {};
+    textOrFontChanged();
     setWordWrap(m_lines > 1);
     QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     policy.setHeightForWidth(m_lines > 1);
@@ -95,15 +98,30 @@ int ElidedLabel::heightForWidth(int width) const {
     // A layout asks with the width of its column; the label never gets wider than its
     // maximum, and wraps at that.
     const int wraps = qBound(1, width, maximumWidth());
+    return qMin(wrappedHeight(wraps), fontMetrics().lineSpacing() * m_lines);
+}
+
+int ElidedLabel::wrappedHeight(int width) const {
     // Layouts ask again and again for the same width; wrapping the text is what costs.
-    if (wraps == m_heightFor.width) {
-        return m_heightFor.height;
+    if (width != m_heightFor.width) {
+        m_heightFor = {
+            width,
+            fontMetrics().boundingRect(QRect(0, 0, width, 100000), Qt::TextWordWrap, m_fullText).height()};
     }
-    const QFontMetrics metrics = fontMetrics();
-    const int needed =
-        metrics.boundingRect(QRect(0, 0, wraps, 100000), Qt::TextWordWrap, m_fullText).height();
-    m_heightFor = {wraps, qMin(needed, metrics.lineSpacing() * m_lines)};
     return m_heightFor.height;
+}
+
+int ElidedLabel::naturalWidth() const {
+    if (m_naturalWidth < 0) {
+        m_naturalWidth = fontMetrics().horizontalAdvance(m_fullText);
+    }
+    return m_naturalWidth;
+}
+
+void ElidedLabel::textOrFontChanged() {
+    m_heightFor = {};
+    m_naturalWidth = -1;
+    m_laidOutWidth = -1;
 }
 
 QSize ElidedLabel::minimumSizeHint() const {
@@ -113,19 +131,19 @@ QSize ElidedLabel::minimumSizeHint() const {
 QSize ElidedLabel::sizeHint() const {
     // Asks for its whole text, at most a sensible line: a 300-character label asks for
     // no more than 480 pixels and gets cut to what the layout gives.
-    return QSize(qMin(fontMetrics().horizontalAdvance(m_fullText) + 2, 480), fontMetrics().height());
+    return QSize(qMin(naturalWidth() + 2, 480), fontMetrics().height());
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent* event) {
     QLabel::resizeEvent(event);
+    m_placed = true;
     elide();
 }
 
 void ElidedLabel::changeEvent(QEvent* event) {
     QLabel::changeEvent(event);
     if (event->type() == QEvent::FontChange) {
-        m_laidOutWidth = -1;
-        m_heightFor = {};
+        textOrFontChanged();
         elide();
         updateGeometry();
     }
@@ -133,8 +151,13 @@ void ElidedLabel::changeEvent(QEvent* event) {
 
 void ElidedLabel::elide() {
     QString shown;
-    if (m_lines == 1) {
-        shown = fontMetrics().elidedText(m_fullText, Qt::ElideRight, qMax(width(), 1));
+    if (!m_placed) {
+        shown = m_fullText;
+    } else if (m_lines == 1) {
+        // Most texts fit: measured once, they need no cutting on each resize.
+        shown = naturalWidth() <= width()
+                    ? m_fullText
+                    : fontMetrics().elidedText(m_fullText, Qt::ElideRight, qMax(width(), 1));
     } else {
         // The longest start of the text that, with an ellipsis, wraps into the lines allowed.
         const QFontMetrics metrics = fontMetrics();
@@ -143,7 +166,7 @@ void ElidedLabel::elide() {
         const auto fits = [&](const QString& candidate) {
             return metrics.boundingRect(box, Qt::TextWordWrap, candidate).height() <= allowed;
         };
-        if (fits(m_fullText)) {
+        if (wrappedHeight(qMax(width(), 1)) <= allowed) {
             shown = m_fullText;
         } else {
             qsizetype low = 0;

@@ -39,6 +39,12 @@ protected:
 
 private:
     void elide();
+    // Forgets what was measured of the text in the current font.
+    void textOrFontChanged();
+    // The width of the whole text on one line, measured once per text and font.
+    int naturalWidth() const;
+    // The height of the whole text wrapped at `width`, measured once per width.
+    int wrappedHeight(int width) const;
 
     QString m_fullText;
     int m_lines = 1;
@@ -49,6 +55,10 @@ private:
         int height = 0;
     };
     mutable HeightFor m_heightFor;
+    mutable int m_naturalWidth = -1;
+    // Until its first resize a label has no width of its own to cut the text to: it holds
+    // the whole text, and measuring starts when the layout has placed it.
+    bool m_placed = false;
     QStaticText m_laidOut;
     int m_laidOutWidth = -1;
 };

@@ -45,6 +45,7 @@ void SummaryTileWidget::setTile(const OverviewView::SummaryTile& tile) {
         m_icon = icon;
     }
     m_tile = tile;
+    m_largeValueWidth = -1;
     setAccessibleName(tile.title);
     m_title->setFullText(tile.title);
     m_value->setFullText(tile.value);
@@ -61,11 +62,14 @@ void SummaryTileWidget::fitValue() {
     const int room =
         contentsRect().width() - layout()->contentsMargins().left() - layout()->contentsMargins().right();
     const QFont large = Theme::font(m_value->font(), Theme::kTitle, QFont::DemiBold);
-    const int pixels = room > 0 && QFontMetrics(large).horizontalAdvance(m_tile.value) > room
-                           ? Theme::kHeadline
-                           : Theme::kTitle;
+    const QFontMetrics metrics(large);
+    // Measured once per value: tiles are resized many times while the window is laid out.
+    if (m_largeValueWidth < 0) {
+        m_largeValueWidth = metrics.horizontalAdvance(m_tile.value);
+    }
+    const int pixels = room > 0 && m_largeValueWidth > room ? Theme::kHeadline : Theme::kTitle;
     // The smaller size keeps the line's height, so the tiles of a row stay even.
-    m_value->setMinimumHeight(QFontMetrics(large).height());
+    m_value->setMinimumHeight(metrics.height());
     if (m_value->font().pixelSize() != pixels) {
         m_value->setStyle(pixels, QFont::DemiBold, ElidedLabel::Ink::primary);
     }

@@ -27,6 +27,8 @@ private:
     void fitValue();
 
     OverviewView::SummaryTile m_tile;
+
+    int m_largeValueWidth = -1;
     QWidget* m_icon = nullptr;
     ElidedLabel* m_title;
     ElidedLabel* m_value;
