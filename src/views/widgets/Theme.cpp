@@ -124,9 +124,10 @@ QPushButton { background: @surface; color: @text; border: 1px solid @line; borde
 QPushButton:hover { background: @muted; }
 QPushButton:focus { border-color: @accent; }
 QPushButton:disabled { color: @secondary; }
-QPushButton[role="primary"] { background: @accent; color: @onAccent; border: none; font-weight: 600; }
-QPushButton[role="primary"]:focus { border: 2px solid @accentFill; }
-QPushButton[role="primary"]:disabled { background: @muted; color: @secondary; }
+QPushButton[role="primary"] { background: @accent; color: @onAccent; border: 2px solid @accent; padding: 3px 10px;
+                              font-weight: 600; }
+QPushButton[role="primary"]:focus { border-color: @accentFill; }
+QPushButton[role="primary"]:disabled { background: @muted; border-color: @muted; color: @secondary; }
 QPushButton[role="destructive"] { color: @critical; border-color: @line; }
 QPushButton[role="destructive"]:hover { background: @criticalFill; }
 QPushButton[role="plain"] { border: none; background: transparent; }
@@ -134,10 +135,10 @@ QPushButton[role="plain"]:hover { background: @muted; }
 QPushButton[role="link"] { border: none; background: transparent; color: @accent; padding: 5px 4px; }
 QPushButton[role="link"]:hover { text-decoration: underline; }
 QPushButton[role="link"]:disabled { color: @secondary; }
-QToolButton { border: none; border-radius: @rpx; padding: 4px 8px; color: @text; }
+QToolButton { border: 1px solid transparent; border-radius: @rpx; padding: 3px 7px; color: @text; }
 QToolButton:hover { background: @muted; }
-QToolButton:checked { background: @surface; border: 1px solid @line; }
-QToolButton:focus { border: 1px solid @accent; }
+QToolButton:checked { background: @surface; border-color: @line; }
+QToolButton:focus { border-color: @accent; }
 QToolButton:disabled { color: @secondary; }
 QLineEdit { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
             padding: 5px 8px; selection-background-color: @accentFill; }
