@@ -18,29 +18,42 @@ ProviderLogoWidget::ProviderLogoWidget(AIProvider provider, int size, QWidget* p
     setAccessibleName(provider.displayName());
 }
 
-QString ProviderLogoWidget::logoResource(AIProvider provider) {
-    // Resolved once per provider: a resource that exists but does not decode counts as
-    // missing, and the answer cannot change while the process runs.
-    static QHash<QString, QString> resolved;
-    const auto found = resolved.constFind(provider.rawValue());
-    if (found != resolved.cend()) {
+namespace {
+struct Mark {
+    QString resource;
+    QImage image;
+};
+
+// A provider's mark, found and decoded once per process: a resource that exists but does
+// not decode counts as missing, and the answer cannot change while the process runs.
+const Mark& markOf(AIProvider provider) {
+    static QHash<QString, Mark> marks;
+    const auto found = marks.constFind(provider.rawValue());
+    if (found != marks.cend()) {
         return *found;
     }
-    QString usable;
+    Mark mark;
     for (const QString& path : {QStringLiteral(":/%1.png"), QStringLiteral(":/ProviderIcons/%1.png")}) {
         const QString resource = path.arg(provider.rawValue());
-        if (QFile::exists(resource) && !AppResources::png(resource).isNull()) {
-            usable = resource;
+        if (!QFile::exists(resource)) {
+            continue;
+        }
+        if (QImage image = AppResources::png(resource); !image.isNull()) {
+            mark = {resource, image.convertToFormat(QImage::Format_ARGB32_Premultiplied)};
             break;
         }
     }
-    resolved.insert(provider.rawValue(), usable);
-    return usable;
+    return *marks.insert(provider.rawValue(), mark);
+}
+} // namespace
+
+QString ProviderLogoWidget::logoResource(AIProvider provider) {
+    return markOf(provider).resource;
 }
 
 QPixmap ProviderLogoWidget::logo(AIProvider provider, int size, const QColor& ink, qreal ratio) {
-    const QString resource = logoResource(provider);
-    if (resource.isEmpty()) {
+    const Mark& mark = markOf(provider);
+    if (mark.image.isNull()) {
         // The symbol, inset by 12 per cent on each side, on a transparent square.
         QPixmap square(QSize(size, size) * ratio);
         square.setDevicePixelRatio(ratio);
@@ -56,8 +69,7 @@ QPixmap ProviderLogoWidget::logo(AIProvider provider, int size, const QColor& in
     if (QPixmapCache::find(key, &cached)) {
         return cached;
     }
-    QImage image = AppResources::png(resource)
-                       .scaled(QSize(size, size) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+    QImage image = mark.image.scaled(QSize(size, size) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation)
                        .convertToFormat(QImage::Format_ARGB32_Premultiplied);
     if (isTemplate(provider)) {
         QPainter tint(&image);
