@@ -1,6 +1,6 @@
 // The yardstick for start-up: a bare Qt window of Tallyfen's size, shown, drawn once, then
 // quit.
-#include "ShownMoment.h"
+#include "FirstFrame.h"
 
 #include <QApplication>
 #include <QMainWindow>

@@ -1,5 +1,5 @@
 // The real application, quitting as soon as its main window has drawn its first frame.
-#include "ShownMoment.h"
+#include "FirstFrame.h"
 #include "views/widgets/AppMain.h"
 
 #include <QApplication>
