@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QTextOption>
 
+#include "views/widgets/LongText.h"
 #include "views/widgets/Theme.h"
 
 ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
@@ -20,7 +21,7 @@ void ElidedLabel::setFullText(const QString& text) {
     }
     m_fullText = text;
     textOrFontChanged();
-    setAccessibleName(text);
+    setAccessibleName(LongText::bounded(text, LongText::kReadLimit));
     elide();
     updateGeometry();
 }
@@ -106,19 +107,20 @@ int ElidedLabel::wrappedHeight(int width) const {
     if (width != m_heightFor.width) {
         m_heightFor = {
             width,
-            fontMetrics().boundingRect(QRect(0, 0, width, 100000), Qt::TextWordWrap, m_fullText).height()};
+            fontMetrics().boundingRect(QRect(0, 0, width, 100000), Qt::TextWordWrap, m_measured).height()};
     }
     return m_heightFor.height;
 }
 
 int ElidedLabel::naturalWidth() const {
     if (m_naturalWidth < 0) {
-        m_naturalWidth = fontMetrics().horizontalAdvance(m_fullText);
+        m_naturalWidth = fontMetrics().horizontalAdvance(m_measured);
     }
     return m_naturalWidth;
 }
 
 void ElidedLabel::textOrFontChanged() {
+    m_measured = LongText::bounded(m_fullText, LongText::kLineLimit * m_lines);
     m_heightFor = {};
     m_naturalWidth = -1;
     m_laidOutWidth = -1;
@@ -152,12 +154,12 @@ void ElidedLabel::changeEvent(QEvent* event) {
 void ElidedLabel::elide() {
     QString shown;
     if (!m_placed) {
-        shown = m_fullText;
+        shown = m_measured;
     } else if (m_lines == 1) {
         // Most texts fit: measured once, they need no cutting on each resize.
         shown = naturalWidth() <= width()
-                    ? m_fullText
-                    : fontMetrics().elidedText(m_fullText, Qt::ElideRight, qMax(width(), 1));
+                    ? m_measured
+                    : fontMetrics().elidedText(m_measured, Qt::ElideRight, qMax(width(), 1));
     } else {
         // The longest start of the text that, with an ellipsis, wraps into the lines allowed.
         const QFontMetrics metrics = fontMetrics();
@@ -167,23 +169,23 @@ void ElidedLabel::elide() {
             return metrics.boundingRect(box, Qt::TextWordWrap, candidate).height() <= allowed;
         };
         if (wrappedHeight(qMax(width(), 1)) <= allowed) {
-            shown = m_fullText;
+            shown = m_measured;
         } else {
             qsizetype low = 0;
-            qsizetype high = m_fullText.size();
+            qsizetype high = m_measured.size();
             while (low < high) {
                 const qsizetype middle = (low + high + 1) / 2;
-                if (fits(m_fullText.left(middle).trimmed() + QStringLiteral("…"))) {
+                if (fits(m_measured.left(middle).trimmed() + QStringLiteral("…"))) {
                     low = middle;
                 } else {
                     high = middle - 1;
                 }
             }
-            shown = m_fullText.left(low).trimmed() + QStringLiteral("…");
+            shown = m_measured.left(low).trimmed() + QStringLiteral("…");
         }
     }
     if (text() != shown) {
         setText(shown);
     }
-    setToolTip(shown != m_fullText ? m_fullText : QString());
+    setToolTip(shown != m_fullText ? LongText::bounded(m_fullText, LongText::kReadLimit) : QString());
 }

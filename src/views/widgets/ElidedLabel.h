@@ -7,7 +7,7 @@
 
 // A label that never widens its window: text longer than the space it gets is cut with
 // an ellipsis (on its last line, when it may wrap), while its accessible name and
-// tooltip keep the whole text.
+// tooltip keep the whole text (the first thousand characters of an absurdly long one).
 class ElidedLabel final : public QLabel {
     Q_OBJECT
 
@@ -47,6 +47,9 @@ private:
     int wrappedHeight(int width) const;
 
     QString m_fullText;
+    // What is measured and shown of the text: all of it, unless it is longer than any
+    // line could show (then its start and an ellipsis).
+    QString m_measured;
     int m_lines = 1;
     Ink m_ink = Ink::palette;
     Tone m_tone = Tone::muted;

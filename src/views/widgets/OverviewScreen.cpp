@@ -1,4 +1,5 @@
 #include "views/widgets/OverviewScreen.h"
+#include "views/widgets/LongText.h"
 
 #include "model/Clock.h"
 #include "store/ProviderAccount.h"
@@ -129,7 +130,7 @@ void OverviewScreen::accountsChanged(const QList<ProviderAccount*>& accounts) {
         m_dirty.insert(account->id());
         m_dirtyRows.insert(account->id());
         if (CardButton* card = m_cards.value(account->id())) {
-            card->setAccessibleName(account->displayName());
+            card->setAccessibleName(LongText::bounded(account->displayName(), LongText::kReadLimit));
         }
     }
     if (shown) {
@@ -387,15 +388,13 @@ public:
         const int top = row.top() + (row.height() - nameMetrics.height() - messageMetrics.height() - 1) / 2;
         painter->setFont(name);
         painter->setPen(Theme::primaryText(look));
-        painter->drawText(
-            QRect(left, top, width, nameMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
-            nameMetrics.elidedText(index.data(Qt::DisplayRole).toString(), Qt::ElideRight, width));
+        painter->drawText(QRect(left, top, width, nameMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
+                          LongText::elided(nameMetrics, index.data(Qt::DisplayRole).toString(), width));
         painter->setFont(message);
         painter->setPen(Theme::secondaryText(look));
-        painter->drawText(
-            QRect(left, top + nameMetrics.height() + 1, width, messageMetrics.height()),
-            Qt::AlignLeft | Qt::AlignVCenter,
-            messageMetrics.elidedText(index.data(MessageRole).toString(), Qt::ElideRight, width));
+        painter->drawText(QRect(left, top + nameMetrics.height() + 1, width, messageMetrics.height()),
+                          Qt::AlignLeft | Qt::AlignVCenter,
+                          LongText::elided(messageMetrics, index.data(MessageRole).toString(), width));
         painter->restore();
     }
 };
@@ -481,7 +480,8 @@ CardButton* OverviewScreen::cardFor(ProviderAccount* account) {
     // A card waits as a blank of a card's usual height until it comes into view.
     auto* blank = new QWidget;
     blank->setFixedHeight(kPlaceholderHeight);
-    auto* button = new CardButton(blank, account->displayName(), m_screen.monitoring->cardHint);
+    auto* button = new CardButton(blank, LongText::bounded(account->displayName(), LongText::kReadLimit),
+                                  m_screen.monitoring->cardHint);
     button->setObjectName(QStringLiteral("subscriptionCard"));
     const QUuid id = account->id();
     connect(button, &CardButton::clicked, this, [this, id] { Q_EMIT selected(id); });
@@ -616,7 +616,7 @@ void OverviewScreen::materializeVisible() {
                 continue;
             }
             button->setCard(new SubscriptionCardWidget(content, account->trendHistory()));
-            button->setAccessibleName(account->displayName());
+            button->setAccessibleName(LongText::bounded(account->displayName(), LongText::kReadLimit));
             m_cardContent.insert(id, std::move(content));
             drew = true;
         }

@@ -1,4 +1,5 @@
 #include "views/widgets/SelectableTile.h"
+#include "views/widgets/LongText.h"
 
 #include "views/widgets/BadgeWidget.h"
 #include "views/widgets/ProviderLogoWidget.h"
@@ -70,7 +71,8 @@ QSize SelectableTile::sizeHint() const {
     const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
     const int badge =
         m_badge.isEmpty() ? 0 : BadgeWidget::capsuleSize(tag(), font()).width() + Theme::kSpaceS;
-    const int textWidth = qMax(title.horizontalAdvance(text()) + badge, second.horizontalAdvance(m_subtitle));
+    const int textWidth = qMax(title.horizontalAdvance(LongText::bounded(text())) + badge,
+                               second.horizontalAdvance(LongText::bounded(m_subtitle)));
     const int height = m_subtitle.isEmpty() ? title.height() : title.height() + 2 + second.height();
     return QSize(kPadding * 2 + kLogo + Theme::kSpaceS + qMin(textWidth, 220) + Theme::kSpaceS + kCheck,
                  qMax(kLogo, height) + kPadding * 2);
@@ -126,7 +128,7 @@ void SelectableTile::paintEvent(QPaintEvent*) {
     painter.setPen(ink);
     const QSize pill = m_badge.isEmpty() ? QSize() : BadgeWidget::capsuleSize(tag(), font());
     const int titleRoom = m_badge.isEmpty() ? room : qMax(0, room - pill.width() - Theme::kSpaceS);
-    const QString shownTitle = titleMetrics.elidedText(text(), Qt::ElideRight, titleRoom);
+    const QString shownTitle = LongText::elided(titleMetrics, text(), titleRoom);
     painter.drawText(QRect(textLeft, y, titleRoom, titleMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
                      shownTitle);
     if (!m_badge.isEmpty()) {
@@ -139,7 +141,7 @@ void SelectableTile::paintEvent(QPaintEvent*) {
         painter.setFont(secondFont);
         painter.setPen(Theme::secondaryText(look));
         painter.drawText(QRect(textLeft, y, room, secondMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
-                         secondMetrics.elidedText(m_subtitle, Qt::ElideRight, room));
+                         LongText::elided(secondMetrics, m_subtitle, room));
     }
     if (!m_selected && m_emptyCircle) {
         painter.setBrush(Qt::NoBrush);

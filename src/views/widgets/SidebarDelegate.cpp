@@ -1,4 +1,5 @@
 #include "views/widgets/SidebarDelegate.h"
+#include "views/widgets/LongText.h"
 
 #include "views/SidebarModel.h"
 #include "views/widgets/ProviderLogoWidget.h"
@@ -94,16 +95,16 @@ void SidebarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         const QRect name(left, top, row.right() - left, lineHeight);
         painter->setPen(ink);
         painter->drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
-                          metrics.elidedText(title, Qt::ElideRight, name.width()));
+                          LongText::elided(metrics, title, name.width()));
         const QFont caption = Theme::font(option.font, Theme::kCaption);
         painter->setFont(caption);
         painter->setPen(Theme::secondaryText(look));
         const QFontMetrics small(caption);
         const QRect subtitle(icon.right() + 1 + Theme::kSpaceS, name.bottom() + 1,
                              row.right() - icon.right() - Theme::kSpaceS, small.height());
-        painter->drawText(subtitle, Qt::AlignLeft | Qt::AlignVCenter,
-                          small.elidedText(index.data(SidebarModel::SubtitleRole).toString(), Qt::ElideRight,
-                                           subtitle.width()));
+        painter->drawText(
+            subtitle, Qt::AlignLeft | Qt::AlignVCenter,
+            LongText::elided(small, index.data(SidebarModel::SubtitleRole).toString(), subtitle.width()));
         painter->restore();
         return;
     }
@@ -122,7 +123,6 @@ void SidebarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         painter->setFont(body);
     }
     painter->setPen(ink);
-    painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
-                      metrics.elidedText(title, Qt::ElideRight, text.width()));
+    painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter, LongText::elided(metrics, title, text.width()));
     painter->restore();
 }
