@@ -101,61 +101,99 @@ void report(const char* name, const std::vector<Run>& runs) {
                 *std::max_element(painted.begin(), painted.end()), median(shown), median(whole),
                 static_cast<double>(peak) / 1024.0);
 }
+// Writes a store of `count` accounts with 90 recorded snapshots each; with `hugeLabel`,
+// the first account's label is 5 MB long.
+bool writeStore(const QString& path, int count, bool hugeLabel) {
+    QString error;
+    auto store = AccountStore::open(path, &error);
+    if (!store) {
+        std::fprintf(stderr, "%s\n", qPrintable(error));
+        return false;
+    }
+    for (int i = 0; i < count; ++i) {
+        ProviderAccountRow row = benchdata::accountRow(i);
+        if (hugeLabel && i == 0) {
+            row.label = QString(5 * 1024 * 1024, u'W');
+        }
+        store->insert(new ProviderAccount(std::move(row)));
+    }
+    if (!store->save(&error)) {
+        std::fprintf(stderr, "%s\n", qPrintable(error));
+        return false;
+    }
+    return true;
+}
+
+// Writes the store in a child process: a child forked later starts with this process's
+// peak memory as its own, and the probes' peak memory is part of what is measured.
+bool writeStoreApart(const QString& path, int count, bool hugeLabel) {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(writeStore(path, count, hugeLabel) ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+struct Scenario {
+    const char* title;
+    int accounts;
+    bool hugeLabel;
+};
 } // namespace
 
 int main(int argc, char* argv[]) {
-    // "bench_startup --store PATH" only writes the benchmark's store, for profiling one start by hand.
+    // "bench_startup --store PATH [ACCOUNTS [huge]]" only writes a store (50 accounts by
+    // default; "huge": with the 5 MB label), for profiling one start by hand.
     const bool storeOnly = argc > 2 && std::string(argv[1]) == "--store";
     const int rounds = argc > 1 && !storeOnly ? std::atoi(argv[1]) : 15;
-    QTemporaryDir dir;
-    const QString storePath =
-        storeOnly ? QString::fromLocal8Bit(argv[2]) : dir.filePath(QStringLiteral("bench.store"));
-    {
-        QString error;
-        auto store = AccountStore::open(storePath, &error);
-        for (int i = 0; i < 50; ++i) {
-            store->insert(new ProviderAccount(benchdata::accountRow(i)));
-        }
-        if (!store->save(&error)) {
-            std::fprintf(stderr, "%s\n", qPrintable(error));
+    if (storeOnly) {
+        const int accounts = argc > 3 ? std::atoi(argv[3]) : 50;
+        const bool huge = argc > 4 && std::string(argv[4]) == "huge";
+        return writeStore(QString::fromLocal8Bit(argv[2]), accounts, huge) ? 0 : 1;
+    }
+    const std::string folder = QFileInfo(QString::fromLocal8Bit(argv[0])).absolutePath().toStdString();
+    const Scenario scenarios[] = {{"50 accounts x 90 snapshots", 50, false},
+                                  {"the same with a 5 MB account label", 50, true},
+                                  {"500 accounts x 90 snapshots", 500, false}};
+    for (const Scenario& scenario : scenarios) {
+        QTemporaryDir dir;
+        const QString storePath = dir.filePath(QStringLiteral("bench.store"));
+        if (!writeStoreApart(storePath, scenario.accounts, scenario.hugeLabel)) {
             return 1;
         }
+        const std::string home = dir.path().toStdString();
+        std::vector<std::string> environment{"QT_QPA_PLATFORM=offscreen",
+                                             "HOME=" + home,
+                                             "XDG_CONFIG_HOME=" + home + "/config",
+                                             "XDG_DATA_HOME=" + home + "/data",
+                                             "XDG_RUNTIME_DIR=" + home,
+                                             "LANG=en_US.UTF-8",
+                                             "TALLYFEN_STORE_PATH=" + storePath.toStdString()};
+        if (const char* tz = std::getenv("TZ")) {
+            environment.push_back(std::string("TZ=") + tz);
+        }
+        std::vector<Run> bare;
+        std::vector<Run> tallyfen;
+        runOnce(folder + "/bare_window_probe", environment); // warm the file cache for both
+        runOnce(folder + "/startup_probe", environment);
+        for (int i = 0; i < rounds; ++i) {
+            bare.push_back(runOnce(folder + "/bare_window_probe", environment));
+            tallyfen.push_back(runOnce(folder + "/startup_probe", environment));
+        }
+        std::printf("Cold start to the first drawn window, %d runs each, %s (medians)\n", rounds,
+                    scenario.title);
+        report("bare Qt window", bare);
+        report("Tallyfen", tallyfen);
+        std::vector<double> painted;
+        std::vector<double> shown;
+        for (std::size_t i = 0; i < bare.size(); ++i) {
+            painted.push_back(tallyfen[i].paintedMilliseconds / bare[i].paintedMilliseconds);
+            shown.push_back(tallyfen[i].shownMilliseconds / bare[i].shownMilliseconds);
+        }
+        std::printf("Tallyfen / bare, run by run (interleaved): first frame %.2fx, shown %.2fx\n\n",
+                    median(painted), median(shown));
     }
-    if (storeOnly) {
-        return 0;
-    }
-    const std::string home = dir.path().toStdString();
-    std::vector<std::string> environment{"QT_QPA_PLATFORM=offscreen",
-                                         "HOME=" + home,
-                                         "XDG_CONFIG_HOME=" + home + "/config",
-                                         "XDG_DATA_HOME=" + home + "/data",
-                                         "XDG_RUNTIME_DIR=" + home,
-                                         "LANG=en_US.UTF-8",
-                                         "TALLYFEN_STORE_PATH=" + storePath.toStdString()};
-    if (const char* tz = std::getenv("TZ")) {
-        environment.push_back(std::string("TZ=") + tz);
-    }
-
-    const std::string folder = QFileInfo(QString::fromLocal8Bit(argv[0])).absolutePath().toStdString();
-    std::vector<Run> bare;
-    std::vector<Run> tallyfen;
-    runOnce(folder + "/bare_window_probe", environment); // warm the file cache for both
-    runOnce(folder + "/startup_probe", environment);
-    for (int i = 0; i < rounds; ++i) {
-        bare.push_back(runOnce(folder + "/bare_window_probe", environment));
-        tallyfen.push_back(runOnce(folder + "/startup_probe", environment));
-    }
-    std::printf("Cold start to the first drawn window, %d runs each, 50 accounts x 90 snapshots (medians)\n",
-                rounds);
-    report("bare Qt window", bare);
-    report("Tallyfen", tallyfen);
-    std::vector<double> painted;
-    std::vector<double> shown;
-    for (std::size_t i = 0; i < bare.size(); ++i) {
-        painted.push_back(tallyfen[i].paintedMilliseconds / bare[i].paintedMilliseconds);
-        shown.push_back(tallyfen[i].shownMilliseconds / bare[i].shownMilliseconds);
-    }
-    std::printf("Tallyfen / bare, run by run (interleaved): first frame %.2fx, shown %.2fx\n",
-                median(painted), median(shown));
     return 0;
 }
