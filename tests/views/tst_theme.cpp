@@ -5,6 +5,8 @@
 
 #include <QApplication>
 #include <QFontInfo>
+#include <QPushButton>
+#include <QStyleOptionButton>
 #include <QTest>
 
 class TestTheme final : public QObject {
@@ -90,6 +92,47 @@ private slots:
                                               ElidedLabel::Ink::primary, &parent);
         QCOMPARE(QFontInfo(figure->font()).family(), QStringLiteral("Inter Tabular"));
         QCOMPARE(QFontInfo(words->font()).family(), AppResources::fontFamily());
+    }
+
+    void buttonsShowFocusWithoutChangingSize_data() {
+        QTest::addColumn<Theme::ButtonRole>("role");
+        QTest::newRow("standard") << Theme::ButtonRole::standard;
+        QTest::newRow("primary") << Theme::ButtonRole::primary;
+        QTest::newRow("destructive") << Theme::ButtonRole::destructive;
+        QTest::newRow("plain") << Theme::ButtonRole::plain;
+        QTest::newRow("link") << Theme::ButtonRole::link;
+    }
+
+    void buttonsShowFocusWithoutChangingSize() {
+        QFETCH(Theme::ButtonRole, role);
+        Theme::apply(Theme::Appearance::light);
+        QWidget window;
+        auto* other = new QPushButton(QStringLiteral("Other"), &window);
+        auto* button = new QPushButton(QStringLiteral("Add Account"), &window);
+        Theme::setButtonRole(button, role);
+        button->move(0, 40);
+        window.resize(300, 120);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        other->setFocus();
+        QTRY_VERIFY(other->hasFocus());
+        const QSize unfocusedSize = button->sizeHint();
+        button->resize(unfocusedSize);
+        const QImage unfocused = button->grab().toImage();
+        button->setFocus();
+        QTRY_VERIFY(button->hasFocus());
+        QVERIFY(button->grab().toImage() != unfocused); // focus can be seen
+        // The room for the text is the same with focus: a button laid out at its size
+        // hint unfocused keeps its whole text when it takes focus.
+        const auto contents = [button](bool focused) {
+            QStyleOptionButton option;
+            option.initFrom(button);
+            option.text = button->text();
+            option.state.setFlag(QStyle::State_HasFocus, focused);
+            return button->style()->subElementRect(QStyle::SE_PushButtonContents, &option, button);
+        };
+        QCOMPARE(contents(true), contents(false));
+        QCOMPARE(button->sizeHint(), unfocusedSize);
     }
 };
 

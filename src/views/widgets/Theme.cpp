@@ -130,10 +130,13 @@ QPushButton[role="primary"]:focus { border-color: @accentFill; }
 QPushButton[role="primary"]:disabled { background: @muted; border-color: @muted; color: @secondary; }
 QPushButton[role="destructive"] { color: @critical; border-color: @line; }
 QPushButton[role="destructive"]:hover { background: @criticalFill; }
-QPushButton[role="plain"] { border: none; background: transparent; }
+QPushButton[role="destructive"]:focus { border-color: @accent; }
+QPushButton[role="plain"] { border-color: transparent; background: transparent; padding: 4px 11px; }
 QPushButton[role="plain"]:hover { background: @muted; }
-QPushButton[role="link"] { border: none; background: transparent; color: @accent; padding: 5px 4px; }
+QPushButton[role="plain"]:focus { border-color: @accent; }
+QPushButton[role="link"] { border-color: transparent; background: transparent; color: @accent; padding: 4px 3px; }
 QPushButton[role="link"]:hover { text-decoration: underline; }
+QPushButton[role="link"]:focus { border-color: @accent; }
 QPushButton[role="link"]:disabled { color: @secondary; }
 QToolButton { border: 1px solid transparent; border-radius: @rpx; padding: 3px 7px; color: @text; }
 QToolButton:hover { background: @muted; }
