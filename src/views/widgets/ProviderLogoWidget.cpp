@@ -25,8 +25,9 @@ struct Mark {
 };
 
 // A provider's mark, found and decoded once per process: a resource that exists but does
-// not decode counts as missing, and the answer cannot change while the process runs.
-const Mark& markOf(AIProvider provider) {
+// not decode counts as missing, and the answer cannot change while the process runs. It is
+// handed out as a (shared) copy, since the table may grow under a reference.
+Mark markOf(AIProvider provider) {
     static QHash<QString, Mark> marks;
     const auto found = marks.constFind(provider.rawValue());
     if (found != marks.cend()) {
@@ -52,7 +53,7 @@ QString ProviderLogoWidget::logoResource(AIProvider provider) {
 }
 
 QPixmap ProviderLogoWidget::logo(AIProvider provider, int size, const QColor& ink, qreal ratio) {
-    const Mark& mark = markOf(provider);
+    const Mark mark = markOf(provider);
     if (mark.image.isNull()) {
         // The symbol, inset by 12 per cent on each side, on a transparent square.
         QPixmap square(QSize(size, size) * ratio);
