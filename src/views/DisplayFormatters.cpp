@@ -49,13 +49,15 @@ struct CalendarCloser {
 
 // Opening an ICU formatter loads and parses locale data (milliseconds for a date
 // format); each one is opened once per thread for the locale, zone and digits it serves.
+// `open(status)` makes it; null when ICU refused.
 template <typename Formatter, typename Closer, typename Open>
 Formatter* cached(const std::string& key, Open open) {
     thread_local std::unordered_map<std::string, std::unique_ptr<Formatter, Closer>> formatters;
     auto found = formatters.find(key);
     if (found == formatters.end()) {
-        std::unique_ptr<Formatter, Closer> made(open());
-        if (!made) {
+        UErrorCode status = U_ZERO_ERROR;
+        std::unique_ptr<Formatter, Closer> made(open(&status));
+        if (U_FAILURE(status) || !made) {
             return nullptr;
         }
         found = formatters.emplace(key, std::move(made)).first;
@@ -66,17 +68,14 @@ Formatter* cached(const std::string& key, Open open) {
 UNumberFormat* numberFormat(int fractionDigits, const QLocale& locale) {
     const QByteArray name = icuLocale(locale);
     return cached<UNumberFormat, NumberFormatCloser>(
-        name.toStdString() + '/' + std::to_string(fractionDigits), [&]() -> UNumberFormat* {
-            UErrorCode status = U_ZERO_ERROR;
-            UNumberFormat* format = unum_open(UNUM_DECIMAL, nullptr, 0, name.constData(), nullptr, &status);
-            if (U_FAILURE(status)) {
-                unum_close(format);
-                return nullptr;
+        name.toStdString() + '/' + std::to_string(fractionDigits), [&](UErrorCode* status) {
+            UNumberFormat* format = unum_open(UNUM_DECIMAL, nullptr, 0, name.constData(), nullptr, status);
+            if (U_SUCCESS(*status)) {
+                unum_setAttribute(format, UNUM_MIN_FRACTION_DIGITS, fractionDigits);
+                unum_setAttribute(format, UNUM_MAX_FRACTION_DIGITS, fractionDigits);
+                unum_setAttribute(format, UNUM_ROUNDING_MODE, UNUM_ROUND_HALFEVEN);
+                unum_setAttribute(format, UNUM_GROUPING_USED, 1);
             }
-            unum_setAttribute(format, UNUM_MIN_FRACTION_DIGITS, fractionDigits);
-            unum_setAttribute(format, UNUM_MAX_FRACTION_DIGITS, fractionDigits);
-            unum_setAttribute(format, UNUM_ROUNDING_MODE, UNUM_ROUND_HALFEVEN);
-            unum_setAttribute(format, UNUM_GROUPING_USED, 1);
             return format;
         });
 }
@@ -130,17 +129,11 @@ QString DisplayFormatters::dateTime(std::optional<Timestamp> date, const QTimeZo
     }
     const QByteArray name = icuLocale(locale);
     UDateFormat* format = cached<UDateFormat, DateFormatCloser>(
-        name.toStdString() + '/' + timeZone.id().toStdString(), [&]() -> UDateFormat* {
+        name.toStdString() + '/' + timeZone.id().toStdString(), [&](UErrorCode* status) {
             const QString zone = QString::fromLatin1(timeZone.id());
-            UErrorCode status = U_ZERO_ERROR;
-            UDateFormat* opened = udat_open(UDAT_SHORT, UDAT_MEDIUM, name.constData(),
-                                            reinterpret_cast<const UChar*>(zone.utf16()),
-                                            static_cast<int32_t>(zone.size()), nullptr, 0, &status);
-            if (U_FAILURE(status)) {
-                udat_close(opened);
-                return nullptr;
-            }
-            return opened;
+            return udat_open(UDAT_SHORT, UDAT_MEDIUM, name.constData(),
+                             reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
+                             nullptr, 0, status);
         });
     if (!format) {
         return date->toDateTime().toTimeZone(timeZone).toString(Qt::ISODate);
@@ -163,28 +156,15 @@ QString DisplayFormatters::relative(std::optional<Timestamp> date, Timestamp now
     // calendar and time zone, as the platform's relative formatter does.
     const QByteArray name = icuLocale(locale);
     UCalendar* calendar = cached<UCalendar, CalendarCloser>(
-        name.toStdString() + '/' + timeZone.id().toStdString(), [&]() -> UCalendar* {
+        name.toStdString() + '/' + timeZone.id().toStdString(), [&](UErrorCode* status) {
             const QString zone = QString::fromLatin1(timeZone.id());
-            UErrorCode status = U_ZERO_ERROR;
-            UCalendar* opened =
-                ucal_open(reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
-                          name.constData(), UCAL_GREGORIAN, &status);
-            if (U_FAILURE(status)) {
-                ucal_close(opened);
-                return nullptr;
-            }
-            return opened;
+            return ucal_open(reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
+                             name.constData(), UCAL_GREGORIAN, status);
         });
-    URelativeDateTimeFormatter* format = cached<URelativeDateTimeFormatter, RelativeFormatCloser>(
-        name.toStdString(), [&]() -> URelativeDateTimeFormatter* {
-            UErrorCode status = U_ZERO_ERROR;
-            URelativeDateTimeFormatter* opened = ureldatefmt_open(name.constData(), nullptr, UDAT_STYLE_SHORT,
-                                                                  UDISPCTX_CAPITALIZATION_NONE, &status);
-            if (U_FAILURE(status)) {
-                ureldatefmt_close(opened);
-                return nullptr;
-            }
-            return opened;
+    URelativeDateTimeFormatter* format =
+        cached<URelativeDateTimeFormatter, RelativeFormatCloser>(name.toStdString(), [&](UErrorCode* status) {
+            return ureldatefmt_open(name.constData(), nullptr, UDAT_STYLE_SHORT, UDISPCTX_CAPITALIZATION_NONE,
+                                    status);
         });
     if (!calendar || !format) {
         return QString();
