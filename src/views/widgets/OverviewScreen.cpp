@@ -1,5 +1,4 @@
 #include "views/widgets/OverviewScreen.h"
-#include "views/widgets/LongText.h"
 
 #include "model/Clock.h"
 #include "store/ProviderAccount.h"
@@ -8,6 +7,7 @@
 #include "views/widgets/BrandMark.h"
 #include "views/widgets/CardButton.h"
 #include "views/widgets/CardGrid.h"
+#include "views/widgets/LongText.h"
 #include "views/widgets/ProviderLogoWidget.h"
 #include "views/widgets/StatusCardWidget.h"
 #include "views/widgets/SubscriptionCardWidget.h"
@@ -31,6 +31,13 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+namespace {
+// A card is named after its account, as much of the name as a screen reader is given.
+QString cardName(const ProviderAccount& account) {
+    return LongText::bounded(account.displayName(), LongText::kReadLimit);
+}
+} // namespace
 
 namespace {
 using Ink = ElidedLabel::Ink;
@@ -130,7 +137,7 @@ void OverviewScreen::accountsChanged(const QList<ProviderAccount*>& accounts) {
         m_dirty.insert(account->id());
         m_dirtyRows.insert(account->id());
         if (CardButton* card = m_cards.value(account->id())) {
-            card->setAccessibleName(LongText::bounded(account->displayName(), LongText::kReadLimit));
+            card->setAccessibleName(cardName(*account));
         }
     }
     if (shown) {
@@ -480,8 +487,7 @@ CardButton* OverviewScreen::cardFor(ProviderAccount* account) {
     // A card waits as a blank of a card's usual height until it comes into view.
     auto* blank = new QWidget;
     blank->setFixedHeight(kPlaceholderHeight);
-    auto* button = new CardButton(blank, LongText::bounded(account->displayName(), LongText::kReadLimit),
-                                  m_screen.monitoring->cardHint);
+    auto* button = new CardButton(blank, cardName(*account), m_screen.monitoring->cardHint);
     button->setObjectName(QStringLiteral("subscriptionCard"));
     const QUuid id = account->id();
     connect(button, &CardButton::clicked, this, [this, id] { Q_EMIT selected(id); });
@@ -616,7 +622,7 @@ void OverviewScreen::materializeVisible() {
                 continue;
             }
             button->setCard(new SubscriptionCardWidget(content, account->trendHistory()));
-            button->setAccessibleName(LongText::bounded(account->displayName(), LongText::kReadLimit));
+            button->setAccessibleName(cardName(*account));
             m_cardContent.insert(id, std::move(content));
             drew = true;
         }

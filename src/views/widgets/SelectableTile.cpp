@@ -1,7 +1,7 @@
 #include "views/widgets/SelectableTile.h"
-#include "views/widgets/LongText.h"
 
 #include "views/widgets/BadgeWidget.h"
+#include "views/widgets/LongText.h"
 #include "views/widgets/ProviderLogoWidget.h"
 #include "views/widgets/SymbolIcon.h"
 #include "views/widgets/Theme.h"

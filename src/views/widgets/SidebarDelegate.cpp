@@ -1,7 +1,7 @@
 #include "views/widgets/SidebarDelegate.h"
-#include "views/widgets/LongText.h"
 
 #include "views/SidebarModel.h"
+#include "views/widgets/LongText.h"
 #include "views/widgets/ProviderLogoWidget.h"
 #include "views/widgets/SymbolIcon.h"
 #include "views/widgets/Theme.h"
