@@ -16,7 +16,7 @@ ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
 }
 
 void ElidedLabel::setFullText(const QString& text) {
-    if (text == m_fullText && !text.isEmpty()) {
+    if (text == m_fullText) {
         return;
     }
     m_fullText = text;

@@ -70,8 +70,9 @@ QPixmap ProviderLogoWidget::logo(AIProvider provider, int size, const QColor& in
     if (QPixmapCache::find(key, &cached)) {
         return cached;
     }
-    QImage image = mark.image.scaled(QSize(size, size) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation)
-                       .convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    // Scaling keeps the mark's premultiplied format, which the tint below paints into.
+    QImage image =
+        mark.image.scaled(QSize(size, size) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     if (isTemplate(provider)) {
         QPainter tint(&image);
         tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
