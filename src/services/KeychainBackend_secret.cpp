@@ -193,153 +193,133 @@ SecretValue* valueOf(const SecretApi& api, const QByteArray& data) {
     return api.secret_value_new(data.constData(), data.size(), "text/plain");
 }
 
+// One keychain operation on a connected service: libsecret loaded, a private context,
+// the service connected for `body` and let go after it; "not available" when any of it
+// fails.
+template <typename Body>
+qint32 withService(Body body) {
+    const SecretApi* api = secretApi();
+    if (!api) {
+        return KeychainBackend::kNotAvailable;
+    }
+    Operation operation(*api);
+    SecretService* secrets = connectService(operation);
+    if (!secrets) {
+        return KeychainBackend::kNotAvailable;
+    }
+    const qint32 status = body(*api, operation, secrets);
+    api->g_object_unref(secrets);
+    return status;
+}
+
 } // namespace
 
 qint32 KeychainBackend::copyMatching(const QString& service, const QString& account,
                                      std::optional<QByteArray>* data) {
-    const SecretApi* loaded = secretApi();
-    if (!loaded) {
-        return kNotAvailable;
-    }
-    const SecretApi& api = *loaded;
-    Operation operation(api);
-    SecretService* secrets = connectService(operation);
-    if (!secrets) {
-        return kNotAvailable;
-    }
-    qint32 status = kSuccess;
-    SecretItem* item = findItem(operation, secrets, service, account, data != nullptr, &status);
-    if (item && data) {
-        // A locked item is found but gives no value; it is never unlocked from here.
-        if (SecretValue* value = api.secret_item_get_secret(item)) {
-            gsize length = 0;
-            const gchar* bytes = api.secret_value_get(value, &length);
-            *data = QByteArray(bytes, static_cast<qsizetype>(length));
-            api.secret_value_unref(value);
-        } else {
-            *data = std::nullopt;
+    return withService([&](const SecretApi& api, Operation& operation, SecretService* secrets) {
+        qint32 status = kSuccess;
+        SecretItem* item = findItem(operation, secrets, service, account, data != nullptr, &status);
+        if (item && data) {
+            // A locked item is found but gives no value; it is never unlocked from here.
+            if (SecretValue* value = api.secret_item_get_secret(item)) {
+                gsize length = 0;
+                const gchar* bytes = api.secret_value_get(value, &length);
+                *data = QByteArray(bytes, static_cast<qsizetype>(length));
+                api.secret_value_unref(value);
+            } else {
+                *data = std::nullopt;
+            }
         }
-    }
-    if (item) {
-        api.g_object_unref(item);
-    }
-    api.g_object_unref(secrets);
-    return status;
+        if (item) {
+            api.g_object_unref(item);
+        }
+        return status;
+    });
 }
 
 qint32 KeychainBackend::update(const QString& service, const QString& account, const QByteArray& data) {
-    const SecretApi* loaded = secretApi();
-    if (!loaded) {
-        return kNotAvailable;
-    }
-    const SecretApi& api = *loaded;
-    Operation operation(api);
-    SecretService* secrets = connectService(operation);
-    if (!secrets) {
-        return kNotAvailable;
-    }
-    qint32 status = kSuccess;
-    SecretItem* item = findItem(operation, secrets, service, account, false, &status);
-    if (item) {
-        if (api.secret_item_get_locked(item)) {
-            status = kInteractionNotAllowed;
-        } else {
-            SecretValue* value = valueOf(api, data);
-            GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
-                api.secret_item_set_secret(item, value, operation.cancellable(), callback, slot);
-            });
-            ErrorHolder error;
-            status = api.secret_item_set_secret_finish(item, result, &error.error) ? kSuccess : kNotAvailable;
-            api.g_object_unref(result);
-            api.secret_value_unref(value);
+    return withService([&](const SecretApi& api, Operation& operation, SecretService* secrets) {
+        qint32 status = kSuccess;
+        SecretItem* item = findItem(operation, secrets, service, account, false, &status);
+        if (item) {
+            if (api.secret_item_get_locked(item)) {
+                status = kInteractionNotAllowed;
+            } else {
+                SecretValue* value = valueOf(api, data);
+                GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+                    api.secret_item_set_secret(item, value, operation.cancellable(), callback, slot);
+                });
+                ErrorHolder error;
+                status =
+                    api.secret_item_set_secret_finish(item, result, &error.error) ? kSuccess : kNotAvailable;
+                api.g_object_unref(result);
+                api.secret_value_unref(value);
+            }
+            api.g_object_unref(item);
         }
-        api.g_object_unref(item);
-    }
-    api.g_object_unref(secrets);
-    return status;
+        return status;
+    });
 }
 
 qint32 KeychainBackend::add(const QString& service, const QString& account, const QByteArray& data) {
-    const SecretApi* loaded = secretApi();
-    if (!loaded) {
-        return kNotAvailable;
-    }
-    const SecretApi& api = *loaded;
-    Operation operation(api);
-    SecretService* secrets = connectService(operation);
-    if (!secrets) {
-        return kNotAvailable;
-    }
-    // Storing into a locked collection would raise an unlock prompt: refuse instead.
-    GAsyncResult* found = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
-        api.secret_collection_for_alias(secrets, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE,
-                                        operation.cancellable(), callback, slot);
-    });
-    ErrorHolder lookupError;
-    SecretCollection* collection = api.secret_collection_for_alias_finish(found, &lookupError.error);
-    api.g_object_unref(found);
-    if (!collection) {
-        api.g_object_unref(secrets);
-        return kNotAvailable;
-    }
-    const bool locked = api.secret_collection_get_locked(collection);
-    api.g_object_unref(collection);
-    if (locked) {
-        api.g_object_unref(secrets);
-        return kInteractionNotAllowed;
-    }
+    return withService([&](const SecretApi& api, Operation& operation, SecretService* secrets) {
+        // Storing into a locked collection would raise an unlock prompt: refuse instead.
+        GAsyncResult* found = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+            api.secret_collection_for_alias(secrets, SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE,
+                                            operation.cancellable(), callback, slot);
+        });
+        ErrorHolder lookupError;
+        SecretCollection* collection = api.secret_collection_for_alias_finish(found, &lookupError.error);
+        api.g_object_unref(found);
+        if (!collection) {
+            return kNotAvailable;
+        }
+        const bool locked = api.secret_collection_get_locked(collection);
+        api.g_object_unref(collection);
+        if (locked) {
+            return kInteractionNotAllowed;
+        }
 
-    GHashTable* attributes = attributesFor(service, account);
-    SecretValue* value = valueOf(api, data);
-    GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
-        api.secret_service_store(secrets, nullptr, attributes, SECRET_COLLECTION_DEFAULT, kLabel, value,
-                                 operation.cancellable(), callback, slot);
+        GHashTable* attributes = attributesFor(service, account);
+        SecretValue* value = valueOf(api, data);
+        GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+            api.secret_service_store(secrets, nullptr, attributes, SECRET_COLLECTION_DEFAULT, kLabel, value,
+                                     operation.cancellable(), callback, slot);
+        });
+        ErrorHolder error;
+        const bool stored = api.secret_service_store_finish(secrets, result, &error.error);
+        api.g_object_unref(result);
+        api.secret_value_unref(value);
+        g_hash_table_unref(attributes);
+        return stored ? kSuccess : kNotAvailable;
     });
-    ErrorHolder error;
-    const bool stored = api.secret_service_store_finish(secrets, result, &error.error);
-    api.g_object_unref(result);
-    api.secret_value_unref(value);
-    g_hash_table_unref(attributes);
-    api.g_object_unref(secrets);
-    return stored ? kSuccess : kNotAvailable;
 }
 
 qint32 KeychainBackend::deleteItem(const QString& service, const QString& account) {
-    const SecretApi* loaded = secretApi();
-    if (!loaded) {
-        return kNotAvailable;
-    }
-    const SecretApi& api = *loaded;
-    Operation operation(api);
-    SecretService* secrets = connectService(operation);
-    if (!secrets) {
-        return kNotAvailable;
-    }
-    // Deleting a locked item would raise an unlock prompt: report it instead, so that the
-    // deletion can be tried again once the keyring is open.
-    qint32 status = kSuccess;
-    SecretItem* item = findItem(operation, secrets, service, account, false, &status);
-    if (!item) {
-        api.g_object_unref(secrets);
-        return status;
-    }
-    const bool locked = api.secret_item_get_locked(item);
-    api.g_object_unref(item);
-    if (locked) {
-        api.g_object_unref(secrets);
-        return kInteractionNotAllowed;
-    }
-    GHashTable* attributes = attributesFor(service, account);
-    GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
-        api.secret_service_clear(secrets, nullptr, attributes, operation.cancellable(), callback, slot);
+    return withService([&](const SecretApi& api, Operation& operation, SecretService* secrets) {
+        // Deleting a locked item would raise an unlock prompt: report it instead, so that the
+        // deletion can be tried again once the keyring is open.
+        qint32 status = kSuccess;
+        SecretItem* item = findItem(operation, secrets, service, account, false, &status);
+        if (!item) {
+            return status;
+        }
+        const bool locked = api.secret_item_get_locked(item);
+        api.g_object_unref(item);
+        if (locked) {
+            return kInteractionNotAllowed;
+        }
+        GHashTable* attributes = attributesFor(service, account);
+        GAsyncResult* result = operation.await([&](GAsyncReadyCallback callback, gpointer slot) {
+            api.secret_service_clear(secrets, nullptr, attributes, operation.cancellable(), callback, slot);
+        });
+        ErrorHolder error;
+        const bool cleared = api.secret_service_clear_finish(secrets, result, &error.error);
+        api.g_object_unref(result);
+        g_hash_table_unref(attributes);
+        if (cleared) {
+            return kSuccess;
+        }
+        return error.error ? kNotAvailable : kItemNotFound;
     });
-    ErrorHolder error;
-    const bool cleared = api.secret_service_clear_finish(secrets, result, &error.error);
-    api.g_object_unref(result);
-    g_hash_table_unref(attributes);
-    api.g_object_unref(secrets);
-    if (cleared) {
-        return kSuccess;
-    }
-    return error.error ? kNotAvailable : kItemNotFound;
 }
