@@ -1,5 +1,6 @@
 #include "views/widgets/MainWindow.h"
 
+#include "MainWindowFixtures.h"
 #include "WidgetTree.h"
 #include "core/CommandCenter.h"
 #include "core/ContentView.h"
@@ -37,23 +38,15 @@
 #include <QTreeView>
 
 namespace {
+using windowfixtures::accountRows;
+using windowfixtures::refreshed;
+
 QTreeView* sidebarOf(const MainWindow& window) {
     return window.sidebar()->list();
 }
 
 SidebarModel* modelOf(const QTreeView* sidebar) {
     return qobject_cast<SidebarModel*>(sidebar->model());
-}
-
-// The texts of the rows under "Accounts", top to bottom; empty without the section.
-QStringList accountRows(const QTreeView* sidebar) {
-    const SidebarModel* model = modelOf(sidebar);
-    const QModelIndex section = model->sectionIndex(SidebarModel::Section::accounts);
-    QStringList rows;
-    for (int row = 0; section.isValid() && row < model->rowCount(section); ++row) {
-        rows.append(model->index(row, 0, section).data().toString());
-    }
-    return rows;
 }
 
 QModelIndex accountRow(const QTreeView* sidebar, int row) {
@@ -73,17 +66,6 @@ void choose(QTreeView* sidebar, const QModelIndex& index) {
 
 QToolButton* toolbarButton(const MainWindow& window, const QString& action) {
     return window.findChild<QToolButton*>(action + QStringLiteral("Button"));
-}
-
-// An account with a mock snapshot as a finished refresh leaves it.
-ProviderAccount* refreshed(CoreFixture& fixture, const QString& label, AIProvider provider, double createdAt,
-                           ConnectionMode mode = ConnectionMode::mock) {
-    ProviderAccount* account = fixture.addAccount(label, provider, createdAt);
-    account->setConnectionMode(mode);
-    account->setSnapshot(MockDataFactory::snapshot(*account));
-    account->setLastRefreshAt(Clock::now());
-    account->setSyncStatus(SyncStatus::current);
-    return account;
 }
 
 QStringList cardNames(const OverviewScreen* overview) {

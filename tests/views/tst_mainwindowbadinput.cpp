@@ -1,11 +1,10 @@
 #include "views/widgets/MainWindow.h"
 
+#include "MainWindowFixtures.h"
 #include "WidgetTree.h"
 #include "core/ContentView.h"
 #include "core/CoreFixtures.h"
 #include "model/Clock.h"
-#include "providers/MockDataFactory.h"
-#include "views/SidebarModel.h"
 #include "views/SubscriptionCardContent.h"
 #include "views/widgets/AccountDetailScreen.h"
 #include "views/widgets/CardButton.h"
@@ -19,17 +18,9 @@
 #include "views/widgets/TrendChartWidget.h"
 
 #include <QTest>
-#include <QTreeView>
 
 namespace {
-// A subscription as a finished sample refresh leaves it.
-ProviderAccount* refreshed(CoreFixture& fixture, const QString& label, double createdAt) {
-    ProviderAccount* account = fixture.addAccount(label, AIProvider::openAI, createdAt);
-    account->setSnapshot(MockDataFactory::snapshot(*account));
-    account->setLastRefreshAt(Clock::now());
-    account->setSyncStatus(SyncStatus::current);
-    return account;
-}
+using windowfixtures::refreshed;
 
 // Saves the fixture's store and reads it back from the file, as the next launch would.
 void saveAndReopen(CoreFixture& fixture) {
@@ -53,13 +44,7 @@ SubscriptionCardWidget* drawnCard(const MainWindow& window, const QString& name)
 }
 
 QStringList accountRows(const MainWindow& window) {
-    const auto* model = qobject_cast<SidebarModel*>(window.sidebar()->list()->model());
-    const QModelIndex section = model->sectionIndex(SidebarModel::Section::accounts);
-    QStringList rows;
-    for (int row = 0; section.isValid() && row < model->rowCount(section); ++row) {
-        rows.append(model->index(row, 0, section).data().toString());
-    }
-    return rows;
+    return windowfixtures::accountRows(window.sidebar()->list());
 }
 
 void open(ContentView& content, ProviderAccount* account) {
@@ -116,8 +101,8 @@ private slots:
     void aFiveMegabyteLabelNeitherWidensNorStallsTheWindow() {
         CoreFixture fixture;
         const QString label(5 * 1024 * 1024, u'W');
-        refreshed(fixture, label, 1);
-        refreshed(fixture, QStringLiteral("Neighbour"), 2);
+        refreshed(fixture, label, AIProvider::openAI, 1);
+        refreshed(fixture, QStringLiteral("Neighbour"), AIProvider::openAI, 2);
         saveAndReopen(fixture);
         QCOMPARE(fixture.store->accounts().first()->label().size(), label.size());
 
@@ -154,7 +139,8 @@ private slots:
     void fiveHundredAccountsAllShow() {
         CoreFixture fixture;
         for (int i = 0; i < 500; ++i) {
-            refreshed(fixture, QStringLiteral("Account %1").arg(i, 3, 10, QLatin1Char('0')), i);
+            refreshed(fixture, QStringLiteral("Account %1").arg(i, 3, 10, QLatin1Char('0')),
+                      AIProvider::openAI, i);
         }
         saveAndReopen(fixture);
 
@@ -175,7 +161,7 @@ private slots:
 
     void aSnapshotOfTwoHundredWindowsShowsThemAll() {
         CoreFixture fixture;
-        ProviderAccount* account = refreshed(fixture, QStringLiteral("Many windows"), 1);
+        ProviderAccount* account = refreshed(fixture, QStringLiteral("Many windows"), AIProvider::openAI, 1);
         UsageSnapshot snapshot = *account->snapshot();
         snapshot.windows.clear();
         for (int i = 0; i < 200; ++i) {
@@ -207,7 +193,7 @@ private slots:
 
     void aHistoryWithAbsentValuesDrawsWhatItHas() {
         CoreFixture fixture;
-        ProviderAccount* account = refreshed(fixture, QStringLiteral("Gaps"), 1);
+        ProviderAccount* account = refreshed(fixture, QStringLiteral("Gaps"), AIProvider::openAI, 1);
         const UsageSnapshot base = *account->snapshot();
         // Ninety refreshes whose windows report neither use nor limit, and no series.
         for (int round = 0; round < 90; ++round) {
