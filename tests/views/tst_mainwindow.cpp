@@ -7,7 +7,6 @@
 #include "core/CoreFixtures.h"
 #include "model/Clock.h"
 #include "onboarding/widgets/OnboardingView.h"
-#include "providers/MockDataFactory.h"
 #include "services/KeychainStore.h"
 #include "views/SidebarModel.h"
 #include "views/widgets/AccountDetailScreen.h"

@@ -25,6 +25,14 @@ namespace {
 using Ink = ElidedLabel::Ink;
 
 constexpr int kProviderColumns = 4;
+
+// A button of the sheet that Return never presses: Save is the only default button.
+QPushButton* sheetButton(const QString& title, Theme::ButtonRole role, const QString& name, QWidget* parent) {
+    QPushButton* button = BlockParts::button(title, role, parent);
+    button->setObjectName(name);
+    button->setAutoDefault(false);
+    return button;
+}
 constexpr int kAuthTileCount = 3;
 
 ElidedLabel* note(const QString& text, QWidget* parent) {
@@ -128,9 +136,8 @@ void AccountEditorView::build() {
     footer->setLayout(footerLayout);
     footerLayout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceM, Theme::kSpaceXL, Theme::kSpaceL);
     footerLayout->addStretch(1);
-    m_cancel = BlockParts::button(m_content.cancelTitle, Theme::ButtonRole::standard, footer);
-    m_cancel->setObjectName(QStringLiteral("cancelButton"));
-    m_cancel->setAutoDefault(false);
+    m_cancel = sheetButton(m_content.cancelTitle, Theme::ButtonRole::standard, QStringLiteral("cancelButton"),
+                           footer);
     footerLayout->addWidget(m_cancel);
     m_save = BlockParts::button(m_content.saveTitle, Theme::ButtonRole::primary, footer);
     m_save->setObjectName(QStringLiteral("saveButton"));
@@ -228,14 +235,11 @@ void AccountEditorView::buildAuthentication(QWidget* page) {
     browserText->setObjectName(QStringLiteral("browserText"));
     browserLayout->addWidget(browserText);
     auto* browserButtons = BlockParts::row(Theme::kSpaceS);
-    m_openPage = BlockParts::button(QString(), Theme::ButtonRole::standard, m_browserPanel);
-    m_openPage->setObjectName(QStringLiteral("openProviderPageButton"));
-    m_openPage->setAutoDefault(false);
+    m_openPage = sheetButton(QString(), Theme::ButtonRole::standard, QStringLiteral("openProviderPageButton"),
+                             m_browserPanel);
     browserButtons->addWidget(m_openPage);
-    m_browserRefresh =
-        BlockParts::button(QStringLiteral("Refresh connection"), Theme::ButtonRole::standard, m_browserPanel);
-    m_browserRefresh->setObjectName(QStringLiteral("browserRefreshButton"));
-    m_browserRefresh->setAutoDefault(false);
+    m_browserRefresh = sheetButton(QStringLiteral("Refresh connection"), Theme::ButtonRole::standard,
+                                   QStringLiteral("browserRefreshButton"), m_browserPanel);
     browserButtons->addWidget(m_browserRefresh);
     browserButtons->addStretch(1);
     browserLayout->addLayout(browserButtons);
@@ -259,18 +263,14 @@ void AccountEditorView::buildAuthentication(QWidget* page) {
     m_keyNote = note(QString(), m_keyPanel);
     keyLayout->addWidget(m_keyNote);
     auto* keyButtons = BlockParts::row(Theme::kSpaceS);
-    m_test = BlockParts::button(QString(), Theme::ButtonRole::standard, m_keyPanel);
-    m_test->setObjectName(QStringLiteral("testConnectionButton"));
-    m_test->setAutoDefault(false);
+    m_test = sheetButton(QString(), Theme::ButtonRole::standard, QStringLiteral("testConnectionButton"),
+                         m_keyPanel);
     keyButtons->addWidget(m_test);
-    m_keyRefresh =
-        BlockParts::button(QStringLiteral("Refresh connection"), Theme::ButtonRole::standard, m_keyPanel);
-    m_keyRefresh->setObjectName(QStringLiteral("refreshConnectionButton"));
-    m_keyRefresh->setAutoDefault(false);
+    m_keyRefresh = sheetButton(QStringLiteral("Refresh connection"), Theme::ButtonRole::standard,
+                               QStringLiteral("refreshConnectionButton"), m_keyPanel);
     keyButtons->addWidget(m_keyRefresh);
-    m_logout = BlockParts::button(QStringLiteral("Log out"), Theme::ButtonRole::destructive, m_keyPanel);
-    m_logout->setObjectName(QStringLiteral("logOutButton"));
-    m_logout->setAutoDefault(false);
+    m_logout = sheetButton(QStringLiteral("Log out"), Theme::ButtonRole::destructive,
+                           QStringLiteral("logOutButton"), m_keyPanel);
     keyButtons->addWidget(m_logout);
     keyButtons->addStretch(1);
     keyLayout->addLayout(keyButtons);
