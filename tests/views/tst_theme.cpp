@@ -3,9 +3,14 @@
 #include "views/widgets/AppResources.h"
 #include "views/widgets/BlockParts.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
 #include <QFontInfo>
+#include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QStyleOptionButton>
 #include <QTest>
 
@@ -92,6 +97,111 @@ private slots:
                                               ElidedLabel::Ink::primary, &parent);
         QCOMPARE(QFontInfo(figure->font()).family(), QStringLiteral("Inter Tabular"));
         QCOMPARE(QFontInfo(words->font()).family(), AppResources::fontFamily());
+    }
+
+    void buttonsOfEveryRoleLineUp() {
+        Theme::apply(Theme::Appearance::light);
+        QWidget window;
+        QList<int> heights;
+        for (const Theme::ButtonRole role :
+             {Theme::ButtonRole::standard, Theme::ButtonRole::primary, Theme::ButtonRole::destructive,
+              Theme::ButtonRole::plain, Theme::ButtonRole::link}) {
+            auto* button = new QPushButton(QStringLiteral("Save"), &window);
+            Theme::setButtonRole(button, role);
+            heights.append(button->sizeHint().height());
+        }
+        QCOMPARE(heights, QList<int>(5, heights.first()));
+        QCOMPARE(heights.first(), QFontMetrics(window.font()).height() + 12);
+    }
+
+    void primaryTitlesAreSemibold() {
+        QWidget window;
+        auto* button = new QPushButton(QStringLiteral("Save"), &window);
+        Theme::setButtonRole(button, Theme::ButtonRole::primary);
+        QCOMPARE(button->font().weight(), QFont::DemiBold);
+        // The rest of the font still comes from the window.
+        QCOMPARE(button->font().family(), window.font().family());
+        Theme::setButtonRole(button, Theme::ButtonRole::standard);
+        QCOMPARE(button->font().weight(), QFont::Normal);
+    }
+
+    void controlsAreDrawnInTheThemesColours_data() {
+        QTest::addColumn<Theme::Appearance>("look");
+        QTest::newRow("light") << Theme::Appearance::light;
+        QTest::newRow("dark") << Theme::Appearance::dark;
+    }
+
+    void controlsAreDrawnInTheThemesColours() {
+        QFETCH(Theme::Appearance, look);
+        Theme::apply(look);
+        // No style sheet: the style draws the controls.
+        QVERIFY(qApp->styleSheet().isEmpty());
+        QWidget window;
+        auto* standard = new QPushButton(QStringLiteral("Cancel"), &window);
+        Theme::setButtonRole(standard, Theme::ButtonRole::standard);
+        auto* primary = new QPushButton(QStringLiteral("Save"), &window);
+        Theme::setButtonRole(primary, Theme::ButtonRole::primary);
+        auto* field = new QLineEdit(&window);
+        for (QWidget* control : {static_cast<QWidget*>(standard), static_cast<QWidget*>(primary),
+                                 static_cast<QWidget*>(field)}) {
+            control->resize(control->sizeHint());
+        }
+        // Inside the border, left of any text.
+        const auto fill = [](QWidget* control) {
+            return control->grab().toImage().pixelColor(4, control->height() / 2);
+        };
+        QCOMPARE(fill(standard), Theme::card(look));
+        QCOMPARE(fill(primary), Theme::colors(Tone::accent, look).foreground);
+        QCOMPARE(fill(field), Theme::card(look));
+        // The border is a hairline in the separator colour, not the toolkit's grey bevel.
+        const QImage edge = standard->grab().toImage();
+        QCOMPARE(edge.pixelColor(standard->width() / 2, 0), Theme::separator(look));
+        QCOMPARE(edge.pixelColor(standard->width() / 2, standard->height() - 1), Theme::separator(look));
+    }
+
+    void scrollBarsAreThinWithoutArrows() {
+        Theme::apply(Theme::Appearance::light);
+        QScrollBar bar(Qt::Vertical);
+        bar.setRange(0, 1000);
+        bar.setPageStep(10);
+        bar.resize(bar.sizeHint().width(), 400);
+        QCOMPARE(bar.width(), 10);
+        QStyleOptionSlider option;
+        option.initFrom(&bar);
+        option.orientation = Qt::Vertical;
+        option.minimum = bar.minimum();
+        option.maximum = bar.maximum();
+        option.pageStep = bar.pageStep();
+        option.sliderPosition = 0;
+        QStyle* style = bar.style();
+        QVERIFY(style->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarAddLine, &bar)
+                    .isEmpty());
+        QVERIFY(style->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSubLine, &bar)
+                    .isEmpty());
+        // A long list keeps a handle big enough to grab, at the top of its track.
+        const QRect handle =
+            style->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, &bar);
+        QCOMPARE(handle.height(), 32);
+        QCOMPARE(handle.top(), 2);
+        option.sliderPosition = bar.maximum();
+        QCOMPARE(
+            style->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, &bar).bottom(),
+            400 - 1 - 2);
+    }
+
+    void menuAndPickerLinesHaveRoom() {
+        Theme::apply(Theme::Appearance::light);
+        const int line = QFontMetrics(QApplication::font()).height() + 10;
+        QMenu menu;
+        menu.addAction(QStringLiteral("Refresh All"));
+        menu.addAction(QStringLiteral("Settings…"));
+        QCOMPARE(menu.actionGeometry(menu.actions().first()).height(), line);
+        // A picker's list hands its own size to the style, not its text's: its lines are
+        // measured from the text all the same.
+        QComboBox picker;
+        picker.addItems({QStringLiteral("Most used first"), QStringLiteral("Soonest reset")});
+        picker.resize(200, picker.sizeHint().height());
+        QCOMPARE(picker.view()->sizeHintForRow(0), line);
     }
 
     void buttonsShowFocusWithoutChangingSize_data() {

@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QPainter>
-#include <QStyle>
 #include <QWidget>
 
 #include <cmath>
@@ -107,109 +106,24 @@ QPalette Theme::palette(Appearance look) {
     return palette;
 }
 
-QString Theme::styleSheet(Appearance look) {
-    const QString text = primaryText(look).name();
-    const QString secondary = secondaryText(look).name();
-    const QString surface = card(look).name();
-    const QString line = separator(look).name();
-    const QString accent = colors(Tone::accent, look).foreground.name();
-    const QString accentFill = colors(Tone::accent, look).fill.name();
-    const QString onAccent = look == Appearance::dark ? QStringLiteral("#10131A") : QStringLiteral("#FFFFFF");
-    const QString critical = colors(Tone::critical, look).foreground.name();
-    const QString criticalFill = colors(Tone::critical, look).fill.name();
-    const QString muted = colors(Tone::muted, look).fill.name();
-    QString sheet = QStringLiteral(R"(
-QPushButton { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
-              padding: 5px 12px; }
-QPushButton:hover { background: @muted; }
-QPushButton:focus { border-color: @accent; }
-QPushButton:disabled { color: @secondary; }
-QPushButton[role="primary"] { background: @accent; color: @onAccent; border: 2px solid @accent; padding: 3px 10px;
-                              font-weight: 600; }
-QPushButton[role="primary"]:focus { border-color: @accentFill; }
-QPushButton[role="primary"]:disabled { background: @muted; border-color: @muted; color: @secondary; }
-QPushButton[role="destructive"] { color: @critical; border-color: @line; }
-QPushButton[role="destructive"]:hover { background: @criticalFill; }
-QPushButton[role="destructive"]:focus { border-color: @accent; }
-QPushButton[role="plain"] { border-color: transparent; background: transparent; padding: 4px 11px; }
-QPushButton[role="plain"]:hover { background: @muted; }
-QPushButton[role="plain"]:focus { border-color: @accent; }
-QPushButton[role="link"] { border-color: transparent; background: transparent; color: @accent; padding: 4px 3px; }
-QPushButton[role="link"]:hover { text-decoration: underline; }
-QPushButton[role="link"]:focus { border-color: @accent; }
-QPushButton[role="link"]:disabled { color: @secondary; }
-QToolButton { border: 1px solid transparent; border-radius: @rpx; padding: 3px 7px; color: @text; }
-QToolButton:hover { background: @muted; }
-QToolButton:checked { background: @surface; border-color: @line; }
-QToolButton:focus { border-color: @accent; }
-QToolButton:disabled { color: @secondary; }
-QLineEdit { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
-            padding: 5px 8px; selection-background-color: @accentFill; }
-QLineEdit:focus { border-color: @accent; }
-QComboBox { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
-            padding: 4px 10px; }
-QComboBox:focus { border-color: @accent; }
-QComboBox::drop-down { border: none; width: 22px; }
-QComboBox::down-arrow { image: url(:/icons/chevron-down-@look.svg); width: 12px; height: 12px; }
-QComboBox QAbstractItemView { background: @surface; color: @text; border: 1px solid @line;
-                              selection-background-color: @accentFill; selection-color: @text; outline: none; }
-QAbstractSpinBox { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
-                   padding: 4px 8px; selection-background-color: @accentFill; }
-QAbstractSpinBox:focus { border-color: @accent; }
-QDateTimeEdit::drop-down { border: none; width: 22px; }
-QDateTimeEdit::down-arrow { image: url(:/icons/chevron-down-@look.svg); width: 12px; height: 12px; }
-QPlainTextEdit { background: @surface; color: @text; border: 1px solid @line; border-radius: @rpx;
-                 padding: 4px; selection-background-color: @accentFill; }
-QPlainTextEdit:focus { border-color: @accent; }
-QCalendarWidget QWidget { background: @surface; color: @text; alternate-background-color: @surface; }
-QCalendarWidget QAbstractItemView { selection-background-color: @accent; selection-color: white; }
-QCalendarWidget QToolButton { color: @text; background: transparent; border: none; padding: 4px 8px; }
-#qt_calendar_navigationbar { background: @surface; border-bottom: 1px solid @line; }
-QMenu { background: @surface; color: @text; border: 1px solid @line; padding: 4px; }
-QMenu::item { padding: 5px 18px; border-radius: 4px; }
-QMenu::item:selected { background: @accentFill; }
-QMenu::item:disabled { color: @secondary; }
-QMenu::separator { height: 1px; background: @line; margin: 4px 6px; }
-QMenuBar { background: transparent; color: @text; }
-QMenuBar::item:selected { background: @muted; border-radius: 4px; }
-QToolBar { background: transparent; border: none; spacing: 6px; padding: 6px 12px; }
-QToolBar::separator { width: 1px; background: @line; margin: 4px 6px; }
-QScrollArea { background: transparent; border: none; }
-QScrollBar:vertical { background: transparent; width: 10px; margin: 2px; }
-QScrollBar::handle:vertical { background: @line; border-radius: 3px; min-height: 32px; }
-QScrollBar::add-line, QScrollBar::sub-line { height: 0; width: 0; }
-QScrollBar::add-page, QScrollBar::sub-page { background: transparent; }
-QSplitter::handle { background: @line; }
-QToolTip { background: @surface; color: @text; border: 1px solid @line; padding: 4px; }
-QMessageBox QLabel { color: @text; }
-)");
-    sheet.replace(QStringLiteral("@onAccent"), onAccent)
-        .replace(QStringLiteral("@accentFill"), accentFill)
-        .replace(QStringLiteral("@accent"), accent)
-        .replace(QStringLiteral("@criticalFill"), criticalFill)
-        .replace(QStringLiteral("@critical"), critical)
-        .replace(QStringLiteral("@secondary"), secondary)
-        .replace(QStringLiteral("@surface"), surface)
-        .replace(QStringLiteral("@muted"), muted)
-        .replace(QStringLiteral("@line"), line)
-        .replace(QStringLiteral("@text"), text)
-        .replace(QStringLiteral("@r"), QString::number(kRadiusSmall))
-        .replace(QStringLiteral("@look"),
-                 look == Appearance::dark ? QStringLiteral("dark") : QStringLiteral("light"));
-    return sheet;
-}
-
 void Theme::apply(Appearance appearance) {
     QApplication::setStyle(new AppStyle);
     QApplication::setPalette(palette(appearance));
-    qApp->setStyleSheet(styleSheet(appearance));
 }
 
 void Theme::setButtonRole(QWidget* button, ButtonRole role) {
     static const char* const names[] = {"standard", "primary", "destructive", "plain", "link"};
     button->setProperty("role", QString::fromLatin1(names[static_cast<int>(role)]));
-    button->style()->unpolish(button);
-    button->style()->polish(button);
+    // A primary button's title is set in the semibold step; the others keep the body weight.
+    // Only the weight is the button's own; the rest of its font follows its parent's.
+    QFont weight;
+    weight.setWeight(role == ButtonRole::primary ? QFont::DemiBold : QFont::Normal);
+    weight.setResolveMask(QFont::WeightResolved);
+    button->setFont(weight);
+    // The role changes the button's margins: it measures itself again.
+    QEvent change(QEvent::StyleChange);
+    QApplication::sendEvent(button, &change);
+    button->update();
 }
 
 QColor Theme::card(Appearance appearance) {

@@ -66,13 +66,11 @@ public:
     // The application's palette for an appearance: window, cards as the base, text,
     // the accent as highlight and link.
     static QPalette palette(Appearance appearance);
-    // The style sheet of the standard controls (buttons by role, fields, pickers,
-    // menus, scroll bars), so no control keeps the toolkit's default grey.
-    static QString styleSheet(Appearance appearance);
-    // Sets the palette, style and style sheet on the whole application.
+    // Sets the palette and the style (AppStyle, which draws the standard controls in
+    // these colours) on the whole application.
     static void apply(Appearance appearance);
 
-    // The role a push button plays; its style sheet draws each differently.
+    // The role a push button plays; the application's style draws each differently.
     enum class ButtonRole { standard, primary, destructive, plain, link };
     static void setButtonRole(QWidget* button, ButtonRole role);
 
