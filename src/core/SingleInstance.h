@@ -1,15 +1,15 @@
 #pragma once
 
 #include <QLocalServer>
-#include <QLockFile>
 #include <QObject>
 
 #include <memory>
 
-// One process per store. The first launch on a store takes a lock file beside it and
-// listens on a local socket named after it; a later launch on the same store finds the
-// lock held, asks the first to bring its window to the front, and ends. A lock left by a
-// process that died is taken over. Launches on different stores don't meet.
+// One process per store. The first launch on a store locks a file beside it and listens
+// on a local socket named after it; a later launch on the same store finds the lock held,
+// asks the first to bring its window to the front, and ends. The lock is the system's
+// (flock): it goes with its process however that ends, so a file left by a process that
+// died is simply taken. Launches on different stores don't meet.
 class SingleInstance final : public QObject {
     Q_OBJECT
 
@@ -21,8 +21,11 @@ public:
     };
 
     // Claims `storePath` for this process; the returned object holds the claim while it
-    // lives (null unless the outcome is `first`).
+    // lives (null unless the outcome is `first`). Nothing listens for later launches until
+    // listen(): they wait a second for it.
     static std::unique_ptr<SingleInstance> claim(const QString& storePath, Outcome* outcome);
+    // Starts answering later launches on this store (once; again is harmless).
+    void listen();
     // The local socket's name for a store: the same for every spelling of its path.
     static QString serverName(const QString& storePath);
     static QString lockPath(const QString& storePath);
@@ -34,8 +37,9 @@ signals:
     void activationRequested();
 
 private:
-    explicit SingleInstance(const QString& storePath);
+    SingleInstance(const QString& storePath, int lockDescriptor);
 
-    QLockFile m_lock;
+    QString m_storePath;
+    int m_lockDescriptor;
     QLocalServer m_server;
 };

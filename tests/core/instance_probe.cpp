@@ -26,6 +26,7 @@ int main(int argc, char* argv[]) {
     if (!instance || wait < 0) {
         return 0;
     }
+    instance->listen();
     QObject::connect(instance.get(), &SingleInstance::activationRequested, [] {
         std::printf("activated\n");
         std::fflush(stdout);

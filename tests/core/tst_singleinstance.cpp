@@ -111,6 +111,29 @@ private slots:
         two.waitForFinished();
     }
 
+    void aLaunchBeforeTheOwnerListensWaitsForIt() {
+        QTemporaryDir dir;
+        const QString store = dir.filePath(QStringLiteral("a.store"));
+        SingleInstance::Outcome outcome = SingleInstance::Outcome::unguarded;
+        const auto instance = SingleInstance::claim(store, &outcome);
+        QCOMPARE(outcome, SingleInstance::Outcome::first);
+        bool activated = false;
+        connect(instance.get(), &SingleInstance::activationRequested, this,
+                [&activated] { activated = true; });
+        // The owner is still drawing its first frame when the second launch comes.
+        QProcess later;
+        later.start(QStringLiteral(INSTANCE_PROBE), {store});
+        QVERIFY(later.waitForStarted());
+        QTest::qWait(300);
+        QVERIFY(!activated);
+        instance->listen();
+        instance->listen(); // again is harmless
+        QTRY_VERIFY(activated);
+        QTRY_COMPARE_WITH_TIMEOUT(later.state(), QProcess::NotRunning, 3000);
+        QCOMPARE(later.exitCode(), 0);
+        QCOMPARE(QString::fromUtf8(later.readAllStandardOutput()).trimmed(), QStringLiteral("handed-over"));
+    }
+
     void theLockGoesWithTheProcess() {
         QTemporaryDir dir;
         const QString store = dir.filePath(QStringLiteral("a.store"));

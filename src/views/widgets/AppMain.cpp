@@ -57,6 +57,9 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     if (claimed == SingleInstance::Outcome::handedOver) {
         return EXIT_SUCCESS;
     }
+    if (instance) {
+        instance->listen();
+    }
 
     QString reason;
     const std::unique_ptr<AccountStore> store = TallyfenApp::openStore(environment, &reason);
