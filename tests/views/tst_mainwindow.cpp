@@ -127,6 +127,34 @@ private slots:
         QCOMPARE(shown.count(), 1);
     }
 
+    void whatWaitsForTheFirstFrameComesOnceAfterIt() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        QSignalSpy painted(&window, &MainWindow::firstPainted);
+        window.show();
+        QCOMPARE(painted.count(), 0);
+        // Drawn: well before the wait for a window that never draws is over.
+        QTRY_COMPARE_WITH_TIMEOUT(painted.count(), 1, 400);
+        window.update();
+        QTest::qWait(50);
+        window.repaint();
+        QTest::qWait(600); // past the wait for a window that never draws
+        QCOMPARE(painted.count(), 1);
+    }
+
+    void aWindowThatNeverDrawsStillGetsWhatWaited() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        QSignalSpy painted(&window, &MainWindow::firstPainted);
+        // Shown, but its frame never drawn (as on a hidden workspace): updates are off.
+        window.setUpdatesEnabled(false);
+        window.show();
+        QCOMPARE(painted.count(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(painted.count(), 1, 2000);
+    }
+
     void menuCommands_data() {
         QTest::addColumn<QString>("title");
         QTest::addColumn<QKeySequence>("shortcut");

@@ -23,6 +23,17 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace {
+// The launcher's icon on the windows too (QIcon::addFile would load every image plugin).
+void setWindowIcon() {
+    QIcon icon;
+    for (const QString& size : {QStringLiteral("32"), QStringLiteral("64"), QStringLiteral("128")}) {
+        icon.addPixmap(QPixmap::fromImage(AppResources::png(QStringLiteral(":/app/icon-%1.png").arg(size))));
+    }
+    QApplication::setWindowIcon(icon);
+}
+} // namespace
+
 int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirstShow) {
     StartupHeap::reserve();
     QApplication app(argc, argv);
@@ -33,12 +44,6 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     Theme::apply(Theme::appearance(QApplication::palette()));
     // The bundled face and icons, so the app reads the same on every machine.
     AppResources::load();
-    // The launcher's icon on the window too (QIcon::addFile would load every image plugin).
-    QIcon icon;
-    for (const QString& size : {QStringLiteral("32"), QStringLiteral("64"), QStringLiteral("128")}) {
-        icon.addPixmap(QPixmap::fromImage(AppResources::png(QStringLiteral(":/app/icon-%1.png").arg(size))));
-    }
-    QApplication::setWindowIcon(icon);
     QGuiApplication::setDesktopFileName(QStringLiteral("com.harrowmere.Tallyfen"));
     if (const QString family = AppResources::fontFamily(); !family.isEmpty()) {
         QFont text(family);
@@ -57,9 +62,6 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     if (claimed == SingleInstance::Outcome::handedOver) {
         return EXIT_SUCCESS;
     }
-    if (instance) {
-        instance->listen();
-    }
 
     QString reason;
     const std::unique_ptr<AccountStore> store = TallyfenApp::openStore(environment, &reason);
@@ -67,9 +69,6 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
         std::fprintf(stderr, "%s\n", qPrintable(TallyfenApp::fatalStoreMessage(reason)));
         return EXIT_FAILURE;
     }
-
-    // A key whose deletion the keychain refused last time goes now, if it lets us.
-    KeychainStore::retryPendingDeletions();
 
     Preferences preferences;
     ContentView content(store.get(), &preferences);
@@ -87,6 +86,16 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
             window.activateWindow();
         });
     }
+    // What the first frame doesn't need waits until it is drawn.
+    QObject::connect(&window, &MainWindow::firstPainted, &window, [guard = instance.get()] {
+        setWindowIcon();
+        // Later launches on this store wait up to a second for this.
+        if (guard) {
+            guard->listen();
+        }
+        // A key whose deletion the keychain refused last time goes now, if it lets us.
+        KeychainStore::retryPendingDeletions();
+    });
     window.show();
     AppActivation::raise(&window);
     return QApplication::exec();

@@ -37,6 +37,9 @@
 namespace {
 // The shortest time between two redraws of changed accounts, in milliseconds.
 constexpr qint64 kFlushInterval = 50;
+// How long a shown window may go without drawing before what waits for its first frame
+// comes anyway, in milliseconds.
+constexpr int kFirstFrameWait = 500;
 const QString kGeometryKey = QStringLiteral("mainWindow/geometry");
 const QString kSplitterKey = QStringLiteral("mainWindow/splitter");
 } // namespace
@@ -238,6 +241,23 @@ void MainWindow::showEvent(QShowEvent* event) {
         m_appeared = true;
         m_content->onAppear();
         Q_EMIT firstShown();
+        QTimer::singleShot(kFirstFrameWait, this, &MainWindow::announceFirstFrame);
+    }
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+    QMainWindow::paintEvent(event);
+    if (!m_painted) {
+        // The window's children are drawn after it in the same pass: when the event loop
+        // next turns, the frame is on the screen.
+        QMetaObject::invokeMethod(this, &MainWindow::announceFirstFrame, Qt::QueuedConnection);
+    }
+}
+
+void MainWindow::announceFirstFrame() {
+    if (!m_painted) {
+        m_painted = true;
+        Q_EMIT firstPainted();
     }
 }
 

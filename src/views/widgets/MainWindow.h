@@ -66,14 +66,19 @@ public:
 signals:
     // Emitted once, after the window was first shown.
     void firstShown();
+    // The first frame is drawn (or half a second has passed since the window was shown
+    // without one: a window opened on a hidden workspace); what it didn't need can come.
+    void firstPainted();
     // The accounts changed since the last redraw have been redrawn.
     void changesDrawn();
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void announceFirstFrame();
     void buildToolbar();
     // Routes the selection to its screen, built afresh.
     void route();
@@ -115,6 +120,7 @@ private:
     TrackerCommands* m_commands = nullptr;
     SettingsView* m_settings = nullptr;
     bool m_appeared = false;
+    bool m_painted = false;
     DetailRoute::Screen m_screen = DetailRoute::Screen::overview;
     // The accounts the detail area shows now, and those changed since the last redraw.
     QSet<QUuid> m_shownIDs;
