@@ -292,6 +292,10 @@ private slots:
         QTRY_VERIFY(toolbarButton(window, QStringLiteral("deleteAccount"))->isVisible());
         QTRY_VERIFY(toolbarButton(window, QStringLiteral("refreshAccount"))->isVisible());
         QTRY_VERIFY(!toolbarButton(window, QStringLiteral("addAccount"))->isVisible());
+        for (const QString& name : {QStringLiteral("refreshAccount"), QStringLiteral("editAccount"),
+                                    QStringLiteral("deleteAccount")}) {
+            QVERIFY2(!toolbarButton(window, name)->icon().isNull(), qPrintable(name));
+        }
 
         // A provider's group is an overview under the provider's name.
         content.setSelection(SidebarSelection::provider(AIProvider::anthropic));
@@ -648,6 +652,7 @@ private slots:
         }
         QVERIFY(clearButton);
         QVERIFY(clearButton->defaultAction()->isVisible());
+        QVERIFY(!clearButton->defaultAction()->icon().isNull()); // drawn with the first letter
         QTest::mouseClick(clearButton, Qt::LeftButton);
         QVERIFY(search->text().isEmpty());
         QVERIFY(!clearButton->defaultAction()->isVisible());

@@ -181,9 +181,15 @@ void MainWindow::buildToolbar() {
     const auto item = [&](const QString& title, const QString& symbol, const QString& name, Tone tone) {
         auto* action = new QAction(title, this);
         action->setObjectName(name);
-        action->setIcon(QIcon(SymbolIcon::pixmap(
-            symbol, tone == Tone::critical ? Theme::colors(tone, look).foreground : Theme::primaryText(look),
-            16, devicePixelRatioF())));
+        const QColor ink =
+            tone == Tone::critical ? Theme::colors(tone, look).foreground : Theme::primaryText(look);
+        if (name == QStringLiteral("addAccount")) {
+            action->setIcon(QIcon(SymbolIcon::pixmap(symbol, ink, 16, devicePixelRatioF())));
+        } else {
+            // The account screen's commands get their icons when that screen first shows
+            // them: most launches show the overview and nothing else.
+            m_pendingIcons.append(PendingIcon{action, symbol, ink});
+        }
         m_toolbar->addAction(action);
         if (auto* button = qobject_cast<QToolButton*>(m_toolbar->widgetForAction(action))) {
             button->setAccessibleName(title);
@@ -225,6 +231,13 @@ void MainWindow::buildToolbar() {
 }
 
 void MainWindow::showToolbarFor(DetailRoute::Screen screen) {
+    if (screen == DetailRoute::Screen::account) {
+        for (const PendingIcon& pending : std::as_const(m_pendingIcons)) {
+            pending.action->setIcon(
+                QIcon(SymbolIcon::pixmap(pending.symbol, pending.color, 16, devicePixelRatioF())));
+        }
+        m_pendingIcons.clear();
+    }
     m_addAction->setVisible(screen == DetailRoute::Screen::overview);
     m_refreshAction->setVisible(screen == DetailRoute::Screen::account);
     m_editAction->setVisible(screen == DetailRoute::Screen::account);

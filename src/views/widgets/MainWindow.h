@@ -4,6 +4,7 @@
 #include "store/ProviderAccount.h"
 #include "views/DetailRoute.h"
 
+#include <QColor>
 #include <QElapsedTimer>
 #include <QMainWindow>
 #include <QPointer>
@@ -113,6 +114,13 @@ private:
     QAction* m_refreshAction = nullptr;
     QAction* m_editAction = nullptr;
     QAction* m_deleteAction = nullptr;
+    // Toolbar icons not drawn yet, and what to draw them with.
+    struct PendingIcon {
+        QAction* action;
+        QString symbol;
+        QColor color;
+    };
+    QList<PendingIcon> m_pendingIcons;
     QPointer<QMessageBox> m_deleteDialog;
     QPointer<QMessageBox> m_sampleClearDialog;
     QPointer<QMessageBox> m_exportFailure;

@@ -34,15 +34,19 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
                         QLineEdit::LeadingPosition);
     // Our own clear button in the bundled symbols: Qt's would look its icon up in the
     // desktop's icon theme, which costs a walk through the theme folders at start.
-    QAction* clearSearch =
-        m_search->addAction(QIcon(SymbolIcon::pixmap(QStringLiteral("xmark.circle.fill"),
-                                                     Theme::secondaryText(look), 14, devicePixelRatioF())),
-                            QLineEdit::TrailingPosition);
+    // Its icon is drawn when it first shows, with the first letter typed.
+    QAction* clearSearch = m_search->addAction(QIcon(), QLineEdit::TrailingPosition);
     clearSearch->setText(QStringLiteral("Clear search"));
     clearSearch->setVisible(false);
     connect(clearSearch, &QAction::triggered, m_search, &QLineEdit::clear);
-    connect(m_search, &QLineEdit::textChanged, this,
-            [clearSearch](const QString& text) { clearSearch->setVisible(!text.isEmpty()); });
+    connect(m_search, &QLineEdit::textChanged, this, [this, clearSearch](const QString& text) {
+        if (!text.isEmpty() && clearSearch->icon().isNull()) {
+            clearSearch->setIcon(QIcon(SymbolIcon::pixmap(QStringLiteral("xmark.circle.fill"),
+                                                          Theme::secondaryText(Theme::appearance(palette())),
+                                                          14, devicePixelRatioF())));
+        }
+        clearSearch->setVisible(!text.isEmpty());
+    });
     connect(m_search, &QLineEdit::textChanged, m_model, &SidebarModel::setSearchText);
     layout->addWidget(m_search);
 
