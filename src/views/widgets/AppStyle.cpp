@@ -3,7 +3,6 @@
 #include "views/widgets/SymbolIcon.h"
 #include "views/widgets/Theme.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QCalendarWidget>
 #include <QComboBox>
@@ -11,9 +10,11 @@
 #include <QMenu>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QStyleFactory>
 #include <QStyleOption>
+#include <QToolButton>
 #include <QWidget>
 
 namespace {
@@ -416,8 +417,8 @@ void AppStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* optio
         return;
     case PE_FrameFocusRect:
         // Buttons, tool buttons and pickers show focus in their border.
-        if (inComboPopup(widget) || qobject_cast<const QAbstractButton*>(widget) ||
-            qobject_cast<const QComboBox*>(widget)) {
+        if (inComboPopup(widget) || qobject_cast<const QPushButton*>(widget) ||
+            qobject_cast<const QToolButton*>(widget) || qobject_cast<const QComboBox*>(widget)) {
             return;
         }
         break;
@@ -490,7 +491,7 @@ void AppStyle::drawControl(ControlElement element, const QStyleOption* option, Q
     case CE_PushButton:
     case CE_PushButtonBevel:
     case CE_PushButtonLabel:
-        drawPushButton(option, painter, widget);
+        drawPushButton(option, painter, widget, element != CE_PushButtonLabel, element != CE_PushButtonBevel);
         return;
     case CE_MenuItem:
         drawMenuItem(option, painter, widget);
@@ -544,13 +545,19 @@ void AppStyle::drawComplexControl(ComplexControl control, const QStyleOptionComp
     QProxyStyle::drawComplexControl(control, option, painter, widget);
 }
 
-void AppStyle::drawPushButton(const QStyleOption* option, QPainter* painter, const QWidget* widget) const {
+void AppStyle::drawPushButton(const QStyleOption* option, QPainter* painter, const QWidget* widget,
+                              bool bevel, bool label) const {
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
     if (!button) {
         return;
     }
     const ButtonLook look = buttonLook(roleOf(widget), inkFor(option->palette), option->state);
-    drawPanel(painter, option->rect, look.fill, look.border, look.borderWidth, Theme::kRadiusSmall);
+    if (bevel) {
+        drawPanel(painter, option->rect, look.fill, look.border, look.borderWidth, Theme::kRadiusSmall);
+    }
+    if (!label) {
+        return;
+    }
 
     const QRect contents = subElementRect(SE_PushButtonContents, option, widget);
     painter->save();

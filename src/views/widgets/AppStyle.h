@@ -36,7 +36,8 @@ public:
                        const QWidget* widget = nullptr) const override;
 
 private:
-    void drawPushButton(const QStyleOption* option, QPainter* painter, const QWidget* widget) const;
+    void drawPushButton(const QStyleOption* option, QPainter* painter, const QWidget* widget, bool bevel,
+                        bool label) const;
     void drawToolButton(const QStyleOptionComplex* option, QPainter* painter, const QWidget* widget) const;
     void drawComboBox(const QStyleOptionComplex* option, QPainter* painter, const QWidget* widget) const;
     void drawScrollBar(const QStyleOptionComplex* option, QPainter* painter, const QWidget* widget) const;
