@@ -77,6 +77,27 @@ void paint(benchmark::State& state, QWidget& page) {
     }
 }
 
+// `page` in a scrolling area seen through a 1200 x 900 viewport, scrolled a screenful at a
+// time from top to bottom and back; each round paints what the window shows.
+void paintThroughAWindow(benchmark::State& state, QWidget* page) {
+    QScrollArea area;
+    area.setWidget(page);
+    area.setWidgetResizable(true);
+    area.resize(1200, 900);
+    area.show();
+    QApplication::processEvents();
+    QScrollBar* bar = area.verticalScrollBar();
+    QPixmap target(area.viewport()->size());
+    int step = bar->pageStep();
+    for (auto _ : state) {
+        if (bar->value() + step > bar->maximum() || bar->value() + step < 0) {
+            step = -step;
+        }
+        bar->setValue(bar->value() + step);
+        area.viewport()->render(&target);
+    }
+}
+
 // Fifty monitoring cards in two columns on `page`, each as of just after its refresh.
 void addFiftyCards(QWidget& page, const std::vector<std::unique_ptr<ProviderAccount>>& accounts) {
     auto* grid = new QGridLayout(&page);
@@ -98,28 +119,12 @@ void paintFiftyMonitoringCards(benchmark::State& state) {
 }
 BENCHMARK(paintFiftyMonitoringCards)->Unit(benchmark::kMillisecond);
 
-// What a window repaints: the same fifty cards in a scrolling page, seen through a
-// 1200 x 900 viewport, scrolled a screenful at a time from top to bottom and back.
+// What a window repaints: the same fifty cards.
 void paintFiftyMonitoringCardsThroughAWindow(benchmark::State& state) {
     const auto accounts = fiftyAccounts();
-    QScrollArea area;
     auto* page = new QWidget;
     addFiftyCards(*page, accounts);
-    area.setWidget(page);
-    area.setWidgetResizable(true);
-    area.resize(1200, 900);
-    area.show();
-    QApplication::processEvents();
-    QScrollBar* bar = area.verticalScrollBar();
-    QPixmap target(area.viewport()->size());
-    int step = bar->pageStep();
-    for (auto _ : state) {
-        if (bar->value() + step > bar->maximum() || bar->value() + step < 0) {
-            step = -step;
-        }
-        bar->setValue(bar->value() + step);
-        area.viewport()->render(&target);
-    }
+    paintThroughAWindow(state, page);
 }
 BENCHMARK(paintFiftyMonitoringCardsThroughAWindow)->Unit(benchmark::kMillisecond);
 
@@ -145,26 +150,10 @@ QList<MatrixRowContent> fiftyMatrixRows(const std::vector<std::unique_ptr<Provid
     return rows;
 }
 
-// What a window repaints: the 50-row matrix seen through a 1200 x 900 viewport, scrolled
-// a screenful at a time from top to bottom and back.
+// What a window repaints: the 50-row matrix.
 void paintMatrixOfFiftyRowsThroughAWindow(benchmark::State& state) {
     const auto accounts = fiftyAccounts();
-    QScrollArea area;
-    area.setWidget(new SubscriptionMatrixWidget(fiftyMatrixRows(accounts)));
-    area.setWidgetResizable(true);
-    area.resize(1200, 900);
-    area.show();
-    QApplication::processEvents();
-    QScrollBar* bar = area.verticalScrollBar();
-    QPixmap target(area.viewport()->size());
-    int step = bar->pageStep();
-    for (auto _ : state) {
-        if (bar->value() + step > bar->maximum() || bar->value() + step < 0) {
-            step = -step;
-        }
-        bar->setValue(bar->value() + step);
-        area.viewport()->render(&target);
-    }
+    paintThroughAWindow(state, new SubscriptionMatrixWidget(fiftyMatrixRows(accounts)));
 }
 BENCHMARK(paintMatrixOfFiftyRowsThroughAWindow)->Unit(benchmark::kMillisecond);
 
