@@ -62,12 +62,11 @@ QList<UsageWindow> windowsFor(AIProvider provider, double j, Timestamp now) {
 }
 
 // `now` moved by `days` in the user's calendar, keeping the wall-clock time; `now`
-// itself for zero days, to the bit.
-Timestamp daysFrom(Timestamp now, int days) {
+// itself for zero days, to the bit. `local` is `now` in the user's time zone.
+Timestamp daysFrom(Timestamp now, const QDateTime& local, int days) {
     if (days == 0) {
         return now;
     }
-    const QDateTime local = now.toDateTime();
     const QDateTime moved = local.addDays(days);
     if (!moved.isValid()) {
         return now;
@@ -77,9 +76,13 @@ Timestamp daysFrom(Timestamp now, int days) {
 
 QList<UsagePoint> series(const UsageWindow& source, Timestamp now, double start, double extra) {
     const double base = source.used.value_or(0.0);
+    // Converted once: the time zone lookup is the dearest part, and a storm of sample
+    // refreshes makes many of these.
+    const QDateTime local = now.toDateTime();
     QList<UsagePoint> points;
+    points.reserve(8);
     for (int i = 0; i <= 7; ++i) {
-        points.append(UsagePoint{.date = daysFrom(now, i - 7),
+        points.append(UsagePoint{.date = daysFrom(now, local, i - 7),
                                  .value = std::max(base * (start + i * 0.07) + extra, 0.0),
                                  .unit = source.unit});
     }
