@@ -143,6 +143,51 @@ private slots:
         QVERIFY(!reopened->accounts().at(0)->agentCount().has_value());
     }
 
+    void labelsOfEveryScriptAndLengthReadBack_data() {
+        QTest::addColumn<QString>("encoding");
+        QTest::newRow("a file in UTF-8, as this program makes them") << QStringLiteral("UTF-8");
+        QTest::newRow("a file in UTF-16, as another program may") << QStringLiteral("UTF-16le");
+    }
+    void labelsOfEveryScriptAndLengthReadBack() {
+        QFETCH(QString, encoding);
+        {
+            // The encoding is fixed by the first thing written to a file.
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("maker"));
+            db.setDatabaseName(m_path);
+            QVERIFY(db.open());
+            QSqlQuery(QStringLiteral("PRAGMA encoding = '%1'").arg(encoding), db);
+            QSqlQuery(QStringLiteral("CREATE TABLE scratch (x)"), db);
+            QSqlQuery(QStringLiteral("DROP TABLE scratch"), db);
+            QSqlQuery check(QStringLiteral("PRAGMA encoding"), db);
+            QVERIFY(check.next());
+            QCOMPARE(check.value(0).toString(), encoding);
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("maker"));
+        // Accents, a combining mark, CJK, an emoji (a surrogate pair), then a long tail.
+        const QString mixed = QStringLiteral("Équipe e\u0301 東京 🙂 ");
+        const QString label = mixed + QString(200'000, u'w') + mixed;
+        ProviderAccountRow row = sparseRow();
+        row.label = label;
+        ProviderAccountRow empty = sparseRow();
+        empty.id = QUuid::createUuid();
+        empty.label = QString();
+        empty.createdAt = Timestamp(5);
+        {
+            QString error;
+            auto store = AccountStore::open(m_path, &error);
+            QVERIFY2(store, qPrintable(error));
+            store->insert(new ProviderAccount(row));
+            store->insert(new ProviderAccount(empty));
+            QVERIFY(store->save());
+        }
+        QString error;
+        auto reopened = AccountStore::open(m_path, &error);
+        QVERIFY2(reopened, qPrintable(error));
+        QCOMPARE(reopened->account(row.id)->label(), label);
+        QCOMPARE(reopened->account(empty.id)->label(), QString());
+    }
+
     void historiesAreReadOnlyWhenAskedFor() {
         const ProviderAccountRow full = fullRow();
         QVERIFY(storeRows({full}));
