@@ -299,8 +299,8 @@ QSize AppStyle::sizeFromContents(ContentsType type, const QStyleOption* option, 
         if (item->menuItemType == QStyleOptionMenuItem::SubMenu) {
             width += kMenuMarkSize;
         }
-        if (iconRoom(item, widget) > 0) {
-            width += iconRoom(item, widget) + kMenuPadding;
+        if (const int room = iconRoom(item, widget); room > 0) {
+            width += room + kMenuPadding;
         }
         // A picker's list hands over its own size, not its text's: the line is measured here.
         const int line = qMax(QFontMetrics(item->font).height(), kMenuMarkSize);

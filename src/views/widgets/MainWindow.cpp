@@ -178,16 +178,17 @@ void MainWindow::buildToolbar() {
     m_toolbar->addWidget(spacer);
 
     const Theme::Appearance look = Theme::appearance(palette());
-    const auto item = [&](const QString& title, const QString& symbol, const QString& name, Tone tone) {
+    // An item shown at launch gets its icon now; the account screen's commands get theirs
+    // when that screen first shows them: most launches show the overview and nothing else.
+    const auto item = [&](const QString& title, const QString& symbol, const QString& name, Tone tone,
+                          bool shownAtLaunch) {
         auto* action = new QAction(title, this);
         action->setObjectName(name);
         const QColor ink =
             tone == Tone::critical ? Theme::colors(tone, look).foreground : Theme::primaryText(look);
-        if (name == QStringLiteral("addAccount")) {
+        if (shownAtLaunch) {
             action->setIcon(QIcon(SymbolIcon::pixmap(symbol, ink, 16, devicePixelRatioF())));
         } else {
-            // The account screen's commands get their icons when that screen first shows
-            // them: most launches show the overview and nothing else.
             m_pendingIcons.append(PendingIcon{action, symbol, ink});
         }
         m_toolbar->addAction(action);
@@ -203,26 +204,27 @@ void MainWindow::buildToolbar() {
         return action;
     };
     const DetailRoute::ToolbarItem add = DetailRoute::addAccountItem();
-    m_addAction = item(add.title, add.symbol, QStringLiteral("addAccount"), Tone::accent);
+    m_addAction = item(add.title, add.symbol, QStringLiteral("addAccount"), Tone::accent, true);
     connect(m_addAction, &QAction::triggered, this,
             [this] { m_content->setEditorState(EditorState::newAccount()); });
     const AccountDetailView::Toolbar commands = AccountDetailView::toolbar(false);
-    m_refreshAction =
-        item(commands.refreshTitle, commands.refreshIcon, QStringLiteral("refreshAccount"), Tone::accent);
+    m_refreshAction = item(commands.refreshTitle, commands.refreshIcon, QStringLiteral("refreshAccount"),
+                           Tone::accent, false);
     connect(m_refreshAction, &QAction::triggered, this, [this] {
         if (ProviderAccount* account = m_detail ? m_detail->account() : nullptr) {
             m_content->refresh(account);
         }
     });
-    m_editAction =
-        item(commands.editTitle, QStringLiteral("pencil"), QStringLiteral("editAccount"), Tone::accent);
+    m_editAction = item(commands.editTitle, QStringLiteral("pencil"), QStringLiteral("editAccount"),
+                        Tone::accent, false);
     connect(m_editAction, &QAction::triggered, this, [this] {
         if (ProviderAccount* account = m_detail ? m_detail->account() : nullptr) {
             m_content->setEditorState(EditorState::edit(account->id()));
         }
     });
     const DetailRoute::ToolbarItem remove = DetailRoute::deleteAccountItem();
-    m_deleteAction = item(remove.title, remove.symbol, QStringLiteral("deleteAccount"), Tone::critical);
+    m_deleteAction =
+        item(remove.title, remove.symbol, QStringLiteral("deleteAccount"), Tone::critical, false);
     connect(m_deleteAction, &QAction::triggered, this, [this] {
         if (const auto id = m_content->selection().accountID()) {
             m_content->requestDelete(*id);
