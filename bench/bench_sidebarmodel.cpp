@@ -64,7 +64,7 @@ BENCHMARK(oneFieldChange)->Unit(benchmark::kMicrosecond);
 void heartbeatTick(benchmark::State& state) {
     Workspace workspace(200);
     for (auto _ : state) {
-        workspace.content->tick(Timestamp(1e9 + 60));
+        workspace.content->engine().tick(Timestamp(1e9 + 60));
     }
 }
 BENCHMARK(heartbeatTick)->Unit(benchmark::kMicrosecond);

@@ -1,20 +1,139 @@
 #include "core/AccountLifecycle.h"
 
+#include "core/AccountLabel.h"
 #include "model/Clock.h"
-#include "onboarding/OnboardingDraft.h"
+#include "model/UuidText.h"
 #include "providers/MockDataFactory.h"
+#include "services/CredentialLifecycle.h"
+#include "services/KeychainError.h"
 #include "services/KeychainStore.h"
 
 #include <array>
+
+namespace {
+// How each flow names the windows it makes.
+struct ManualVocabulary {
+    QString shortID;
+    QString shortTitle;
+    QString weeklyID;
+    QString weeklyTitle;
+    QString oneWindowWarning;
+};
+
+const ManualVocabulary& vocabulary(AccountLifecycle::ManualWording wording) {
+    static const ManualVocabulary onboarding{QStringLiteral("onboarding-short"),
+                                             QStringLiteral(" / current window"),
+                                             QStringLiteral("onboarding-weekly"), QStringLiteral(" / weekly"),
+                                             QStringLiteral("Only one manual window is configured.")};
+    static const ManualVocabulary editor{QStringLiteral("manual-short"), QStringLiteral(" / short term"),
+                                         QStringLiteral("manual-weekly"), QStringLiteral(" / weekly"),
+                                         QStringLiteral("Only one manual horizon is configured.")};
+    return wording == AccountLifecycle::ManualWording::onboarding ? onboarding : editor;
+}
+
+QString resetNote(const ManualHorizonDraft& horizon, AccountLifecycle::ManualWording wording) {
+    if (wording == AccountLifecycle::ManualWording::onboarding) {
+        return AccountLifecycle::manualResetNote(horizon.resetMode);
+    }
+    return horizon.resetAt ? QStringLiteral("Manual value")
+                           : QStringLiteral("Manual value · reset not provided");
+}
+
+void setStatus(ProviderAccount& account, SyncStatus status, const QString& message) {
+    account.setSyncStatus(status);
+    account.setSyncMessage(message);
+}
+
+// A snapshot the account now shows and records, taken at `refreshedAt`.
+void start(ProviderAccount& account, const UsageSnapshot& snapshot, Timestamp refreshedAt) {
+    account.setSnapshot(snapshot);
+    account.record(snapshot);
+    account.setLastRefreshAt(refreshedAt);
+}
+
+// The snapshot, its history and the moment of the last refresh go.
+void forgetData(ProviderAccount& account) {
+    account.setSnapshot(std::nullopt);
+    account.setSnapshotHistoryData(std::nullopt);
+    account.setLastRefreshAt(std::nullopt);
+}
+
+void loadSample(ProviderAccount& account, Timestamp now) {
+    start(account, MockDataFactory::snapshot(account, now), now);
+    setStatus(account, SyncStatus::current, QStringLiteral("Sample snapshot loaded locally"));
+}
+
+const QString kSignedOut =
+    QStringLiteral("Signed out — enter manual limits or reconnect an official API key");
+} // namespace
 
 AccountLifecycle::AccountLifecycle(AccountStore* store, Preferences* preferences)
     : m_store(store)
     , m_preferences(preferences) {}
 
-std::optional<QUuid> AccountLifecycle::createOnboardingAccount(const OnboardingDraft& draft) {
+// ---- what an account is made of ----
+
+QString AccountLifecycle::manualResetNote(OnboardingResetMode mode) {
+    switch (mode.value()) {
+    case OnboardingResetMode::later:
+        return QStringLiteral("Operator-entered · reset to add later");
+    case OnboardingResetMode::notProvided:
+        return QStringLiteral("Operator-entered · reset not provided");
+    case OnboardingResetMode::setTime:
+        return QStringLiteral("Operator-entered");
+    }
+    Q_UNREACHABLE();
+    return QString();
+}
+
+QList<UsageWindow> AccountLifecycle::manualWindows(const AccountDraft& draft, ManualWording wording) {
+    const ManualVocabulary& words = vocabulary(wording);
+    const QString unitTitle = draft.manualUnit.capitalizedTitle();
+    QList<UsageWindow> windows;
+    const auto add = [&](const ManualHorizonDraft& horizon, const QString& id, const QString& title,
+                         UsageHorizon kind) {
+        if (!horizon.used || !horizon.limit) {
+            return;
+        }
+        windows.append(UsageWindow{.id = id,
+                                   .title = unitTitle + title,
+                                   .unit = draft.manualUnit,
+                                   .horizon = kind,
+                                   .used = horizon.used,
+                                   .limit = horizon.limit,
+                                   .resetAt = horizon.resetAt,
+                                   .note = resetNote(horizon, wording)});
+    };
+    add(draft.shortTerm, words.shortID, words.shortTitle, UsageHorizon::shortTerm);
+    add(draft.weekly, words.weeklyID, words.weeklyTitle, UsageHorizon::weekly);
+    return windows;
+}
+
+UsageSnapshot AccountLifecycle::manualSnapshot(const QList<UsageWindow>& windows, Timestamp now,
+                                               ManualWording wording) {
+    const UsageWindow& first = windows.first();
+    return UsageSnapshot{
+        .source = UsageSource::manual,
+        .capturedAt = now,
+        .windows = windows,
+        .history = {UsagePoint{.date = now, .value = first.used.value_or(0.0), .unit = first.unit}},
+        .warnings = windows.size() == 1 ? QStringList{vocabulary(wording).oneWindowWarning} : QStringList{}};
+}
+
+QString AccountLifecycle::providerPageMessage() {
+    return QStringLiteral("Provider page opened for reference — choose Manual tracking to monitor limits");
+}
+
+std::optional<QString> AccountLifecycle::storedKey(const ProviderAccount& account) {
+    return KeychainStore::read(account.secretReference());
+}
+
+// ---- creating ----
+
+std::optional<QUuid> AccountLifecycle::createOnboardingAccount(const AccountDraft& draft) {
     auto* account = new ProviderAccount(
         ProviderAccount::Init{.provider = draft.provider,
-                              .label = draft.normalizedLabel(),
+                              .label = AccountLabel::normalized(draft.label, draft.provider),
                               .accountKind = draft.accountKind,
                               .planName = QString(),
                               .connectionMode = draft.connectionMode,
@@ -33,67 +152,40 @@ std::optional<QUuid> AccountLifecycle::createOnboardingAccount(const OnboardingD
         }
     }
 
-    const auto finish = [account](SyncStatus status, const QString& message) {
-        account->setSyncStatus(status);
-        account->setSyncMessage(message);
-    };
-    const auto start = [account](const UsageSnapshot& snapshot, Timestamp refreshedAt) {
-        account->setSnapshot(snapshot);
-        account->record(snapshot);
-        account->setLastRefreshAt(refreshedAt);
-    };
     const Timestamp now = Clock::now();
+    account->setSampleDataEnabled(draft.connectionMode == ConnectionMode::mock);
     switch (draft.connectionMode.value()) {
     case ConnectionMode::mock:
-        account->setSampleDataEnabled(true);
-        start(MockDataFactory::snapshot(*account, now), now);
-        finish(SyncStatus::current, QStringLiteral("Sample snapshot loaded locally"));
+        loadSample(*account, now);
         break;
     case ConnectionMode::manual: {
-        account->setSampleDataEnabled(false);
         const QList<UsageWindow> windows = onboardingManualWindows(draft);
         if (windows.isEmpty()) {
-            finish(SyncStatus::needsAttention,
-                   QStringLiteral("Add a limit from Edit Subscription when you’re ready"));
+            setStatus(*account, SyncStatus::needsAttention,
+                      QStringLiteral("Add a limit from Edit Subscription when you’re ready"));
             break;
         }
-        const UsageWindow& first = windows.first();
-        start(
-            UsageSnapshot{
-                .source = UsageSource::manual,
-                .capturedAt = now,
-                .windows = windows,
-                .history = {UsagePoint{.date = now, .value = first.used.value_or(0.0), .unit = first.unit}},
-                .warnings = windows.size() == 1
-                                ? QStringList{QStringLiteral("Only one manual window is configured.")}
-                                : QStringList{}},
-            now);
+        start(*account, manualSnapshot(windows, now, ManualWording::onboarding), now);
         if (windows.size() == 1) {
-            finish(SyncStatus::partial, QStringLiteral("One manual window is being tracked"));
+            setStatus(*account, SyncStatus::partial, QStringLiteral("One manual window is being tracked"));
         } else {
-            finish(SyncStatus::current, QStringLiteral("Manual limits saved"));
+            setStatus(*account, SyncStatus::current, QStringLiteral("Manual limits saved"));
         }
         break;
     }
-    case ConnectionMode::apiKey: {
-        account->setSampleDataEnabled(false);
-        const std::optional<UsageSnapshot> initial =
-            draft.connectionMetadata ? draft.connectionMetadata->initialSnapshot() : std::nullopt;
-        if (initial) {
-            start(*initial, initial->capturedAt);
-            finish(SyncStatus::partial,
-                   QStringLiteral("Connected — caps detected; refresh for current usage"));
+    case ConnectionMode::apiKey:
+        if (const std::optional<UsageSnapshot> initial =
+                draft.connectionMetadata ? draft.connectionMetadata->initialSnapshot() : std::nullopt) {
+            start(*account, *initial, initial->capturedAt);
+            setStatus(*account, SyncStatus::partial,
+                      QStringLiteral("Connected — caps detected; refresh for current usage"));
         } else {
-            finish(SyncStatus::needsAttention,
-                   QStringLiteral("Key verified — press Refresh for the first usage signal"));
+            setStatus(*account, SyncStatus::needsAttention,
+                      QStringLiteral("Key verified — press Refresh for the first usage signal"));
         }
         break;
-    }
     case ConnectionMode::browser:
-        account->setSampleDataEnabled(false);
-        finish(
-            SyncStatus::needsAttention,
-            QStringLiteral("Provider page opened for reference — choose Manual tracking to monitor limits"));
+        setStatus(*account, SyncStatus::needsAttention, providerPageMessage());
         break;
     }
 
@@ -107,45 +199,6 @@ std::optional<QUuid> AccountLifecycle::createOnboardingAccount(const OnboardingD
         return std::nullopt;
     }
     return account->id();
-}
-
-QString AccountLifecycle::manualResetNote(OnboardingResetMode mode) {
-    switch (mode.value()) {
-    case OnboardingResetMode::later:
-        return QStringLiteral("Operator-entered · reset to add later");
-    case OnboardingResetMode::notProvided:
-        return QStringLiteral("Operator-entered · reset not provided");
-    case OnboardingResetMode::setTime:
-        return QStringLiteral("Operator-entered");
-    }
-    Q_UNREACHABLE();
-    return QString();
-}
-
-QList<UsageWindow> AccountLifecycle::onboardingManualWindows(const OnboardingDraft& draft) {
-    const QString unitTitle = draft.manualUnit.capitalizedTitle();
-    QList<UsageWindow> windows;
-    if (draft.manualShortUsed && draft.manualShortLimit) {
-        windows.append(UsageWindow{.id = QStringLiteral("onboarding-short"),
-                                   .title = unitTitle + QStringLiteral(" / current window"),
-                                   .unit = draft.manualUnit,
-                                   .horizon = UsageHorizon::shortTerm,
-                                   .used = draft.manualShortUsed,
-                                   .limit = draft.manualShortLimit,
-                                   .resetAt = draft.shortResetAt(),
-                                   .note = manualResetNote(draft.manualShortResetMode)});
-    }
-    if (draft.manualWeeklyUsed && draft.manualWeeklyLimit) {
-        windows.append(UsageWindow{.id = QStringLiteral("onboarding-weekly"),
-                                   .title = unitTitle + QStringLiteral(" / weekly"),
-                                   .unit = draft.manualUnit,
-                                   .horizon = UsageHorizon::weekly,
-                                   .used = draft.manualWeeklyUsed,
-                                   .limit = draft.manualWeeklyLimit,
-                                   .resetAt = draft.weeklyResetAt(),
-                                   .note = manualResetNote(draft.manualWeeklyResetMode)});
-    }
-    return windows;
 }
 
 void AccountLifecycle::createDemoAccounts() {
@@ -173,14 +226,149 @@ void AccountLifecycle::createDemoAccounts() {
         // No recorded history for seeded accounts: only the snapshot itself.
         account->setSnapshot(MockDataFactory::snapshot(*account, now));
         account->setLastRefreshAt(now);
-        account->setSyncStatus(SyncStatus::current);
-        account->setSyncMessage(QStringLiteral("Sample snapshot loaded locally"));
+        setStatus(*account, SyncStatus::current, QStringLiteral("Sample snapshot loaded locally"));
         m_store->insert(account);
     }
     if (!m_store->save()) {
         return;
     }
     m_preferences->setDidSeedSampleAccounts(true);
+}
+
+// ---- the editor's save ----
+
+AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDraft& draft,
+                                                                 ProviderAccount* existing,
+                                                                 ProviderAccount* pending) {
+    const Timestamp now = Clock::now();
+    const QString finalLabel = AccountLabel::normalized(draft.label, draft.provider);
+    const ConnectionMode mode = draft.connectionMode;
+    const bool usesLiveMode = mode == ConnectionMode::apiKey || mode == ConnectionMode::browser;
+    const bool sampleRequest = draft.sampleDataEnabled;
+    const bool effectiveSample = !usesLiveMode && (sampleRequest || mode == ConnectionMode::mock);
+
+    ProviderAccount* target = existing ? existing : pending;
+    const QUuid newID = QUuid::createUuid();
+    const QString secretReference = target ? target->secretReference() : UuidText::toText(newID);
+    if (!draft.apiKey.isEmpty()) {
+        try {
+            KeychainStore::save(draft.apiKey, secretReference);
+        } catch (const KeychainError&) {
+            return EditorSave{.account = target,
+                              .refusal = QStringLiteral("The credential could not be saved in Keychain.")};
+        }
+    }
+
+    const bool isNewRecord = !existing;
+    if (!target) {
+        target =
+            new ProviderAccount(ProviderAccount::Init{.id = newID,
+                                                      .provider = draft.provider,
+                                                      .label = finalLabel,
+                                                      .accountKind = draft.accountKind,
+                                                      .connectionMode = mode,
+                                                      .sampleDataEnabled = !usesLiveMode && sampleRequest});
+        m_store->insert(target);
+    }
+    const bool providerChanged = !isNewRecord && target->provider() != draft.provider;
+    const bool modeChanged = !isNewRecord && target->connectionMode() != mode;
+    if (providerChanged || modeChanged) {
+        // The connection's identity changed: the old data no longer belongs to it.
+        forgetData(*target);
+        target->setDetectedMetadata(std::nullopt);
+        setStatus(
+            *target, SyncStatus::needsAttention,
+            QStringLiteral("Connection changed; refresh this subscription to establish a new snapshot"));
+        // A key typed in this sheet was stored above, in the old one's place.
+        if (draft.apiKey.isEmpty() &&
+            CredentialLifecycle::shouldDeleteCredential(target->connectionMode(), mode, providerChanged)) {
+            KeychainStore::deleteItem(target->secretReference());
+        }
+    }
+    target->setProvider(draft.provider);
+    target->setLabel(finalLabel);
+    target->setAccountKind(draft.accountKind);
+    target->setPlanName(draft.planName.trimmed());
+    if ((!providerChanged && !modeChanged) || usesLiveMode) {
+        target->applyDetectedMetadata(draft.connectionMetadata);
+    }
+    target->setIdentityDetail(draft.identityDetail.trimmed());
+    target->setModelScope(draft.modelScope.trimmed());
+    target->setAgentScope(draft.agentScope.trimmed());
+    target->setAgentRosterText(draft.agentRosterText.trimmed());
+    target->setAgentBudgets(draft.agentBudgets);
+    target->setAgentCount(qMax<qint64>(0, draft.agentCount));
+    target->setRenewalDate(draft.renewalDate);
+    target->setConnectionMode(mode);
+    target->setSampleDataEnabled(effectiveSample);
+    // Leaving sample mode clears the sample data.
+    if (!effectiveSample && mode != ConnectionMode::mock &&
+        (sampleRequest || providerChanged || modeChanged)) {
+        forgetData(*target);
+    }
+
+    if (effectiveSample || mode == ConnectionMode::mock) {
+        loadSample(*target, now);
+    } else if (mode == ConnectionMode::manual) {
+        const QList<UsageWindow> windows = manualWindows(draft, ManualWording::editor);
+        if (windows.isEmpty()) {
+            forgetData(*target);
+            setStatus(*target, SyncStatus::needsAttention,
+                      QStringLiteral("Add at least one manual short-term or weekly allowance"));
+        } else {
+            start(*target, manualSnapshot(windows, now, ManualWording::editor), now);
+            if (windows.size() == 1) {
+                setStatus(*target, SyncStatus::partial,
+                          QStringLiteral("Manual short-term or weekly allowance updated"));
+            } else {
+                setStatus(*target, SyncStatus::current, QStringLiteral("Manual allowances updated"));
+            }
+        }
+    } else if (mode == ConnectionMode::browser) {
+        setStatus(*target, SyncStatus::needsAttention, providerPageMessage());
+    } else {
+        // Every save of an official API account waits for its next refresh to be current.
+        setStatus(*target, SyncStatus::needsAttention,
+                  QStringLiteral("Add a manual allowance or refresh with an official API connection"));
+    }
+
+    if (!m_store->save()) {
+        return EditorSave{.account = target,
+                          .refusal = QStringLiteral("The account could not be saved locally.")};
+    }
+    return EditorSave{.account = target, .saved = true};
+}
+
+void AccountLifecycle::discardUnsavedAccount(ProviderAccount* account) {
+    if (!account) {
+        return;
+    }
+    KeychainStore::deleteItem(account->secretReference());
+    m_store->remove(account);
+}
+
+// ---- signing out and removing ----
+
+void AccountLifecycle::logout(ProviderAccount* account) {
+    if (!account) {
+        return;
+    }
+    KeychainStore::deleteItem(account->secretReference());
+    account->setSampleDataEnabled(false);
+    account->setDetectedMetadata(std::nullopt);
+    account->setConnectionMode(ConnectionMode::manual);
+    setStatus(*account, SyncStatus::needsAttention, kSignedOut);
+    (void)m_store->save();
+}
+
+void AccountLifecycle::logoutConnection(ProviderAccount* account) {
+    if (!account) {
+        return;
+    }
+    KeychainStore::deleteItem(account->secretReference());
+    account->setDetectedMetadata(std::nullopt);
+    setStatus(*account, SyncStatus::needsAttention, kSignedOut);
+    (void)m_store->save();
 }
 
 bool AccountLifecycle::deleteAccount(const QUuid& id) {
@@ -212,20 +400,6 @@ bool AccountLifecycle::clearSampleData() {
     return true;
 }
 
-void AccountLifecycle::logout(ProviderAccount* account) {
-    if (!account) {
-        return;
-    }
-    KeychainStore::deleteItem(account->secretReference());
-    account->setSampleDataEnabled(false);
-    account->setDetectedMetadata(std::nullopt);
-    account->setConnectionMode(ConnectionMode::manual);
-    account->setSyncStatus(SyncStatus::needsAttention);
-    account->setSyncMessage(
-        QStringLiteral("Signed out — enter manual limits or reconnect an official API key"));
-    (void)m_store->save();
-}
-
 void AccountLifecycle::migrateLegacyBrowserConnections() {
     QList<ProviderAccount*> legacy;
     for (ProviderAccount* account : m_store->accounts()) {
@@ -242,8 +416,8 @@ void AccountLifecycle::migrateLegacyBrowserConnections() {
         account->setIdentityDetail(QString());
         account->setModelScope(QString());
         account->setSampleDataEnabled(false);
-        account->setSyncStatus(SyncStatus::needsAttention);
-        account->setSyncMessage(
+        setStatus(
+            *account, SyncStatus::needsAttention,
             QStringLiteral("Legacy provider link removed — enter manual limits to monitor this account"));
     }
     (void)m_store->save();

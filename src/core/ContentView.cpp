@@ -1,18 +1,11 @@
 #include "core/ContentView.h"
 
+#include "core/AccountLabel.h"
 #include "core/CommandCenter.h"
 #include "model/Clock.h"
-#include "onboarding/OnboardingResetMode.h"
 #include "services/NotificationService.h"
 
-#include <QLocale>
 #include <QTimer>
-
-namespace {
-QString comparableLabel(const QString& label) {
-    return QLocale().toLower(label.trimmed());
-}
-} // namespace
 
 ContentView::ContentView(AccountStore* store, Preferences* preferences, QObject* parent)
     : QObject(parent)
@@ -62,10 +55,10 @@ void ContentView::setShowSampleClearConfirmation(bool shown) {
 }
 
 void ContentView::onAppear() {
-    migrateLegacyBrowserConnections();
+    m_lifecycle.migrateLegacyBrowserConnections();
     const Timestamp now = Clock::now();
     if (m_preferences->thresholdNotificationsEnabled()) {
-        requestNotificationPermission();
+        NotificationService::requestAuthorization();
     }
     if (accounts().isEmpty() && !m_preferences->onboardingCompleted()) {
         // On the next turn of the event loop, once the window is up.
@@ -144,30 +137,22 @@ QStringList ContentView::existingLabels() const {
 }
 
 bool ContentView::labelExists(const QString& candidate) const {
-    const QString wanted = comparableLabel(candidate);
+    const QString wanted = AccountLabel::comparable(candidate);
     for (const ProviderAccount* account : accounts()) {
-        if (comparableLabel(account->displayName()) == wanted) {
+        if (AccountLabel::comparable(account->displayName()) == wanted) {
             return true;
         }
     }
     return false;
 }
 
-bool ContentView::createOnboardingAccount(const OnboardingDraft& draft) {
+bool ContentView::createOnboardingAccount(const AccountDraft& draft) {
     const std::optional<QUuid> created = m_lifecycle.createOnboardingAccount(draft);
     if (!created) {
         return false;
     }
     setSelection(SidebarSelection::account(*created));
     return true;
-}
-
-QList<UsageWindow> ContentView::onboardingManualWindows(const OnboardingDraft& draft) {
-    return AccountLifecycle::onboardingManualWindows(draft);
-}
-
-QString ContentView::manualResetNote(OnboardingResetMode mode) {
-    return AccountLifecycle::manualResetNote(mode);
 }
 
 void ContentView::deleteSelectedAccount() {
@@ -192,13 +177,9 @@ void ContentView::editorDidSave(const EditorState& state) {
     }
 }
 
-void ContentView::requestNotificationPermission() {
-    NotificationService::requestAuthorization();
-}
-
 void ContentView::onPreferenceChanged(const QString& key) {
     if (key == Preferences::kThresholdNotificationsEnabled &&
         m_preferences->thresholdNotificationsEnabled()) {
-        requestNotificationPermission();
+        NotificationService::requestAuthorization();
     }
 }

@@ -15,9 +15,6 @@
 
 #include <optional>
 
-struct OnboardingDraft;
-class OnboardingResetMode;
-
 // The controller of the running application: the live list of accounts, what is
 // selected, which sheet or dialog is up, and (through its refresh engine) which
 // accounts are refreshing or were already notified, and the heartbeat. Screens read
@@ -33,9 +30,6 @@ class ContentView final : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr int kHeartbeatMilliseconds = RefreshEngine::kHeartbeatMilliseconds;
-    using ProviderMaker = RefreshEngine::ProviderMaker;
-
     ContentView(AccountStore* store, Preferences* preferences, QObject* parent = nullptr);
 
     AccountStore* store() const noexcept { return m_store; }
@@ -53,25 +47,26 @@ public:
     bool showSampleClearConfirmation() const noexcept { return m_showSampleClearConfirmation; }
     void setShowSampleClearConfirmation(bool shown);
 
-    // ---- the refresh engine's state ----
+    // The parts it runs: refreshing and the heartbeat, and what happens to accounts as a
+    // whole. Screens call the controller; tests and tools may reach the parts directly.
+    RefreshEngine& engine() noexcept { return m_engine; }
+    const RefreshEngine& engine() const noexcept { return m_engine; }
+    AccountLifecycle& lifecycle() noexcept { return m_lifecycle; }
+
+    // Accounts with a refresh in flight.
     const QSet<QUuid>& refreshingIDs() const noexcept { return m_engine.refreshingIDs(); }
-    Timestamp heartbeat() const noexcept { return m_engine.heartbeat(); }
-    Timestamp lastAutoRefreshAt() const noexcept { return m_engine.lastAutoRefreshAt(); }
-    const QSet<QUuid>& notifiedUrgentIDs() const noexcept { return m_engine.notifiedUrgentIDs(); }
-    const QTimer& heartbeatTimer() const noexcept { return m_engine.heartbeatTimer(); }
-    QTimer& heartbeatTimer() noexcept { return m_engine.heartbeatTimer(); }
 
     // The first appearance of the main screen: the launch steps, then the heartbeat.
     void onAppear();
-    // One beat of the heartbeat, at `now`.
-    void tick(Timestamp now) { m_engine.tick(now); }
-    // A named in-process notification from the menu commands.
-    void handleCommand(const QString& name);
 
     // Presents the delete dialog for one account.
     void requestDelete(const QUuid& id);
     // The accounts that "Refresh Usage" refreshes for the present selection.
     QList<ProviderAccount*> accountsForSelection() const;
+    // Starts one refresh unless one is in flight for the account; returns at once.
+    void refresh(ProviderAccount* account) { m_engine.refresh(account); }
+    // Refreshes every account of the present selection.
+    void refreshSelection() { m_engine.refresh(accountsForSelection()); }
 
     // Onboarding sheet wiring.
     void finishOnboarding();
@@ -79,36 +74,20 @@ public:
     QStringList existingLabels() const;
     bool labelExists(const QString& candidate) const;
 
-    // ---- refreshing ----
-    // Starts one refresh unless one is in flight for the account; returns at once.
-    void refresh(ProviderAccount* account) { m_engine.refresh(account); }
-    void refreshAllAccounts() { m_engine.refreshAllAccounts(); }
-    // Refreshes every account of the present selection.
-    void refreshSelection() { m_engine.refresh(accountsForSelection()); }
-    static SyncStatus status(const UsageProviderError& error) { return RefreshEngine::status(error); }
-    static DateInterval queryRange(Timestamp now) { return RefreshEngine::queryRange(now); }
-    void setProviderMaker(ProviderMaker maker) { m_engine.setProviderMaker(std::move(maker)); }
-
-    // Asks the system for permission to post notifications.
-    void requestNotificationPermission();
-
     // ---- accounts as a whole ----
     // Creates the account the guided flow describes and selects it; true when it
     // exists and is saved.
-    bool createOnboardingAccount(const OnboardingDraft& draft);
-    static QList<UsageWindow> onboardingManualWindows(const OnboardingDraft& draft);
-    static QString manualResetNote(OnboardingResetMode mode);
+    bool createOnboardingAccount(const AccountDraft& draft);
     // Seeds three sample accounts into an empty store; does nothing otherwise.
     void createDemoAccounts() { m_lifecycle.createDemoAccounts(); }
     // The delete dialog's confirming button.
     void deleteSelectedAccount();
     // Presents the dialog that confirms removing the sample accounts.
     void requestSampleClear() { setShowSampleClearConfirmation(true); }
+    // The sample dialog's confirming button.
     void clearSampleData();
     // Signs the account out: its key goes, it becomes a manual account, its data stays.
     void logout(ProviderAccount* account) { m_lifecycle.logout(account); }
-    // Turns records of the retired browser mode into manual ones.
-    void migrateLegacyBrowserConnections() { m_lifecycle.migrateLegacyBrowserConnections(); }
     // The editor saved what it worked on.
     void editorDidSave(const EditorState& state);
 
@@ -129,6 +108,8 @@ signals:
     void heartbeatTicked(Timestamp now);
 
 private:
+    // A named in-process notification from the menu commands.
+    void handleCommand(const QString& name);
     void onPreferenceChanged(const QString& key);
 
     AccountStore* m_store;

@@ -1,20 +1,12 @@
 #include "editor/AccountEditorForm.h"
 
+#include "core/AccountLifecycle.h"
+#include "core/ConnectionTest.h"
 #include "core/Preferences.h"
 #include "model/Clock.h"
-#include "providers/MockDataFactory.h"
-#include "providers/OpenAIClient.h"
-#include "providers/OpenAIUsageProvider.h"
-#include "providers/ProviderFactory.h"
-#include "providers/UsageProviderError.h"
-#include "services/CredentialLifecycle.h"
-#include "services/KeychainError.h"
-#include "services/KeychainStore.h"
-#include "store/AccountStore.h"
 #include "store/ProviderAccount.h"
 #include "store/ProviderAuthentication.h"
 
-#include <QCoro/QCoroTask>
 #include <QDateTime>
 #include <QUuid>
 
@@ -129,58 +121,14 @@ QString budgetLine(const AgentBudget& budget) {
         .join(u'|');
 }
 
-// What a failed connection test says: the error's own description.
-QString describeFailure(const std::exception_ptr& failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const UsageProviderError& error) {
-        return error.errorDescription();
-    } catch (const OpenAIClient::TransportError& error) {
-        return error.message;
-    } catch (const OpenAIClient::DecodingError&) {
-        return QStringLiteral("The data couldn’t be read because it isn’t in the correct format.");
-    } catch (...) {
-        return QStringLiteral("The operation couldn’t be completed.");
-    }
-}
-
-// The manual windows of a saved form, short first, each only where both its numbers passed.
-QList<UsageWindow> manualWindows(const AccountEditorFields& form, std::optional<double> shortUsed,
-                                 std::optional<double> shortLimit, std::optional<double> weeklyUsed,
-                                 std::optional<double> weeklyLimit) {
-    QList<UsageWindow> windows;
-    const QString unitTitle = form.manualUnit.capitalizedTitle();
-    const auto add = [&](const char* id, const char* title, UsageHorizon horizon, std::optional<double> used,
-                         std::optional<double> limit, bool hasReset, Timestamp reset) {
-        if (!used || !limit) {
-            return;
-        }
-        windows.append(UsageWindow{.id = QString::fromLatin1(id),
-                                   .title = unitTitle + QString::fromLatin1(title),
-                                   .unit = form.manualUnit,
-                                   .horizon = horizon,
-                                   .used = used,
-                                   .limit = limit,
-                                   .resetAt = hasReset ? std::optional<Timestamp>(reset) : std::nullopt,
-                                   .note = hasReset ? QStringLiteral("Manual value")
-                                                    : QStringLiteral("Manual value · reset not provided")});
-    };
-    add("manual-short", " / short term", UsageHorizon::shortTerm, shortUsed, shortLimit,
-        form.manualShortHasReset, form.manualShortReset);
-    add("manual-weekly", " / weekly", UsageHorizon::weekly, weeklyUsed, weeklyLimit,
-        form.manualWeeklyHasReset, form.manualWeeklyReset);
-    return windows;
-}
-
 const QString kBudgetFormatError =
     QStringLiteral("Agent budget lines must use Name|unit|short used|short limit|weekly used|weekly limit.");
 } // namespace
 
-AccountEditorForm::AccountEditorForm(AccountStore* store, Preferences* preferences, ProviderAccount* existing,
+AccountEditorForm::AccountEditorForm(AccountLifecycle* lifecycle, ProviderAccount* existing,
                                      std::function<void()> onSave, QObject* parent)
     : QObject(parent)
-    , m_store(store)
-    , m_preferences(preferences)
+    , m_lifecycle(lifecycle)
     , m_existing(existing)
     , m_hadExisting(existing != nullptr)
     , m_onSave(std::move(onSave)) {
@@ -188,8 +136,9 @@ AccountEditorForm::AccountEditorForm(AccountStore* store, Preferences* preferenc
     m_fields.renewalDate = oneMonthFrom(now);
     m_fields.manualShortReset = now;
     m_fields.manualWeeklyReset = now;
-    m_fields.sampleDataEnabled =
-        m_preferences ? m_preferences->useSampleDataByDefault() : Preferences::kUseSampleDataByDefaultDefault;
+    m_fields.sampleDataEnabled = m_lifecycle && m_lifecycle->preferences()
+                                     ? m_lifecycle->preferences()->useSampleDataByDefault()
+                                     : Preferences::kUseSampleDataByDefaultDefault;
     if (existing) {
         initialiseFrom(*existing);
     }
@@ -200,9 +149,8 @@ AccountEditorForm::~AccountEditorForm() {
     m_fields.secretInput.clear();
     // A new record whose save failed at the last step is not left behind in the store,
     // nor the key this sheet stored for it.
-    if (m_created && !m_saved && m_store) {
-        KeychainStore::deleteItem(m_created->secretReference());
-        m_store->remove(m_created);
+    if (m_created && !m_saved && m_lifecycle) {
+        m_lifecycle->discardUnsavedAccount(m_created);
     }
 }
 
@@ -367,190 +315,98 @@ QString AccountEditorForm::decimalText(double value) {
 bool AccountEditorForm::save() {
     const Timestamp now = Clock::now();
     AccountEditorFields& form = m_fields;
-    QString finalLabel = form.label.trimmed();
-    if (finalLabel.isEmpty()) {
-        finalLabel = form.provider.shortName() + QStringLiteral(" · Personal");
-    }
     const bool usesLiveMode =
         form.connectionMode == ConnectionMode::apiKey || form.connectionMode == ConnectionMode::browser;
-    const bool effectiveSample =
-        !usesLiveMode && (form.sampleDataEnabled || form.connectionMode == ConnectionMode::mock);
-    const bool sampleRequest = form.sampleDataEnabled;
+    AccountDraft draft = makeDraft();
     if (usesLiveMode) {
         form.sampleDataEnabled = false;
     }
-
-    // Everything that can refuse is asked before the record changes, in the order the
-    // messages would come otherwise: the budget lines, the key, the manual values. A
-    // refused save leaves the record as it was and adds no record.
+    // Everything that can refuse is asked before anything is written, in the order the
+    // messages come: the budget lines, then the manual values. A refused save leaves the
+    // record, the keychain and the store as they were.
     const std::optional<QList<AgentBudget>> budgets = parseAgentBudgets(form.agentBudgetText);
     if (!budgets) {
-        form.errorMessage = kBudgetFormatError;
-        Q_EMIT changed();
-        return false;
+        return refuse(kBudgetFormatError);
     }
-    const QUuid newID = QUuid::createUuid();
-    ProviderAccount* reused = m_existing ? m_existing.data() : m_created.data();
-    const QString secretReference =
-        reused ? reused->secretReference() : newID.toString(QUuid::WithoutBraces).toUpper();
-    if (!form.secretInput.isEmpty()) {
-        try {
-            KeychainStore::save(form.secretInput, secretReference);
-        } catch (const KeychainError&) {
-            form.errorMessage = QStringLiteral("The credential could not be saved in Keychain.");
-            Q_EMIT changed();
-            return false;
-        }
-    }
-    const bool manualSteps = !effectiveSample && form.connectionMode == ConnectionMode::manual;
-    std::optional<double> shortLimit;
-    std::optional<double> shortUsed;
-    std::optional<double> weeklyLimit;
-    std::optional<double> weeklyUsed;
-    if (manualSteps) {
-        std::optional<QString> refusal;
-        if (form.manualShortHasReset && form.manualShortReset.secondsSince(now) <= 0) {
-            refusal = QStringLiteral(
-                "Short-term reset time has passed. Choose a future time or turn off the reset.");
-        } else if (form.manualWeeklyHasReset && form.manualWeeklyReset.secondsSince(now) <= 0) {
-            refusal =
-                QStringLiteral("Weekly reset time has passed. Choose a future time or turn off the reset.");
-        } else {
-            shortLimit = validManualNumber(form.manualShortLimit, kMinimumLimit);
-            shortUsed = validManualNumber(form.manualShortUsed, 0);
-            weeklyLimit = validManualNumber(form.manualWeeklyLimit, kMinimumLimit);
-            weeklyUsed = validManualNumber(form.manualWeeklyUsed, 0);
-            if ((isPresent(form.manualShortLimit) || isPresent(form.manualShortUsed)) &&
-                (!shortLimit || !shortUsed)) {
-                refusal = QStringLiteral("Short-term limit and used values must be finite numbers, with a "
-                                         "limit greater than zero.");
-            } else if ((isPresent(form.manualWeeklyLimit) || isPresent(form.manualWeeklyUsed)) &&
-                       (!weeklyLimit || !weeklyUsed)) {
-                refusal = QStringLiteral(
-                    "Weekly limit and used values must be finite numbers, with a limit greater than zero.");
-            }
-        }
-        if (refusal) {
-            form.errorMessage = refusal;
-            Q_EMIT changed();
-            return false;
+    draft.agentBudgets = *budgets;
+    const bool effectiveSample =
+        !usesLiveMode && (draft.sampleDataEnabled || form.connectionMode == ConnectionMode::mock);
+    if (!effectiveSample && form.connectionMode == ConnectionMode::manual) {
+        if (const std::optional<QString> refusal = readManualAllowance(now, draft)) {
+            return refuse(*refusal);
         }
     }
 
-    // The record: the account being edited, the one a failed save of this sheet already
-    // created, or a new one.
-    ProviderAccount* target = reused;
-    const bool isNewRecord = !m_existing;
-    if (!target) {
-        target = new ProviderAccount(ProviderAccount::Init{.id = newID,
-                                                           .provider = form.provider,
-                                                           .label = finalLabel,
-                                                           .accountKind = form.accountKind,
-                                                           .connectionMode = form.connectionMode,
-                                                           .sampleDataEnabled = form.sampleDataEnabled});
-        m_store->insert(target);
-        m_created = target;
+    const AccountLifecycle::EditorSave result =
+        m_lifecycle->saveEditorAccount(draft, m_existing.data(), m_existing ? nullptr : m_created.data());
+    if (!m_existing) {
+        m_created = result.account;
     }
-    const bool providerChanged = !isNewRecord && target->provider() != form.provider;
-    const bool modeChanged = !isNewRecord && target->connectionMode() != form.connectionMode;
-    if (providerChanged || modeChanged) {
-        target->setSnapshot(std::nullopt);
-        target->setSnapshotHistoryData(std::nullopt);
-        target->setDetectedMetadata(std::nullopt);
-        target->setLastRefreshAt(std::nullopt);
-        target->setSyncStatus(SyncStatus::needsAttention);
-        target->setSyncMessage(
-            QStringLiteral("Connection changed; refresh this subscription to establish a new snapshot"));
-        // A key typed in this sheet was stored above, in the old one's place.
-        if (form.secretInput.isEmpty() &&
-            CredentialLifecycle::shouldDeleteCredential(target->connectionMode(), form.connectionMode,
-                                                        providerChanged)) {
-            KeychainStore::deleteItem(target->secretReference());
-        }
-    }
-    target->setProvider(form.provider);
-    target->setLabel(finalLabel);
-    target->setAccountKind(form.accountKind);
-    target->setPlanName(form.planName.trimmed());
-    if (!providerChanged && !modeChanged) {
-        target->applyDetectedMetadata(form.detectedMetadata);
-    }
-    if (usesLiveMode) {
-        target->applyDetectedMetadata(form.detectedMetadata);
-    }
-    target->setIdentityDetail(form.identityDetail.trimmed());
-    target->setModelScope(form.modelScope.trimmed());
-    target->setAgentScope(form.agentScope.trimmed());
-    target->setAgentRosterText(form.agentRosterText.trimmed());
-    target->setAgentBudgets(*budgets);
-    target->setAgentCount(qMax<qint64>(0, parseInteger(form.agentCount).value_or(0)));
-    target->setRenewalDate(form.hasRenewalDate ? std::optional<Timestamp>(form.renewalDate) : std::nullopt);
-    target->setConnectionMode(form.connectionMode);
-    target->setSampleDataEnabled(effectiveSample);
-    if (!effectiveSample && form.connectionMode != ConnectionMode::mock &&
-        (sampleRequest || providerChanged || modeChanged)) {
-        target->setSnapshot(std::nullopt);
-        target->setSnapshotHistoryData(std::nullopt);
-        target->setLastRefreshAt(std::nullopt);
-    }
-
-    if (effectiveSample || form.connectionMode == ConnectionMode::mock) {
-        const UsageSnapshot sample = MockDataFactory::snapshot(*target, now);
-        target->setSnapshot(sample);
-        target->record(sample);
-        target->setLastRefreshAt(now);
-        target->setSyncStatus(SyncStatus::current);
-        target->setSyncMessage(QStringLiteral("Sample snapshot loaded locally"));
-    } else if (form.connectionMode == ConnectionMode::manual) {
-        const QList<UsageWindow> windows =
-            manualWindows(form, shortUsed, shortLimit, weeklyUsed, weeklyLimit);
-        if (windows.isEmpty()) {
-            target->setSnapshot(std::nullopt);
-            target->setSnapshotHistoryData(std::nullopt);
-            target->setLastRefreshAt(std::nullopt);
-            target->setSyncStatus(SyncStatus::needsAttention);
-            target->setSyncMessage(QStringLiteral("Add at least one manual short-term or weekly allowance"));
-        } else {
-            const UsageWindow& first = windows.first();
-            const UsageSnapshot snapshot{
-                .source = UsageSource::manual,
-                .capturedAt = now,
-                .windows = windows,
-                .history = {UsagePoint{.date = now, .value = first.used.value_or(0.0), .unit = first.unit}},
-                .warnings = windows.size() == 1
-                                ? QStringList{QStringLiteral("Only one manual horizon is configured.")}
-                                : QStringList{}};
-            target->setSnapshot(snapshot);
-            target->record(snapshot);
-            target->setLastRefreshAt(now);
-            if (windows.size() == 1) {
-                target->setSyncStatus(SyncStatus::partial);
-                target->setSyncMessage(QStringLiteral("Manual short-term or weekly allowance updated"));
-            } else {
-                target->setSyncStatus(SyncStatus::current);
-                target->setSyncMessage(QStringLiteral("Manual allowances updated"));
-            }
-        }
-    } else if (form.connectionMode == ConnectionMode::browser) {
-        target->setSyncStatus(SyncStatus::needsAttention);
-        target->setSyncMessage(
-            QStringLiteral("Provider page opened for reference — choose Manual tracking to monitor limits"));
-    } else {
-        target->setSyncStatus(SyncStatus::needsAttention);
-        target->setSyncMessage(
-            QStringLiteral("Add a manual allowance or refresh with an official API connection"));
-    }
-
-    if (!m_store->save()) {
-        form.errorMessage = QStringLiteral("The account could not be saved locally.");
-        Q_EMIT changed();
-        return false;
+    if (!result.saved) {
+        return refuse(result.refusal.value_or(QString()));
     }
     m_saved = true;
     if (m_onSave) {
         m_onSave();
     }
     return true;
+}
+
+bool AccountEditorForm::refuse(const QString& message) {
+    m_fields.errorMessage = message;
+    Q_EMIT changed();
+    return false;
+}
+
+AccountDraft AccountEditorForm::makeDraft() const {
+    const AccountEditorFields& form = m_fields;
+    return AccountDraft{.provider = form.provider,
+                        .accountKind = form.accountKind,
+                        .label = form.label,
+                        .connectionMode = form.connectionMode,
+                        .apiKey = form.secretInput,
+                        .connectionMetadata = form.detectedMetadata,
+                        .manualUnit = form.manualUnit,
+                        .sampleDataEnabled = form.sampleDataEnabled,
+                        .planName = form.planName,
+                        .identityDetail = form.identityDetail,
+                        .modelScope = form.modelScope,
+                        .agentScope = form.agentScope,
+                        .agentRosterText = form.agentRosterText,
+                        .agentCount = parseInteger(form.agentCount).value_or(0),
+                        .renewalDate =
+                            form.hasRenewalDate ? std::optional<Timestamp>(form.renewalDate) : std::nullopt};
+}
+
+std::optional<QString> AccountEditorForm::readManualAllowance(Timestamp now, AccountDraft& draft) const {
+    const AccountEditorFields& form = m_fields;
+    if (form.manualShortHasReset && form.manualShortReset.secondsSince(now) <= 0) {
+        return QStringLiteral(
+            "Short-term reset time has passed. Choose a future time or turn off the reset.");
+    }
+    if (form.manualWeeklyHasReset && form.manualWeeklyReset.secondsSince(now) <= 0) {
+        return QStringLiteral("Weekly reset time has passed. Choose a future time or turn off the reset.");
+    }
+    // A present field is one that isn't blank; its number is read from the text as typed.
+    const auto read = [](const QString& usedText, const QString& limitText, bool hasReset, Timestamp reset,
+                         ManualHorizonDraft& horizon) {
+        horizon.used = validManualNumber(usedText, 0);
+        horizon.limit = validManualNumber(limitText, kMinimumLimit);
+        horizon.resetMode = hasReset ? OnboardingResetMode::setTime : OnboardingResetMode::notProvided;
+        horizon.resetAt = hasReset ? std::optional<Timestamp>(reset) : std::nullopt;
+        return !(isPresent(usedText) || isPresent(limitText)) || (horizon.used && horizon.limit);
+    };
+    if (!read(form.manualShortUsed, form.manualShortLimit, form.manualShortHasReset, form.manualShortReset,
+              draft.shortTerm)) {
+        return QStringLiteral(
+            "Short-term limit and used values must be finite numbers, with a limit greater than zero.");
+    }
+    if (!read(form.manualWeeklyUsed, form.manualWeeklyLimit, form.manualWeeklyHasReset,
+              form.manualWeeklyReset, draft.weekly)) {
+        return QStringLiteral(
+            "Weekly limit and used values must be finite numbers, with a limit greater than zero.");
+    }
+    return std::nullopt;
 }
 
 std::optional<QUrl> AccountEditorForm::openProviderAuth() {
@@ -578,7 +434,7 @@ void AccountEditorForm::testConnection() {
     case ConnectionMode::apiKey: {
         QString secret = m_fields.secretInput;
         if (secret.isEmpty() && m_existing) {
-            secret = KeychainStore::read(m_existing->secretReference()).value_or(QString());
+            secret = AccountLifecycle::storedKey(*m_existing).value_or(QString());
         }
         if (secret.isEmpty()) {
             m_fields.testMessage = QStringLiteral("Enter an API key before testing.");
@@ -605,45 +461,43 @@ void AccountEditorForm::runConnectionTest(QString secret) {
     const QString label =
         m_fields.label.trimmed().isEmpty() ? QStringLiteral("Connection test") : m_fields.label;
     // Never inserted anywhere: only what the connector reads of an account.
-    auto account =
-        std::make_shared<ProviderAccount>(ProviderAccount::Init{.provider = m_fields.provider,
-                                                                .label = label,
-                                                                .accountKind = m_fields.accountKind,
-                                                                .identityDetail = m_fields.identityDetail,
-                                                                .modelScope = m_fields.modelScope,
-                                                                .agentScope = m_fields.agentScope,
-                                                                .connectionMode = ConnectionMode::apiKey,
-                                                                .sampleDataEnabled = false});
-    std::shared_ptr<OpenAIUsageProvider> provider = ProviderFactory::makeOpenAI(secret);
+    delete m_test;
+    m_test = new ConnectionTest(secret,
+                                ProviderAccount::Init{.provider = m_fields.provider,
+                                                      .label = label,
+                                                      .accountKind = m_fields.accountKind,
+                                                      .identityDetail = m_fields.identityDetail,
+                                                      .modelScope = m_fields.modelScope,
+                                                      .agentScope = m_fields.agentScope,
+                                                      .connectionMode = ConnectionMode::apiKey,
+                                                      .sampleDataEnabled = false},
+                                this);
     secret.fill(QChar(0));
-    [](QPointer<AccountEditorForm> self, std::shared_ptr<ProviderAccount> target,
-       std::shared_ptr<OpenAIUsageProvider> connector) -> QCoro::Task<> {
-        std::optional<ProviderConnection> connection;
-        std::exception_ptr failure;
-        try {
-            connection = co_await connector->connect(*target);
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        // A sheet closed meanwhile simply drops the result.
-        if (!self) {
-            co_return;
-        }
-        AccountEditorFields& form = self->m_fields;
-        if (connection) {
-            form.detectedMetadata = connection->metadata;
+    connect(m_test, &ConnectionTest::finished, this, [this, test = m_test] {
+        AccountEditorFields& form = m_fields;
+        switch (test->outcome()) {
+        case ConnectionTest::Outcome::connected:
+            form.detectedMetadata = test->connection()->metadata;
             form.testMessage =
-                connection->metadata
+                form.detectedMetadata
                     ? QStringLiteral("Connected — provider metadata and rate limits detected.")
                     : QStringLiteral("Connected — official usage endpoint accepted the credential.");
-        } else {
+            break;
+        case ConnectionTest::Outcome::timedOut:
             form.detectedMetadata.reset();
-            form.testMessage = describeFailure(failure);
+            form.testMessage = QStringLiteral(
+                "We couldn’t reach OpenAI in 12 seconds. Try again or choose Manual tracking.");
+            break;
+        case ConnectionTest::Outcome::refused:
+        case ConnectionTest::Outcome::failed:
+            form.detectedMetadata.reset();
+            form.testMessage = test->failureDescription();
+            break;
         }
         form.isTestingConnection = false;
-        Q_EMIT self->changed();
-        Q_EMIT self->testFinished();
-    }(QPointer<AccountEditorForm>(this), std::move(account), std::move(provider));
+        Q_EMIT changed();
+        Q_EMIT testFinished();
+    });
 }
 
 void AccountEditorForm::refreshConnection() {
@@ -657,14 +511,7 @@ void AccountEditorForm::refreshConnection() {
 }
 
 void AccountEditorForm::logoutConnection() {
-    if (ProviderAccount* account = m_existing.data()) {
-        KeychainStore::deleteItem(account->secretReference());
-        account->setDetectedMetadata(std::nullopt);
-        account->setSyncStatus(SyncStatus::needsAttention);
-        account->setSyncMessage(
-            QStringLiteral("Signed out — enter manual limits or reconnect an official API key"));
-        (void)m_store->save();
-    }
+    m_lifecycle->logoutConnection(m_existing.data());
     m_fields.secretInput.fill(QChar(0));
     m_fields.secretInput.clear();
     applyModeChange(ConnectionMode::manual);

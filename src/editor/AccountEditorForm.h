@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/AccountDraft.h"
 #include "editor/AccountEditorFields.h"
 #include "model/AgentBudget.h"
 #include "store/ProviderAccount.h"
@@ -12,19 +13,20 @@
 #include <functional>
 #include <optional>
 
-class AccountStore;
-class Preferences;
+class AccountLifecycle;
+class ConnectionTest;
 
 // The account editor without its window: the form's values, the rules that check them,
-// and what saving, testing, signing out and opening the provider's page do. The sheet
-// binds its controls to `fields()` and redraws on changed().
+// and what saving, testing, signing out and opening the provider's page ask of the
+// account lifecycle, which writes the record and its key. The sheet binds its controls
+// to `fields()` and redraws on changed().
 class AccountEditorForm final : public QObject {
     Q_OBJECT
 
 public:
     // `existing` is the account to change, or null for a new one; `onSave` runs after a
     // successful save, before the sheet closes.
-    AccountEditorForm(AccountStore* store, Preferences* preferences, ProviderAccount* existing,
+    AccountEditorForm(AccountLifecycle* lifecycle, ProviderAccount* existing,
                       std::function<void()> onSave = {}, QObject* parent = nullptr);
     // Overwrites the typed key before its memory is given back.
     ~AccountEditorForm() override;
@@ -49,9 +51,11 @@ public:
     static QString decimalText(double value);
     static constexpr double kMinimumLimit = 0.000001;
 
-    // Writes the form to the record, the keychain and the store. False, with
-    // `errorMessage` set and the sheet to stay open, when a step refused.
+    // Checks the form and hands it to the lifecycle to write. False, with `errorMessage`
+    // set and the sheet to stay open, when a step refused.
     bool save();
+    // The form as the lifecycle takes it, before the checks of a save.
+    AccountDraft makeDraft() const;
 
     // The connection actions. openProviderAuth gives the page to open in the browser.
     std::optional<QUrl> openProviderAuth();
@@ -70,12 +74,12 @@ private:
     // What a new connection mode brings with it; the action that changed the mode sets
     // its own texts afterwards.
     void applyModeChange(ConnectionMode mode);
-    // The manual steps of saving: false when a manual value was refused.
-    bool applyManualAllowance(ProviderAccount& target, Timestamp now);
+    // Reads the manual values into the draft: the refusal, or none when they pass.
+    std::optional<QString> readManualAllowance(Timestamp now, AccountDraft& draft) const;
+    bool refuse(const QString& message);
     void runConnectionTest(QString secret);
 
-    AccountStore* m_store;
-    Preferences* m_preferences;
+    AccountLifecycle* m_lifecycle;
     QPointer<ProviderAccount> m_existing;
     bool m_hadExisting;
     std::function<void()> m_onSave;
@@ -84,4 +88,5 @@ private:
     // refused the first, so that trying again adds no second record.
     QPointer<ProviderAccount> m_created;
     bool m_saved = false;
+    QPointer<ConnectionTest> m_test;
 };

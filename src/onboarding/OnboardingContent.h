@@ -2,10 +2,10 @@
 
 #include "model/AIProvider.h"
 #include "model/ConnectionMode.h"
+#include "model/OnboardingResetMode.h"
 #include "model/ProviderConnectionMetadata.h"
 #include "model/UsageUnit.h"
 #include "onboarding/OnboardingPage.h"
-#include "onboarding/OnboardingResetMode.h"
 
 #include <QList>
 #include <QString>

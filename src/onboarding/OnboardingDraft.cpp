@@ -1,8 +1,9 @@
 #include "onboarding/OnboardingDraft.h"
 
+#include "core/AccountLabel.h"
+
 QString OnboardingDraft::normalizedLabel() const {
-    const QString trimmed = label.trimmed();
-    return trimmed.isEmpty() ? provider.shortName() + QStringLiteral(" · Personal") : trimmed;
+    return AccountLabel::normalized(label, provider);
 }
 
 bool OnboardingDraft::hasManualAllowance() const {
@@ -15,4 +16,22 @@ std::optional<Timestamp> OnboardingDraft::shortResetAt() const {
 
 std::optional<Timestamp> OnboardingDraft::weeklyResetAt() const {
     return manualWeeklyResetMode == OnboardingResetMode::setTime ? manualWeeklyReset : std::nullopt;
+}
+
+AccountDraft OnboardingDraft::accountDraft() const {
+    return AccountDraft{.provider = provider,
+                        .accountKind = accountKind,
+                        .label = label,
+                        .connectionMode = connectionMode,
+                        .apiKey = apiKey,
+                        .connectionMetadata = connectionMetadata,
+                        .manualUnit = manualUnit,
+                        .shortTerm = ManualHorizonDraft{.used = manualShortUsed,
+                                                        .limit = manualShortLimit,
+                                                        .resetMode = manualShortResetMode,
+                                                        .resetAt = shortResetAt()},
+                        .weekly = ManualHorizonDraft{.used = manualWeeklyUsed,
+                                                     .limit = manualWeeklyLimit,
+                                                     .resetMode = manualWeeklyResetMode,
+                                                     .resetAt = weeklyResetAt()}};
 }

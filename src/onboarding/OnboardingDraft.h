@@ -1,12 +1,13 @@
 #pragma once
 
+#include "core/AccountDraft.h"
 #include "model/AIProvider.h"
 #include "model/AccountKind.h"
 #include "model/ConnectionMode.h"
+#include "model/OnboardingResetMode.h"
 #include "model/ProviderConnectionMetadata.h"
 #include "model/Timestamp.h"
 #include "model/UsageUnit.h"
-#include "onboarding/OnboardingResetMode.h"
 
 #include <QString>
 
@@ -38,6 +39,8 @@ struct OnboardingDraft {
     // The reset dates, only where the mode says a time is known.
     std::optional<Timestamp> shortResetAt() const;
     std::optional<Timestamp> weeklyResetAt() const;
+    // What the account lifecycle takes to create the account.
+    AccountDraft accountDraft() const;
 
     friend bool operator==(const OnboardingDraft&, const OnboardingDraft&) = default;
 };

@@ -1,18 +1,12 @@
 #include "onboarding/OnboardingFlow.h"
 
+#include "core/ConnectionTest.h"
 #include "model/Clock.h"
 #include "onboarding/OnboardingSavedDraft.h"
 #include "onboarding/OnboardingValidation.h"
-#include "providers/OpenAIUsageProvider.h"
-#include "providers/ProviderConnection.h"
-#include "providers/ProviderFactory.h"
 #include "providers/UsageProviderError.h"
-#include "store/ProviderAccount.h"
 
-#include <QCoro/QCoroTask>
-#include <QPointer>
 #include <QSettings>
-#include <QTimer>
 
 namespace {
 const QString kTimeLimitText =
@@ -22,29 +16,6 @@ UsageUnit defaultUnit(AIProvider provider) {
     return provider == AIProvider::openAI ? UsageUnit::requests : UsageUnit::messages;
 }
 } // namespace
-
-// One connection test: the connector's call against a timer; the first to end decides.
-struct OnboardingFlow::Race {
-    enum class Outcome { connected, timedOut, refused, failed };
-
-    std::shared_ptr<OpenAIUsageProvider> connector;
-    std::shared_ptr<ProviderAccount> trial;
-    QTimer timer;
-    bool decided = false;
-    Outcome outcome = Outcome::failed;
-    std::optional<ProviderConnection> connection;
-    std::optional<UsageProviderError> error;
-
-    // The first result wins; the other child is then ended.
-    bool decide(Outcome result) {
-        if (decided) {
-            return false;
-        }
-        decided = true;
-        outcome = result;
-        return true;
-    }
-};
 
 OnboardingFlow::OnboardingFlow(QSettings* settings, QStringList existingLabels, Hooks hooks, QObject* parent)
     : QObject(parent)
@@ -57,11 +28,8 @@ OnboardingFlow::OnboardingFlow(QSettings* settings, QStringList existingLabels, 
 }
 
 OnboardingFlow::~OnboardingFlow() {
-    if (const std::shared_ptr<Race> race = std::exchange(m_test, nullptr)) {
-        race->decided = true;
-        race->timer.stop();
-        race->connector->cancel();
-    }
+    // A held test is abandoned with the flow: its request ends and nothing reports.
+    delete m_test.data();
     m_apiKey.fill(QChar(0));
     m_apiKey.clear();
 }
@@ -320,79 +288,45 @@ void OnboardingFlow::testConnection() {
     m_connectionTestMessage = QStringLiteral("Checking the official endpoint…");
     const QString trialName = m_label.isEmpty() ? QStringLiteral("Connection test") : m_label;
 
-    auto race = std::make_shared<Race>();
-    race->connector = ProviderFactory::makeOpenAI(key);
-    race->trial =
-        std::make_shared<ProviderAccount>(ProviderAccount::Init{.provider = AIProvider::openAI,
-                                                                .label = trialName,
-                                                                .accountKind = AccountKind::api,
-                                                                .connectionMode = ConnectionMode::apiKey,
-                                                                .sampleDataEnabled = false});
-    m_test = race;
-    m_latest = race;
+    auto* test = new ConnectionTest(key,
+                                    ProviderAccount::Init{.provider = AIProvider::openAI,
+                                                          .label = trialName,
+                                                          .accountKind = AccountKind::api,
+                                                          .connectionMode = ConnectionMode::apiKey,
+                                                          .sampleDataEnabled = false},
+                                    this);
+    // A finished test held until now goes; one still running goes when it ends.
+    if (m_test && m_test->isFinished()) {
+        delete m_test.data();
+    }
+    m_test = test;
+    m_latest = test;
     Q_EMIT changed();
-
-    // The time child: on the monotonic clock, to the millisecond.
-    race->timer.setSingleShot(true);
-    race->timer.setTimerType(Qt::PreciseTimer);
-    const std::weak_ptr<Race> weak = race;
-    connect(&race->timer, &QTimer::timeout, this, [this, weak] {
-        if (const std::shared_ptr<Race> timedOut = weak.lock();
-            timedOut && timedOut->decide(Race::Outcome::timedOut)) {
-            finishRace(timedOut);
-        }
-    });
-    race->timer.start(kConnectionTimeLimit);
-
-    // The connection child.
-    [](QPointer<OnboardingFlow> self, std::shared_ptr<Race> pending) -> QCoro::Task<> {
-        std::optional<ProviderConnection> connection;
-        std::optional<UsageProviderError> refusal;
-        try {
-            connection = co_await pending->connector->connect(*pending->trial);
-        } catch (const UsageProviderError& error) {
-            refusal = error;
-        } catch (...) {
-            // A transport failure, a body that would not decode, or the request cancelled.
-        }
-        const Race::Outcome outcome = connection ? Race::Outcome::connected
-                                      : refusal  ? Race::Outcome::refused
-                                                 : Race::Outcome::failed;
-        if (!pending->decide(outcome)) {
-            co_return; // the timer was first
-        }
-        pending->connection = std::move(connection);
-        pending->error = std::move(refusal);
-        if (self) {
-            self->finishRace(pending);
-        }
-    }(QPointer<OnboardingFlow>(this), race);
+    connect(test, &ConnectionTest::finished, this, [this, test] { finishTest(test); });
 }
 
-void OnboardingFlow::finishRace(const std::shared_ptr<Race>& race) {
-    // Whoever won, the other child ends now.
-    race->timer.stop();
-    race->connector->cancel();
-    if (race != m_latest.lock()) {
+void OnboardingFlow::finishTest(ConnectionTest* test) {
+    // The flow keeps the handle of the test it holds, finished; any other one goes.
+    if (test != m_test) {
+        test->deleteLater();
+    }
+    if (test != m_latest) {
         return; // a newer test owns the flow's state
     }
-    switch (race->outcome) {
-    case Race::Outcome::connected:
-        m_connectionVerified = true;
-        m_connectionMetadata = race->connection->metadata;
+    m_connectionVerified = test->outcome() == ConnectionTest::Outcome::connected;
+    m_connectionMetadata.reset();
+    switch (test->outcome()) {
+    case ConnectionTest::Outcome::connected:
+        m_connectionMetadata = test->connection()->metadata;
         m_connectionTestMessage =
             m_connectionMetadata ? QStringLiteral("Connected — provider metadata and rate limits detected.")
                                  : QStringLiteral("Connected — official endpoint accepted the key.");
         break;
-    case Race::Outcome::refused:
-        m_connectionVerified = false;
-        m_connectionMetadata.reset();
-        m_connectionTestMessage = connectionErrorMessage(*race->error);
+    case ConnectionTest::Outcome::refused:
+        m_connectionTestMessage = connectionErrorMessage(*test->error());
         break;
-    case Race::Outcome::timedOut:
-    case Race::Outcome::failed:
-        m_connectionVerified = false;
-        m_connectionMetadata.reset();
+    case ConnectionTest::Outcome::timedOut:
+    case ConnectionTest::Outcome::failed:
         m_connectionTestMessage = kTimeLimitText;
         break;
     }
@@ -402,8 +336,8 @@ void OnboardingFlow::finishRace(const std::shared_ptr<Race>& race) {
 }
 
 void OnboardingFlow::cancelConnectionTest() {
-    const std::shared_ptr<Race> race = std::exchange(m_test, nullptr);
-    if (!race) {
+    ConnectionTest* test = std::exchange(m_test, nullptr);
+    if (!test) {
         return;
     }
     m_isTestingConnection = false;
@@ -411,7 +345,7 @@ void OnboardingFlow::cancelConnectionTest() {
         QStringLiteral("Connection check cancelled. You can try again or choose manual setup.");
     Q_EMIT changed();
     // The test unwinds through its failure path, which has the last word.
-    race->connector->cancel();
+    test->cancel();
 }
 
 QString OnboardingFlow::connectionErrorMessage(const UsageProviderError& error) {

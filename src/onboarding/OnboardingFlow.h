@@ -1,20 +1,21 @@
 #pragma once
 
+#include "core/ConnectionTest.h"
 #include "model/AIProvider.h"
 #include "model/ConnectionMode.h"
+#include "model/OnboardingResetMode.h"
 #include "model/ProviderConnectionMetadata.h"
 #include "model/Timestamp.h"
 #include "model/UsageUnit.h"
 #include "onboarding/OnboardingDraft.h"
 #include "onboarding/OnboardingPage.h"
-#include "onboarding/OnboardingResetMode.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <optional>
 
 class QSettings;
@@ -37,9 +38,6 @@ public:
         // A second test of a name, beside the names the flow was given.
         std::function<bool(const QString&)> labelExists;
     };
-
-    // How long a connection test may take before it gives up.
-    static constexpr std::chrono::milliseconds kConnectionTimeLimit{12'000};
 
     // `settings` holds the saved draft; `existingLabels` the names of the accounts now.
     OnboardingFlow(QSettings* settings, QStringList existingLabels, Hooks hooks, QObject* parent = nullptr);
@@ -138,8 +136,6 @@ signals:
     void testFinished();
 
 private:
-    struct Race;
-
     void setPage(OnboardingPage page);
     // Everything typed or confirmed for one provider goes: name, numbers, resets, key,
     // confirmations and what a test found.
@@ -150,7 +146,7 @@ private:
         field = value;
         Q_EMIT changed();
     }
-    void finishRace(const std::shared_ptr<Race>& race);
+    void finishTest(ConnectionTest* test);
 
     QSettings* m_settings;
     QStringList m_existingLabels;
@@ -181,7 +177,7 @@ private:
     bool m_hasSavedDraft = false;
     OnboardingPage m_resumePage = OnboardingPage::provider;
     std::optional<OnboardingFocusField> m_focusedField;
-    // The test in flight or last finished, and the newest one started.
-    std::shared_ptr<Race> m_test;
-    std::weak_ptr<Race> m_latest;
+    // The test the flow holds (in flight or last finished), and the newest one started.
+    QPointer<ConnectionTest> m_test;
+    QPointer<ConnectionTest> m_latest;
 };

@@ -1,15 +1,9 @@
 #include "onboarding/OnboardingValidation.h"
 
-#include <QLocale>
+#include "core/AccountLabel.h"
 
 #include <array>
 #include <cmath>
-
-namespace {
-QString comparable(const QString& label) {
-    return QLocale().toLower(label.trimmed());
-}
-} // namespace
 
 std::optional<double> OnboardingValidation::number(const QString& text) {
     const QString trimmed = text.trimmed();
@@ -26,12 +20,11 @@ std::optional<double> OnboardingValidation::number(const QString& text) {
 }
 
 bool OnboardingValidation::duplicateLabel(const QString& label, const QStringList& existingLabels) {
-    const QString wanted = comparable(label);
-    if (wanted.isEmpty()) {
+    if (label.trimmed().isEmpty()) {
         return false;
     }
     for (const QString& existing : existingLabels) {
-        if (comparable(existing) == wanted) {
+        if (AccountLabel::same(existing, label)) {
             return true;
         }
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/Clock.h"
-#include "onboarding/OnboardingResetMode.h"
+#include "model/OnboardingResetMode.h"
 
 #include <QString>
 #include <QStringList>

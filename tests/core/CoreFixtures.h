@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/AccountLifecycle.h"
 #include "core/Preferences.h"
 #include "store/AccountStore.h"
 
@@ -13,11 +14,13 @@ struct CoreFixture {
     QTemporaryDir dir;
     std::unique_ptr<AccountStore> store;
     std::unique_ptr<Preferences> preferences;
+    std::unique_ptr<AccountLifecycle> lifecycle;
 
     CoreFixture() {
         QString error;
         store = AccountStore::open(dir.filePath(QStringLiteral("accounts.store")), &error);
         preferences = std::make_unique<Preferences>(dir.filePath(QStringLiteral("preferences.ini")));
+        lifecycle = std::make_unique<AccountLifecycle>(store.get(), preferences.get());
     }
 
     ProviderAccount* addAccount(const QString& label, AIProvider provider = AIProvider::openAI,

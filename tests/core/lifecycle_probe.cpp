@@ -27,7 +27,7 @@ int main(int argc, char* argv[]) {
     OnboardingDraft draft;
     draft.connectionMode = ConnectionMode::apiKey;
     draft.apiKey = QStringLiteral("sk-admin-probe");
-    const bool created = content.createOnboardingAccount(draft);
+    const bool created = content.createOnboardingAccount(draft.accountDraft());
     std::printf("created=%s accounts=%lld unsaved=%s\n", created ? "true" : "false",
                 static_cast<long long>(content.accounts().size()), store->hasChanges() ? "true" : "false");
     return 0;

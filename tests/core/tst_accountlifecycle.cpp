@@ -2,9 +2,9 @@
 
 #include "CoreFixtures.h"
 #include "Drafts.h"
+#include "model/OnboardingResetMode.h"
 #include "model/UuidText.h"
 #include "onboarding/OnboardingDraft.h"
-#include "onboarding/OnboardingResetMode.h"
 #include "providers/MockDataFactory.h"
 #include "services/KeychainStore.h"
 
@@ -28,7 +28,7 @@ private slots:
         draft.manualShortLimit = 10;
         draft.manualWeeklyUsed = 30;
         draft.manualWeeklyLimit = 100;
-        const std::optional<QUuid> id = lifecycle.createOnboardingAccount(draft);
+        const std::optional<QUuid> id = lifecycle.createOnboardingAccount(draft.accountDraft());
         QVERIFY(id);
         QVERIFY(!fixture.store->hasChanges());
         const ProviderAccount* account = fixture.store->account(*id);
@@ -49,7 +49,7 @@ private slots:
         AccountLifecycle lifecycle(fixture.store.get(), fixture.preferences.get());
         OnboardingDraft draft = draftFor(AIProvider::openAI, AccountKind::api, ConnectionMode::apiKey);
         draft.apiKey = QStringLiteral("sk-admin-lifecycle");
-        const std::optional<QUuid> id = lifecycle.createOnboardingAccount(draft);
+        const std::optional<QUuid> id = lifecycle.createOnboardingAccount(draft.accountDraft());
         QVERIFY(id);
         const ProviderAccount* account = fixture.store->account(*id);
         QCOMPARE(KeychainStore::read(account->secretReference()), std::optional(draft.apiKey));

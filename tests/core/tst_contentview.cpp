@@ -21,12 +21,13 @@ private slots:
         QVERIFY(content.refreshingIDs().isEmpty());
         QVERIFY(!content.showDeleteConfirmation());
         QVERIFY(!content.deleteTargetID());
-        QCOMPARE(content.heartbeat(), Timestamp(5000));
-        QVERIFY(content.lastAutoRefreshAt() < Timestamp::fromUnixSeconds(-62'000'000'000.0)); // distant past
-        QVERIFY(content.notifiedUrgentIDs().isEmpty());
+        QCOMPARE(content.engine().heartbeat(), Timestamp(5000));
+        QVERIFY(content.engine().lastAutoRefreshAt() <
+                Timestamp::fromUnixSeconds(-62'000'000'000.0)); // distant past
+        QVERIFY(content.engine().notifiedUrgentIDs().isEmpty());
         QVERIFY(!content.showOnboarding());
         QVERIFY(!content.showSampleClearConfirmation());
-        QVERIFY(!content.heartbeatTimer().isActive()); // nothing runs before the screen appears
+        QVERIFY(!content.engine().heartbeatTimer().isActive()); // nothing runs before the screen appears
     }
 
     void accountsAreTheStoresLiveList() {
@@ -91,11 +92,11 @@ private slots:
         ContentView content(fixture.store.get(), fixture.preferences.get());
         Clock::setFixedNow(Timestamp(123456));
         content.onAppear();
-        QCOMPARE(content.lastAutoRefreshAt(), Timestamp(123456));
-        QVERIFY(content.heartbeatTimer().isActive());
-        QCOMPARE(content.heartbeatTimer().interval(), 60'000);
-        content.tick(Timestamp(123516));
-        QCOMPARE(content.heartbeat(), Timestamp(123516));
+        QCOMPARE(content.engine().lastAutoRefreshAt(), Timestamp(123456));
+        QVERIFY(content.engine().heartbeatTimer().isActive());
+        QCOMPARE(content.engine().heartbeatTimer().interval(), 60'000);
+        content.engine().tick(Timestamp(123516));
+        QCOMPARE(content.engine().heartbeat(), Timestamp(123516));
     }
 
     void nothingIsRefreshedOrWrittenAtLaunch() {

@@ -28,7 +28,7 @@ private slots:
         draft.manualShortLimit = 45;
         draft.manualShortResetMode = OnboardingResetMode::setTime;
         draft.manualShortReset = Timestamp(800'003'600);
-        QVERIFY(content.createOnboardingAccount(draft));
+        QVERIFY(content.createOnboardingAccount(draft.accountDraft()));
         ProviderAccount* account = content.accounts().first();
         QCOMPARE(content.selection(), SidebarSelection::account(account->id()));
         QCOMPARE(account->label(), QStringLiteral("Claude Max"));
@@ -63,13 +63,14 @@ private slots:
         draft.manualWeeklyUsed = 3;
         draft.manualWeeklyLimit = 70;
         draft.manualWeeklyResetMode = OnboardingResetMode::notProvided;
-        QCOMPARE(ContentView::onboardingManualWindows(draft).size(), 2);
-        QCOMPARE(ContentView::onboardingManualWindows(draft)[1].title, QStringLiteral("USD / weekly"));
-        QCOMPARE(ContentView::onboardingManualWindows(draft)[1].note,
+        QCOMPARE(AccountLifecycle::onboardingManualWindows(draft.accountDraft()).size(), 2);
+        QCOMPARE(AccountLifecycle::onboardingManualWindows(draft.accountDraft())[1].title,
+                 QStringLiteral("USD / weekly"));
+        QCOMPARE(AccountLifecycle::onboardingManualWindows(draft.accountDraft())[1].note,
                  std::optional<QString>(QStringLiteral("Operator-entered · reset not provided")));
-        QCOMPARE(ContentView::onboardingManualWindows(draft)[0].note,
+        QCOMPARE(AccountLifecycle::onboardingManualWindows(draft.accountDraft())[0].note,
                  std::optional<QString>(QStringLiteral("Operator-entered · reset to add later")));
-        QVERIFY(content.createOnboardingAccount(draft));
+        QVERIFY(content.createOnboardingAccount(draft.accountDraft()));
         QCOMPARE(content.accounts().first()->syncStatus(), SyncStatus(SyncStatus::current));
         QCOMPARE(content.accounts().first()->syncMessage(), QStringLiteral("Manual limits saved"));
         QVERIFY(content.accounts().first()->snapshot()->warnings.isEmpty());
@@ -78,7 +79,7 @@ private slots:
         usedOnly.manualWeeklyUsed = 3; // no limit: no weekly window
         usedOnly.manualShortUsed = 1;
         usedOnly.manualShortLimit = 2;
-        const QList<UsageWindow> windows = ContentView::onboardingManualWindows(usedOnly);
+        const QList<UsageWindow> windows = AccountLifecycle::onboardingManualWindows(usedOnly.accountDraft());
         QCOMPARE(windows.size(), 1);
         QCOMPARE(windows.first().id, QStringLiteral("onboarding-short"));
     }
@@ -86,7 +87,7 @@ private slots:
     void manualDraftWithoutAPair() {
         CoreFixture fixture;
         ContentView content(fixture.store.get(), fixture.preferences.get());
-        QVERIFY(content.createOnboardingAccount(manualDraft()));
+        QVERIFY(content.createOnboardingAccount(manualDraft().accountDraft()));
         ProviderAccount* account = content.accounts().first();
         QVERIFY(!account->snapshotData());
         QVERIFY(!account->lastRefreshAt());
@@ -101,7 +102,7 @@ private slots:
         OnboardingDraft sample;
         sample.provider = AIProvider::gemini;
         sample.accountKind = AccountKind::consumer;
-        QVERIFY(content.createOnboardingAccount(sample));
+        QVERIFY(content.createOnboardingAccount(sample.accountDraft()));
         ProviderAccount* mock = fixture.store->account(*content.selection().accountID());
         QCOMPARE(mock->label(), QStringLiteral("Gemini · Personal"));
         QVERIFY(mock->sampleDataEnabled());
@@ -113,7 +114,7 @@ private slots:
         OnboardingDraft browser = manualDraft();
         browser.connectionMode = ConnectionMode::browser;
         browser.label = QStringLiteral("Old link");
-        QVERIFY(content.createOnboardingAccount(browser));
+        QVERIFY(content.createOnboardingAccount(browser.accountDraft()));
         ProviderAccount* link = fixture.store->account(*content.selection().accountID());
         QCOMPARE(
             link->syncMessage(),
@@ -128,7 +129,7 @@ private slots:
         draft.provider = AIProvider::openAI;
         draft.connectionMode = ConnectionMode::apiKey;
         draft.apiKey = QStringLiteral("sk-admin-lifecycle");
-        QVERIFY(content.createOnboardingAccount(draft));
+        QVERIFY(content.createOnboardingAccount(draft.accountDraft()));
         ProviderAccount* plain = fixture.store->account(*content.selection().accountID());
         QCOMPARE(KeychainStore::read(plain->secretReference()), std::optional<QString>(draft.apiKey));
         QCOMPARE(plain->syncMessage(),
@@ -144,7 +145,7 @@ private slots:
                                                                .limit = 500}},
                                        .sourceDescription = QStringLiteral("OpenAI"),
                                        .capturedAt = Timestamp(700)};
-        QVERIFY(content.createOnboardingAccount(draft));
+        QVERIFY(content.createOnboardingAccount(draft.accountDraft()));
         ProviderAccount* detected = fixture.store->account(*content.selection().accountID());
         QCOMPARE(detected->syncStatus(), SyncStatus(SyncStatus::partial));
         QCOMPARE(detected->syncMessage(),
@@ -176,7 +177,7 @@ private slots:
                 reference = fixture.store->accounts().first()->secretReference();
             }
         });
-        QVERIFY(!content.createOnboardingAccount(draft));
+        QVERIFY(!content.createOnboardingAccount(draft.accountDraft()));
         QVERIFY(!reference.isEmpty());
         QVERIFY(!KeychainStore::read(reference)); // saved on the way, removed again
         QVERIFY(content.accounts().isEmpty());
@@ -396,7 +397,7 @@ private slots:
 
         // A second appearance finds nothing to convert and saves nothing.
         QSignalSpy changes(fixture.store.get(), &AccountStore::accountChanged);
-        content.migrateLegacyBrowserConnections();
+        content.lifecycle().migrateLegacyBrowserConnections();
         QCOMPARE(changes.count(), 0);
     }
 

@@ -283,7 +283,7 @@ private slots:
         ProviderAccount* b = fixture.addAccount(QStringLiteral("b"), AIProvider::xAI, 2);
         ContentView content(fixture.store.get(), fixture.preferences.get());
         auto scripted = script(officialSnapshot(1));
-        useScript(content, scripted);
+        useScript(content.engine(), scripted);
         CommandCenter::shared().post(CommandCenter::kRefreshAccounts);
         CommandCenter::shared().post(CommandCenter::kRefreshAccounts);
         settle(content);

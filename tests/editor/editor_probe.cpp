@@ -6,6 +6,7 @@
 //
 // Prints "error <message>" or "saved", then "accounts <n>" (in memory) and "label <text>"
 // (what the form still holds).
+#include "core/AccountLifecycle.h"
 #include "core/Preferences.h"
 #include "editor/AccountEditorForm.h"
 #include "store/AccountStore.h"
@@ -35,7 +36,8 @@ int main(int argc, char* argv[]) {
         return 4;
     }
     Preferences preferences(folder.filePath(QStringLiteral("preferences.ini")));
-    AccountEditorForm form(store.get(), &preferences, nullptr);
+    AccountLifecycle lifecycle(store.get(), &preferences);
+    AccountEditorForm form(&lifecycle, nullptr);
     form.edit().label = QStringLiteral("Work API");
     form.chooseOfficialAPIKey();
     form.edit().secretInput = QStringLiteral("sk-admin-typed");

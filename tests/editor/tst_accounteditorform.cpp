@@ -74,7 +74,7 @@ private slots:
     void newAccountStartsAsTheTableSays() {
         CoreFixture fixture;
         fixture.preferences->setUseSampleDataByDefault(false);
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         const AccountEditorFields& f = form.fields();
         QVERIFY(form.isNew());
         QCOMPARE(f.provider, AIProvider::openAI);
@@ -93,7 +93,7 @@ private slots:
         QCOMPARE(f.renewalDate, Timestamp::fromDateTime(monthOn));
 
         CoreFixture unset;
-        AccountEditorForm byDefault(unset.store.get(), unset.preferences.get(), nullptr);
+        AccountEditorForm byDefault(unset.lifecycle.get(), nullptr);
         QCOMPARE(byDefault.fields().sampleDataEnabled, true);
     }
 
@@ -116,7 +116,7 @@ private slots:
                           .windows = {window(QStringLiteral("w"), UsageHorizon::weekly, 40, 100, weeklyReset),
                                       window(QStringLiteral("s"), UsageHorizon::shortTerm, 0.1, 0.3,
                                              std::nullopt, UsageUnit::credits)}});
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+        AccountEditorForm form(fixture.lifecycle.get(), account);
         const AccountEditorFields& f = form.fields();
         QVERIFY(!form.isNew());
         QCOMPARE(f.label, QStringLiteral("Work API"));
@@ -143,10 +143,10 @@ private slots:
         CoreFixture fixture;
         ProviderAccount* consumer = fixture.addAccount(QStringLiteral("Home"), AIProvider::anthropic);
         consumer->setAccountKind(AccountKind::consumer);
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), consumer);
+        AccountEditorForm form(fixture.lifecycle.get(), consumer);
         QCOMPARE(form.fields().manualUnit, UsageUnit::messages);
         ProviderAccount* api = fixture.addAccount(QStringLiteral("Org"));
-        AccountEditorForm apiForm(fixture.store.get(), fixture.preferences.get(), api);
+        AccountEditorForm apiForm(fixture.lifecycle.get(), api);
         QCOMPARE(apiForm.fields().manualUnit, UsageUnit::requests);
     }
 
@@ -165,7 +165,7 @@ private slots:
                                                      .name = QStringLiteral("Relay"),
                                                      .unit = UsageUnit::requests}};
         account->setAgentBudgets(budgets);
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+        AccountEditorForm form(fixture.lifecycle.get(), account);
         QVERIFY(form.save());
         const QList<AgentBudget> saved = account->agentBudgets();
         QCOMPARE(saved.size(), 2);
@@ -281,7 +281,7 @@ private slots:
 
     void emptyLabelIsNamedAfterTheProvider() {
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.setProvider(AIProvider::anthropic);
         form.edit().label = QStringLiteral(" \n ");
         QVERIFY(form.save());
@@ -292,7 +292,7 @@ private slots:
     void newSampleAccountIsSavedWithASampleSnapshot() {
         CoreFixture fixture;
         int saves = 0;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr, [&] { ++saves; });
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr, [&] { ++saves; });
         form.edit().label = QStringLiteral("  Demo ");
         form.edit().agentCount = QStringLiteral("3");
         QVERIFY(form.save());
@@ -380,7 +380,7 @@ private slots:
         QFETCH(QString, error);
         QFETCH(int, windows);
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.chooseManualTracking();
         form.edit().manualShortLimit = shortLimit;
         form.edit().manualShortUsed = shortUsed;
@@ -425,7 +425,7 @@ private slots:
 
     void manualWindowsAreWrittenAsTheTableSays() {
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.chooseManualTracking();
         form.edit().manualUnit = UsageUnit::dollars;
         form.edit().manualShortLimit = QStringLiteral("20");
@@ -455,7 +455,7 @@ private slots:
 
     void aPastResetFailsEvenWithoutNumbers() {
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.chooseManualTracking();
         form.edit().manualShortHasReset = true;
         form.edit().manualShortReset = kNow; // at now is past
@@ -481,7 +481,7 @@ private slots:
         account->setConnectionMode(ConnectionMode::manual);
         account->setSampleDataEnabled(false);
         QVERIFY(fixture.store->save());
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+        AccountEditorForm form(fixture.lifecycle.get(), account);
         form.edit().label = QStringLiteral("After");
         form.edit().agentBudgetText = QStringLiteral("Atlas|tokens|1|10|5");
         form.edit().manualShortLimit = QStringLiteral("abc");
@@ -513,7 +513,7 @@ private slots:
         QFETCH(QString, typed);
         QFETCH(qint64, stored);
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.edit().agentCount = typed;
         QVERIFY(form.save());
         QCOMPARE(fixture.store->accounts().first()->agentCount(), std::optional<qint64>(stored));
@@ -522,7 +522,7 @@ private slots:
     void changingTheProviderOfAnAPIKeyAccountStartsOver() {
         CoreFixture fixture;
         ProviderAccount* account = apiAccount(fixture);
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+        AccountEditorForm form(fixture.lifecycle.get(), account);
         form.setProvider(AIProvider::anthropic);
         QVERIFY(!form.fields().detectedMetadata);
         QVERIFY(form.save());
@@ -542,14 +542,14 @@ private slots:
         CoreFixture fixture;
         ProviderAccount* account = apiAccount(fixture);
         {
-            AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+            AccountEditorForm form(fixture.lifecycle.get(), account);
             form.chooseManualTracking();
             QVERIFY(form.save());
             QVERIFY(!KeychainStore::read(account->secretReference()));
             QCOMPARE(account->connectionMode(), ConnectionMode::manual);
         }
         KeychainStore::save(QStringLiteral("sk-kept"), account->secretReference());
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+        AccountEditorForm form(fixture.lifecycle.get(), account);
         form.chooseOfficialAPIKey();
         QVERIFY(form.save());
         QCOMPARE(KeychainStore::read(account->secretReference()),
@@ -560,7 +560,7 @@ private slots:
 
     void aTypedKeyIsStoredAsTyped() {
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.chooseOfficialAPIKey();
         form.edit().secretInput = QStringLiteral(" sk-admin with blanks ");
         QVERIFY(form.save());
@@ -569,8 +569,7 @@ private slots:
                  std::optional<QString>(QStringLiteral(" sk-admin with blanks ")));
         QCOMPARE(account->sampleDataEnabled(), false);
         // A changed provider with a new key: the new key stays.
-        AccountEditorForm again(fixture.store.get(), fixture.preferences.get(),
-                                fixture.store->accounts().first());
+        AccountEditorForm again(fixture.lifecycle.get(), fixture.store->accounts().first());
         again.setProvider(AIProvider::xAI);
         again.edit().secretInput = QStringLiteral("xai-key");
         QVERIFY(again.save());
@@ -583,7 +582,7 @@ private slots:
         ProviderAccount* account = fixture.addAccount(QStringLiteral("Hand"), AIProvider::xAI);
         account->setConnectionMode(ConnectionMode::manual);
         account->setSampleDataEnabled(false);
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+        AccountEditorForm form(fixture.lifecycle.get(), account);
         form.edit().sampleDataEnabled = true;
         QVERIFY(form.save());
         QCOMPARE(account->connectionMode(), ConnectionMode::manual);
@@ -594,11 +593,11 @@ private slots:
 
     void leavingSampleModeForManualWithoutNumbers() {
         CoreFixture fixture;
-        AccountEditorForm first(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm first(fixture.lifecycle.get(), nullptr);
         QVERIFY(first.save());
         ProviderAccount* account = fixture.store->accounts().first();
         QVERIFY(account->snapshot());
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+        AccountEditorForm form(fixture.lifecycle.get(), account);
         form.chooseManualTracking();
         form.edit().manualShortLimit.clear();
         form.edit().manualShortUsed.clear();
@@ -615,7 +614,7 @@ private slots:
 
     void browserModeWaitsForManualTracking() {
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.setProvider(AIProvider::gemini);
         const std::optional<QUrl> page = form.openProviderAuth();
         QVERIFY(page && page->isValid());
@@ -636,7 +635,7 @@ private slots:
             return makeReadOnly(path, readOnly) && makeReadOnly(path + QStringLiteral("-wal"), readOnly);
         };
         {
-            AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+            AccountEditorForm form(fixture.lifecycle.get(), nullptr);
             form.edit().label = QStringLiteral("Typed");
             QVERIFY(refuse(true));
             QVERIFY(!form.save());
@@ -650,7 +649,7 @@ private slots:
         // A sheet cancelled after a refused save leaves no record behind, and no key.
         QString reference;
         {
-            AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+            AccountEditorForm form(fixture.lifecycle.get(), nullptr);
             form.edit().label = QStringLiteral("Cancelled");
             form.chooseOfficialAPIKey();
             form.edit().secretInput = QStringLiteral("sk-orphan");
@@ -670,7 +669,7 @@ private slots:
 
     void modeChangesClearWhatBelongedToTheOldMode() {
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         QVERIFY(form.fields().sampleDataEnabled);
         form.openProviderAuth();
         QCOMPARE(form.fields().connectionMode, ConnectionMode::browser);
@@ -695,7 +694,7 @@ private slots:
 
     void testMessagesByMode() {
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.testConnection();
         QCOMPARE(form.fields().testMessage, std::optional<QString>(QStringLiteral(
                                                 "Sample mode is ready; no provider request was made.")));
@@ -720,7 +719,7 @@ private slots:
 
     void aKeyForAProviderWithoutAConnector() {
         CoreFixture fixture;
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.chooseOfficialAPIKey();
         form.setProvider(AIProvider::xAI);
         QCOMPARE(form.fields().connectionMode, ConnectionMode::apiKey);
@@ -738,7 +737,7 @@ private slots:
         server.acceptKey();
         ProviderFactory::setOpenAIBase(server.base());
         ProviderAccount* account = apiAccount(fixture, QStringLiteral("sk-admin-from-keychain"));
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+        AccountEditorForm form(fixture.lifecycle.get(), account);
         QSignalSpy finished(&form, &AccountEditorForm::testFinished);
         form.testConnection();
         QVERIFY(form.fields().isTestingConnection);
@@ -766,7 +765,7 @@ private slots:
         FakeOpenAIServer server;
         server.refuseKey();
         ProviderFactory::setOpenAIBase(server.base());
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.chooseOfficialAPIKey();
         form.edit().secretInput = QStringLiteral("sk-typed");
         QSignalSpy finished(&form, &AccountEditorForm::testFinished);
@@ -787,7 +786,7 @@ private slots:
         FakeOpenAIServer server;
         server.setReply(QStringLiteral("usage"), {200, "<html>not json</html>", {}});
         ProviderFactory::setOpenAIBase(server.base());
-        AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), nullptr);
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
         form.chooseOfficialAPIKey();
         form.edit().secretInput = QStringLiteral("sk-typed");
         QSignalSpy finished(&form, &AccountEditorForm::testFinished);
@@ -812,7 +811,7 @@ private slots:
         CoreFixture fixture;
         SilentServer silent;
         ProviderFactory::setOpenAIBase(silent.base(), std::chrono::milliseconds(300));
-        auto* form = new AccountEditorForm(fixture.store.get(), fixture.preferences.get(), nullptr);
+        auto* form = new AccountEditorForm(fixture.lifecycle.get(), nullptr);
         form->chooseOfficialAPIKey();
         form->edit().secretInput = QStringLiteral("sk-typed");
         form->testConnection();
@@ -827,7 +826,7 @@ private slots:
         CoreFixture fixture;
         ProviderAccount* account = apiAccount(fixture);
         {
-            AccountEditorForm form(fixture.store.get(), fixture.preferences.get(), account);
+            AccountEditorForm form(fixture.lifecycle.get(), account);
             form.edit().secretInput = QStringLiteral("half typed");
             form.logoutConnection();
             QVERIFY(!KeychainStore::read(account->secretReference()));

@@ -446,10 +446,11 @@ private slots:
         KeychainStore::save(QStringLiteral("sk-admin-e2e"), account->secretReference());
         ContentView content(store.get(), &preferences);
         // The real factory's choice, pointed at the local server.
-        content.setProviderMaker([&server](const ProviderAccount& target) -> std::unique_ptr<UsageProvider> {
-            const auto key = KeychainStore::read(target.secretReference());
-            return std::make_unique<OpenAIUsageProvider>(key.value_or(QString()), server.base());
-        });
+        content.engine().setProviderMaker(
+            [&server](const ProviderAccount& target) -> std::unique_ptr<UsageProvider> {
+                const auto key = KeychainStore::read(target.secretReference());
+                return std::make_unique<OpenAIUsageProvider>(key.value_or(QString()), server.base());
+            });
         content.refresh(account);
         QTRY_VERIFY(content.refreshingIDs().isEmpty());
         QTRY_VERIFY(!store->hasChanges());
@@ -475,7 +476,7 @@ private slots:
         store->insert(account);
         ContentView content(store.get(), &preferences);
         const QUrl base = silent.base();
-        content.setProviderMaker([base](const ProviderAccount&) -> std::unique_ptr<UsageProvider> {
+        content.engine().setProviderMaker([base](const ProviderAccount&) -> std::unique_ptr<UsageProvider> {
             return std::make_unique<OpenAIUsageProvider>(QStringLiteral("sk-admin-hang"), base,
                                                          std::chrono::milliseconds(300));
         });

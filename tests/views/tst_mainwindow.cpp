@@ -120,7 +120,7 @@ private slots:
         QSignalSpy shown(&window, &MainWindow::firstShown);
         window.show();
         QCOMPARE(shown.count(), 1);
-        QVERIFY(content.heartbeatTimer().isActive());
+        QVERIFY(content.engine().heartbeatTimer().isActive());
         QVERIFY(fixture.preferences->onboardingCompleted());
         window.hide();
         window.show();

@@ -263,11 +263,11 @@ private slots:
         QCOMPARE(f.accountRow(0).data(SidebarModel::StatusTitleRole).toString(),
                  SyncStatus(SyncStatus::current).title());
         QSignalSpy changed(&f.model, &QAbstractItemModel::dataChanged);
-        f.content.tick(Timestamp(1'000'060)); // nothing aged
+        f.content.engine().tick(Timestamp(1'000'060)); // nothing aged
         QCOMPARE(changed.count(), 0);
 
         Clock::setFixedNow(Timestamp(1'000'000 + ProviderAccount::kStaleAfterSeconds + 60));
-        f.content.tick(Clock::now());
+        f.content.engine().tick(Clock::now());
         QCOMPARE(changed.count(), 1);
         QCOMPARE(changed.first().at(0).value<QModelIndex>(), f.accountRow(0));
         QCOMPARE(f.accountRow(0).data(SidebarModel::StatusTitleRole).toString(),

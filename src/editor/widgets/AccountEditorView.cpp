@@ -66,10 +66,10 @@ ElidedLabel* titleOf(QWidget* row) {
 }
 } // namespace
 
-AccountEditorView::AccountEditorView(AccountStore* store, Preferences* preferences, ProviderAccount* existing,
+AccountEditorView::AccountEditorView(AccountLifecycle* lifecycle, ProviderAccount* existing,
                                      std::function<void()> onSave, QWidget* parent)
     : QDialog(parent, Qt::Sheet)
-    , m_form(new AccountEditorForm(store, preferences, existing, std::move(onSave), this)) {
+    , m_form(new AccountEditorForm(lifecycle, existing, std::move(onSave), this)) {
     setObjectName(QStringLiteral("accountEditor"));
     setWindowModality(Qt::WindowModal);
     setSizeGripEnabled(true);

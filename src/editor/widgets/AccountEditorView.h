@@ -7,10 +7,9 @@
 #include <functional>
 
 class AccountEditorForm;
-class AccountStore;
+class AccountLifecycle;
 class ElidedLabel;
 class ManualHorizonEditor;
-class Preferences;
 class ProviderAccount;
 class QComboBox;
 class QDateTimeEdit;
@@ -29,8 +28,8 @@ class AccountEditorView final : public QDialog {
     Q_OBJECT
 
 public:
-    AccountEditorView(AccountStore* store, Preferences* preferences, ProviderAccount* existing,
-                      std::function<void()> onSave, QWidget* parent = nullptr);
+    AccountEditorView(AccountLifecycle* lifecycle, ProviderAccount* existing, std::function<void()> onSave,
+                      QWidget* parent = nullptr);
     ~AccountEditorView() override;
 
     AccountEditorForm* form() const noexcept { return m_form; }

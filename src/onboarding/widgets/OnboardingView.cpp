@@ -111,7 +111,7 @@ OnboardingView::OnboardingView(ContentView* content, QWidget* parent)
         &content->preferences()->settings(), content->existingLabels(),
         OnboardingFlow::Hooks{
             .createAccount =
-                [this](const OnboardingDraft& draft) { return m_content->createOnboardingAccount(draft); },
+                [this](const OnboardingDraft& draft) { return m_content->createOnboardingAccount(draft.accountDraft()); },
             .exploreSample = [this] { m_content->createDemoAccounts(); },
             .finish = [this] { m_content->finishOnboarding(); },
             .dismiss = [this] { QDialog::done(QDialog::Accepted); },

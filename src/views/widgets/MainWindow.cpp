@@ -415,7 +415,7 @@ void MainWindow::presentEditor() {
     }
     const EditorState opened = *state;
     m_editor = new AccountEditorView(
-        m_content->store(), m_content->preferences(), opened.account(m_content->accounts()),
+        &m_content->lifecycle(), opened.account(m_content->accounts()),
         [this, opened] { m_content->editorDidSave(opened); }, this);
     AccountEditorView* editor = m_editor;
     connect(editor, &QDialog::finished, this, [this, editor] {

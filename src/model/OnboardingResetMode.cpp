@@ -1,4 +1,4 @@
-#include "onboarding/OnboardingResetMode.h"
+#include "model/OnboardingResetMode.h"
 
 QString OnboardingResetMode::title() const {
     switch (value()) {
