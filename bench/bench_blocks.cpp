@@ -10,11 +10,11 @@
 #include "views/MetricCardContent.h"
 #include "views/SubscriptionCardContent.h"
 #include "views/TrendChartContent.h"
-#include "views/widgets/AppResources.h"
-#include "views/widgets/MetricCardWidget.h"
-#include "views/widgets/SubscriptionCardWidget.h"
-#include "views/widgets/SubscriptionMatrixWidget.h"
-#include "views/widgets/TrendChartWidget.h"
+#include "ui/AppResources.h"
+#include "ui/MetricCardWidget.h"
+#include "ui/SubscriptionCardWidget.h"
+#include "ui/SubscriptionMatrixWidget.h"
+#include "ui/TrendChartWidget.h"
 
 #include <QApplication>
 #include <QGridLayout>

@@ -3,14 +3,15 @@
 // status message or snapshot changing per iteration. Timed by hand from the change to
 // the painted window; the pause that keeps redraws apart is not counted.
 #include "BenchFixtures.h"
+#include "app/MainWindow.h"
 #include "core/ContentView.h"
 #include "core/Preferences.h"
 #include "model/Clock.h"
 #include "store/AccountStore.h"
-#include "views/widgets/AppResources.h"
-#include "views/widgets/MainWindow.h"
+#include "ui/AppResources.h"
+#include "ui/AppStyle.h"
+#include "ui/Theme.h"
 #include "views/widgets/OverviewScreen.h"
-#include "views/widgets/Theme.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -130,7 +131,7 @@ BENCHMARK(snapshotChangesInTheMatrix)->UseManualTime()->Unit(benchmark::kMillise
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     AppResources::load();
-    Theme::apply(Theme::Appearance::light);
+    AppStyle::apply(Theme::Appearance::light);
     QFont text(AppResources::fontFamily());
     text.setPixelSize(Theme::kBody);
     QApplication::setFont(text);

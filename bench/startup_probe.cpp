@@ -1,6 +1,6 @@
 // The real application, quitting as soon as its main window has drawn its first frame.
 #include "FirstFrame.h"
-#include "views/widgets/AppMain.h"
+#include "app/AppMain.h"
 
 #include <QApplication>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/widgets/ElidedLabel.h"
+#include "ui/ElidedLabel.h"
 
 #include <QAccessible>
 #include <QLineEdit>

@@ -1,4 +1,4 @@
-#include "views/widgets/AppMain.h"
+#include "app/AppMain.h"
 
 int main(int argc, char* argv[]) {
     return AppMain::run(argc, argv);

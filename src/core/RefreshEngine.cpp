@@ -5,6 +5,7 @@
 #include "providers/OfficialMetadata.h"
 #include "providers/ProviderFactory.h"
 #include "providers/UsageProviderError.h"
+#include "core/UrgentNotification.h"
 #include "services/NotificationService.h"
 
 #include <QPointer>
@@ -176,7 +177,7 @@ void RefreshEngine::updateNotificationEpisode(ProviderAccount& account) {
     const bool urgent = account.pulse() == UsageHealth::urgent;
     if (enabled && urgent) {
         if (!m_notifiedUrgentIDs.contains(id)) {
-            NotificationService::postUrgent(account);
+            NotificationService::postUrgent(UrgentNotification::request(account));
             m_notifiedUrgentIDs.insert(id);
         }
     } else if (!urgent) {

@@ -2,8 +2,6 @@
 
 #include "services/UrgentNotificationRequest.h"
 
-class ProviderAccount;
-
 // The one notification the program posts: an account has reached a tracked limit.
 // Deciding when, and remembering what was sent, belongs to the refresh engine.
 class NotificationService final {
@@ -11,7 +9,5 @@ public:
     NotificationService() = delete;
 
     static void requestAuthorization();
-    // Builds the request without touching any notification centre.
-    static UrgentNotificationRequest makeUrgentRequest(const ProviderAccount& account);
-    static void postUrgent(const ProviderAccount& account);
+    static void postUrgent(const UrgentNotificationRequest& request);
 };

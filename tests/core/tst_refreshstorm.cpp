@@ -1,7 +1,7 @@
 #include "core/ContentView.h"
 
 #include "CoreFixtures.h"
-#include "views/widgets/MainWindow.h"
+#include "app/MainWindow.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>

@@ -7,9 +7,9 @@
 #include "onboarding/widgets/OnboardingOrbit.h"
 #include "providers/ProviderFactory.h"
 #include "services/KeychainStore.h"
-#include "views/widgets/ElidedLabel.h"
-#include "views/widgets/MainWindow.h"
-#include "views/widgets/SelectableTile.h"
+#include "ui/ElidedLabel.h"
+#include "app/MainWindow.h"
+#include "ui/SelectableTile.h"
 
 #include "WidgetTree.h"
 #include "providers/FakeOpenAIServer.h"

@@ -3,6 +3,7 @@
 // see that a notification after a restart replaces the one before it.
 //
 //   notification_probe <account UUID>
+#include "core/UrgentNotification.h"
 #include "services/ApplicationSettings.h"
 #include "services/NotificationService.h"
 #include "store/ProviderAccount.h"
@@ -17,13 +18,13 @@ int main(int argc, char* argv[]) {
                                                         .provider = AIProvider::openAI,
                                                         .label = QStringLiteral("Restarted"),
                                                         .accountKind = AccountKind::api});
-    const QString identifier = NotificationService::makeUrgentRequest(account).identifier;
+    const QString identifier = UrgentNotification::request(account).identifier;
     const uint before = ApplicationSettings::open()
                             .value(QStringLiteral("notificationServerIDs"))
                             .toMap()
                             .value(identifier)
                             .toUInt();
-    NotificationService::postUrgent(account);
+    NotificationService::postUrgent(UrgentNotification::request(account));
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < 5000) {

@@ -1,4 +1,5 @@
 #include "FakeNotificationServer.h"
+#include "core/UrgentNotification.h"
 #include "services/NotificationService.h"
 #include "store/ProviderAccount.h"
 
@@ -21,7 +22,7 @@ class TestNotificationService final : public QObject {
 private slots:
     void requestIsAPlainValue() {
         const ProviderAccount account(init(QStringLiteral("Work API")));
-        const UrgentNotificationRequest request = NotificationService::makeUrgentRequest(account);
+        const UrgentNotificationRequest request = UrgentNotification::request(account);
         QCOMPARE(request.title, QStringLiteral("AI subscription needs attention"));
         QCOMPARE(request.body, QStringLiteral("Work API is at or above a tracked usage limit."));
         QVERIFY(request.body.startsWith(QStringLiteral("Work API")));
@@ -32,15 +33,15 @@ private slots:
     void identifiersBelongToAccounts() {
         const ProviderAccount first(init(QStringLiteral("Same")));
         const ProviderAccount second(init(QStringLiteral("Same")));
-        QVERIFY(NotificationService::makeUrgentRequest(first).identifier !=
-                NotificationService::makeUrgentRequest(second).identifier);
-        QCOMPARE(NotificationService::makeUrgentRequest(first).identifier,
-                 NotificationService::makeUrgentRequest(first).identifier);
+        QVERIFY(UrgentNotification::request(first).identifier !=
+                UrgentNotification::request(second).identifier);
+        QCOMPARE(UrgentNotification::request(first).identifier,
+                 UrgentNotification::request(first).identifier);
     }
 
     void blankLabelUsesTheProviderName() {
         const ProviderAccount account(init(QStringLiteral("  ")));
-        QCOMPARE(NotificationService::makeUrgentRequest(account).body,
+        QCOMPARE(UrgentNotification::request(account).body,
                  QStringLiteral("OpenAI is at or above a tracked usage limit."));
     }
 
@@ -51,7 +52,7 @@ private slots:
         const ProviderAccount other(init(QStringLiteral("Home")));
         NotificationService::requestAuthorization();
 
-        NotificationService::postUrgent(account);
+        NotificationService::postUrgent(UrgentNotification::request(account));
         QTRY_COMPARE(server.calls().size(), 1);
         const FakeNotificationServer::Call first = server.calls().first();
         QCOMPARE(first.appName, QStringLiteral("Tallyfen"));
@@ -61,11 +62,11 @@ private slots:
         QVERIFY(first.hints.contains(QStringLiteral("sound-name")));
 
         // Posted again at once, before the first answer is in: it still replaces.
-        NotificationService::postUrgent(account);
+        NotificationService::postUrgent(UrgentNotification::request(account));
         QTRY_COMPARE(server.calls().size(), 2);
         QCOMPARE(server.calls().at(1).replacesId, first.assignedId);
 
-        NotificationService::postUrgent(other);
+        NotificationService::postUrgent(UrgentNotification::request(other));
         QTRY_COMPARE(server.calls().size(), 3);
         QCOMPARE(server.calls().at(2).replacesId, 0U);
         QVERIFY(server.calls().at(2).assignedId != first.assignedId);
@@ -74,8 +75,8 @@ private slots:
     void twoPostsInOneTurnReplaceEachOther() {
         FakeNotificationServer server;
         const ProviderAccount account(init(QStringLiteral("Racing")));
-        NotificationService::postUrgent(account);
-        NotificationService::postUrgent(account);
+        NotificationService::postUrgent(UrgentNotification::request(account));
+        NotificationService::postUrgent(UrgentNotification::request(account));
         QTRY_COMPARE(server.calls().size(), 2);
         QCOMPARE(server.calls().at(0).replacesId, 0U);
         QCOMPARE(server.calls().at(1).replacesId, server.calls().at(0).assignedId);
@@ -97,7 +98,7 @@ private slots:
         FakeNotificationServer server;
         server.setCapabilities(capabilities);
         const ProviderAccount account(init(QStringLiteral("R&D <core>")));
-        NotificationService::postUrgent(account);
+        NotificationService::postUrgent(UrgentNotification::request(account));
         QTRY_COMPARE(server.calls().size(), 1);
         QCOMPARE(server.calls().first().body, body);
     }
@@ -130,12 +131,12 @@ private slots:
         NotificationService::requestAuthorization();
         QElapsedTimer clock;
         clock.start();
-        NotificationService::postUrgent(account);
+        NotificationService::postUrgent(UrgentNotification::request(account));
         QVERIFY(clock.elapsed() < 100); // the call returns at once
         QTRY_COMPARE(server.calls().size(), 1);
         // The refusal ends that post; a later one goes out again, replacing nothing.
         server.setRefusing(false);
-        NotificationService::postUrgent(account);
+        NotificationService::postUrgent(UrgentNotification::request(account));
         QTRY_COMPARE(server.calls().size(), 2);
         QCOMPARE(server.calls().at(1).replacesId, 0U);
     }
@@ -145,7 +146,7 @@ private slots:
         QElapsedTimer clock;
         clock.start();
         NotificationService::requestAuthorization();
-        NotificationService::postUrgent(account);
+        NotificationService::postUrgent(UrgentNotification::request(account));
         QVERIFY(clock.elapsed() < 100);
 
         // The post was dropped, not kept for later: a server that appears afterwards

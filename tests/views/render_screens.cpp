@@ -1,5 +1,6 @@
 // Renders the application's screens offscreen into PNG files, for people to look at.
 // Usage: render_screens <output folder>
+#include "app/MainWindow.h"
 #include "core/ContentView.h"
 #include "core/Preferences.h"
 #include "editor/AccountEditorForm.h"
@@ -8,24 +9,24 @@
 #include "onboarding/OnboardingFlow.h"
 #include "onboarding/widgets/OnboardingView.h"
 #include "providers/MockDataFactory.h"
+#include "ui/AppResources.h"
+#include "ui/AppStyle.h"
+#include "ui/BadgeWidget.h"
+#include "ui/MetricCardWidget.h"
+#include "ui/StatusCardWidget.h"
+#include "ui/SubscriptionCardWidget.h"
+#include "ui/SubscriptionMatrixWidget.h"
+#include "ui/Theme.h"
+#include "ui/TrendChartWidget.h"
 #include "views/Badge.h"
 #include "views/MatrixRowContent.h"
 #include "views/MetricCardContent.h"
 #include "views/SettingsContent.h"
 #include "views/SubscriptionCardContent.h"
 #include "views/TrendChartContent.h"
-#include "views/widgets/AppResources.h"
-#include "views/widgets/BadgeWidget.h"
-#include "views/widgets/MainWindow.h"
-#include "views/widgets/MetricCardWidget.h"
 #include "views/widgets/OverviewScreen.h"
 #include "views/widgets/SettingsView.h"
 #include "views/widgets/SidebarView.h"
-#include "views/widgets/StatusCardWidget.h"
-#include "views/widgets/SubscriptionCardWidget.h"
-#include "views/widgets/SubscriptionMatrixWidget.h"
-#include "views/widgets/Theme.h"
-#include "views/widgets/TrendChartWidget.h"
 
 #include <QScrollArea>
 
@@ -327,7 +328,7 @@ int main(int argc, char* argv[]) {
     bool ok = true;
     for (const auto& [look, name] :
          {std::pair{Theme::Appearance::light, "light"}, std::pair{Theme::Appearance::dark, "dark"}}) {
-        Theme::apply(look);
+        AppStyle::apply(look);
         const QLatin1StringView appearance(name);
         const auto file = [&](const char* screen) {
             return QDir(output).filePath(

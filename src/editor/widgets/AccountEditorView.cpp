@@ -2,12 +2,12 @@
 
 #include "editor/AccountEditorForm.h"
 #include "editor/widgets/ManualHorizonEditor.h"
-#include "views/widgets/BlockParts.h"
-#include "views/widgets/FormField.h"
-#include "views/widgets/SectionCard.h"
-#include "views/widgets/SelectableTile.h"
-#include "views/widgets/Theme.h"
-#include "views/widgets/ToggleSwitch.h"
+#include "ui/BlockParts.h"
+#include "ui/FormField.h"
+#include "ui/SectionCard.h"
+#include "ui/SelectableTile.h"
+#include "ui/Theme.h"
+#include "ui/ToggleSwitch.h"
 
 #include <QComboBox>
 #include <QDateEdit>

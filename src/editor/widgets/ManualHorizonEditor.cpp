@@ -1,9 +1,9 @@
 #include "editor/widgets/ManualHorizonEditor.h"
 
-#include "views/widgets/BlockParts.h"
-#include "views/widgets/FormField.h"
-#include "views/widgets/Theme.h"
-#include "views/widgets/ToggleSwitch.h"
+#include "ui/BlockParts.h"
+#include "ui/FormField.h"
+#include "ui/Theme.h"
+#include "ui/ToggleSwitch.h"
 
 #include <QDateTimeEdit>
 #include <QLineEdit>

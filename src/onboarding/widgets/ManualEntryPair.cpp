@@ -1,8 +1,8 @@
 #include "onboarding/widgets/ManualEntryPair.h"
 
-#include "views/widgets/BlockParts.h"
-#include "views/widgets/FormField.h"
-#include "views/widgets/Theme.h"
+#include "ui/BlockParts.h"
+#include "ui/FormField.h"
+#include "ui/Theme.h"
 
 #include <QComboBox>
 #include <QDateTimeEdit>

@@ -1,7 +1,7 @@
 #include "onboarding/widgets/OnboardingOrbit.h"
 
-#include "views/widgets/BrandMark.h"
-#include "views/widgets/Theme.h"
+#include "ui/BrandMark.h"
+#include "ui/Theme.h"
 
 #include <QPainter>
 #include <QVariantAnimation>

@@ -6,13 +6,13 @@
 #include "onboarding/widgets/OnboardingOrbit.h"
 #include "onboarding/widgets/StepCapsules.h"
 #include "services/MotionPreference.h"
-#include "views/widgets/BlockParts.h"
-#include "views/widgets/BrandMark.h"
-#include "views/widgets/FormField.h"
-#include "views/widgets/ProviderLogoWidget.h"
-#include "views/widgets/SelectableTile.h"
-#include "views/widgets/Theme.h"
-#include "views/widgets/ToggleSwitch.h"
+#include "ui/BlockParts.h"
+#include "ui/BrandMark.h"
+#include "ui/FormField.h"
+#include "ui/ProviderLogoWidget.h"
+#include "ui/SelectableTile.h"
+#include "ui/Theme.h"
+#include "ui/ToggleSwitch.h"
 
 #include <QClipboard>
 #include <QComboBox>

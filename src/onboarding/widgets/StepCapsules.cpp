@@ -1,6 +1,6 @@
 #include "onboarding/widgets/StepCapsules.h"
 
-#include "views/widgets/Theme.h"
+#include "ui/Theme.h"
 
 #include <QPainter>
 

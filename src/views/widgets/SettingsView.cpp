@@ -2,10 +2,10 @@
 
 #include "core/Preferences.h"
 #include "views/SettingsContent.h"
-#include "views/widgets/BlockParts.h"
-#include "views/widgets/SectionCard.h"
-#include "views/widgets/Theme.h"
-#include "views/widgets/ToggleSwitch.h"
+#include "ui/BlockParts.h"
+#include "ui/SectionCard.h"
+#include "ui/Theme.h"
+#include "ui/ToggleSwitch.h"
 
 #include <QComboBox>
 #include <QDesktopServices>

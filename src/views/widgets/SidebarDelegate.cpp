@@ -1,10 +1,10 @@
 #include "views/widgets/SidebarDelegate.h"
 
 #include "views/SidebarModel.h"
-#include "views/widgets/LongText.h"
-#include "views/widgets/ProviderLogoWidget.h"
-#include "views/widgets/SymbolIcon.h"
-#include "views/widgets/Theme.h"
+#include "ui/LongText.h"
+#include "ui/ProviderLogoWidget.h"
+#include "ui/SymbolIcon.h"
+#include "ui/Theme.h"
 
 #include <QPainter>
 

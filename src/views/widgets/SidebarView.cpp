@@ -3,8 +3,8 @@
 #include "core/ContentView.h"
 #include "views/SidebarModel.h"
 #include "views/widgets/SidebarDelegate.h"
-#include "views/widgets/SymbolIcon.h"
-#include "views/widgets/Theme.h"
+#include "ui/SymbolIcon.h"
+#include "ui/Theme.h"
 
 #include <QAction>
 #include <QHeaderView>
