@@ -6,17 +6,14 @@
 
 class ContentView;
 class ElidedLabel;
-class ManualEntryPair;
+class OnboardingConnectionPage;
 class OnboardingFlow;
 class OnboardingOrbit;
-class QComboBox;
 class QLineEdit;
-class QProgressBar;
 class QPushButton;
 class QStackedWidget;
 class SelectableTile;
 class StepCapsules;
-class ToggleSwitch;
 
 // The guided first-account flow as a sheet over the main window: a header with the step
 // and its capsules, the page, and the footer. It draws OnboardingContent and passes what
@@ -54,7 +51,6 @@ private:
     OnboardingContent m_shown;
     bool m_reduceMotion = false;
     bool m_appeared = false;
-    bool m_syncing = false;
 
     ElidedLabel* m_step = nullptr;
     StepCapsules* m_capsules = nullptr;
@@ -81,28 +77,7 @@ private:
     QWidget* m_duplicate = nullptr;
     ElidedLabel* m_preview = nullptr;
     QWidget* m_previewLogo = nullptr;
-    // connection
-    QList<SelectableTile*> m_modeCards;
-    QWidget* m_keyPanel = nullptr;
-    QLineEdit* m_key = nullptr;
-    QPushButton* m_test = nullptr;
-    QProgressBar* m_progress = nullptr;
-    QPushButton* m_cancelTest = nullptr;
-    ElidedLabel* m_testMessage = nullptr;
-    QWidget* m_manualPanel = nullptr;
-    QComboBox* m_unit = nullptr;
-    ManualEntryPair* m_shortPair = nullptr;
-    ManualEntryPair* m_weeklyPair = nullptr;
-    QWidget* m_previews = nullptr;
-    ToggleSwitch* m_overage = nullptr;
-    QWidget* m_overageRow = nullptr;
-    ToggleSwitch* m_overdue = nullptr;
-    QWidget* m_overdueRow = nullptr;
-    QWidget* m_sampleLine = nullptr;
-    QWidget* m_detected = nullptr;
-    ElidedLabel* m_detectedName = nullptr;
-    ElidedLabel* m_detectedLine = nullptr;
-    QWidget* m_connectionError = nullptr;
+    OnboardingConnectionPage* m_connection = nullptr;
     // ready
     QWidget* m_readyTile = nullptr;
     ElidedLabel* m_readyHeading = nullptr;
