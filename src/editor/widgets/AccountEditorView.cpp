@@ -1,6 +1,7 @@
 #include "editor/widgets/AccountEditorView.h"
 
 #include "editor/AccountEditorForm.h"
+#include "editor/widgets/EditorParts.h"
 #include "editor/widgets/ManualHorizonEditor.h"
 #include "ui/BlockParts.h"
 #include "ui/FormField.h"
@@ -23,47 +24,10 @@
 
 namespace {
 using Ink = ElidedLabel::Ink;
+using namespace EditorParts;
 
 constexpr int kProviderColumns = 4;
-
-// A button of the sheet that Return never presses: Save is the only default button.
-QPushButton* sheetButton(const QString& title, Theme::ButtonRole role, const QString& name, QWidget* parent) {
-    QPushButton* button = BlockParts::button(title, role, parent);
-    button->setObjectName(name);
-    button->setAutoDefault(false);
-    return button;
-}
 constexpr int kAuthTileCount = 3;
-
-ElidedLabel* note(const QString& text, QWidget* parent) {
-    return BlockParts::text(text, Theme::kFootnote, QFont::Normal, Ink::secondary, parent, Tone::muted, 6);
-}
-
-ElidedLabel* paragraph(const QString& text, QWidget* parent) {
-    return BlockParts::text(text, Theme::kBody, QFont::Normal, Ink::secondary, parent, Tone::muted, 6);
-}
-
-QLineEdit* lineEdit(const QString& prompt, QWidget* parent) {
-    auto* field = new QLineEdit(parent);
-    field->setPlaceholderText(prompt);
-    return field;
-}
-
-// Sets a field's text only when it differs, so the caret stays where the operator left it.
-void setTextIfChanged(QLineEdit* field, const QString& text) {
-    if (field->text() != text) {
-        field->setText(text);
-    }
-}
-
-QDateTime localTime(Timestamp moment) {
-    return moment.clamped().toDateTime().toLocalTime();
-}
-
-// A titled field row's title, to rename it with its content.
-ElidedLabel* titleOf(QWidget* row) {
-    return row->findChild<ElidedLabel*>(QString(), Qt::FindDirectChildrenOnly);
-}
 } // namespace
 
 AccountEditorView::AccountEditorView(AccountLifecycle* lifecycle, ProviderAccount* existing,
@@ -90,13 +54,7 @@ void AccountEditorView::build() {
     outer->setContentsMargins(0, 0, 0, 0);
     outer->setSpacing(0);
 
-    auto* header = new QWidget(this);
-    auto* headerLayout = new QVBoxLayout(header);
-    headerLayout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceL, Theme::kSpaceXL, Theme::kSpaceS);
-    m_title = BlockParts::text(m_content.title, Theme::kTitle, QFont::DemiBold, Ink::primary, header);
-    m_title->setObjectName(QStringLiteral("editorTitle"));
-    headerLayout->addWidget(m_title);
-    outer->addWidget(header);
+    outer->addWidget(sheetHeader(m_content.title, m_title, this));
 
     m_scroll = new QScrollArea(this);
     m_scroll->setWidgetResizable(true);
@@ -116,17 +74,7 @@ void AccountEditorView::build() {
     buildAdvanced(m_page);
     buildBudgets(m_page);
 
-    m_errorRow = new QWidget(m_page);
-    m_errorRow->setObjectName(QStringLiteral("editorError"));
-    auto* errorLayout = BlockParts::row(Theme::kSpaceS);
-    m_errorRow->setLayout(errorLayout);
-    errorLayout->setContentsMargins(0, Theme::kSpaceS, 0, 0);
-    errorLayout->addWidget(
-        BlockParts::icon(QStringLiteral("exclamationmark.circle.fill"), 16, m_errorRow, Tone::critical), 0,
-        Qt::AlignTop);
-    m_error =
-        BlockParts::text(QString(), Theme::kBody, QFont::Medium, Ink::tone, m_errorRow, Tone::critical, 4);
-    errorLayout->addWidget(m_error, 1);
+    m_errorRow = errorRow(m_page, m_error);
     layout->addWidget(m_errorRow);
     layout->addStretch(1);
 
@@ -220,8 +168,36 @@ void AccountEditorView::buildAuthentication(QWidget* page) {
     }
     card->add(tiles);
 
+    card->add(buildBrowserPanel(card));
+
+    card->add(buildKeyPanel(card));
+
+    m_testMessage =
+        BlockParts::text(QString(), Theme::kBody, QFont::Normal, Ink::primary, card, Tone::muted, 4);
+    m_testMessage->setObjectName(QStringLiteral("testMessage"));
+    card->add(m_testMessage);
+
+    m_samplePanel = new QWidget(card);
+    auto* sampleLayout = new QVBoxLayout(m_samplePanel);
+    sampleLayout->setContentsMargins(0, 0, 0, 0);
+    sampleLayout->setSpacing(Theme::kSpaceXS);
+    m_sample = new ToggleSwitch(QString(), m_samplePanel);
+    m_sample->setObjectName(QStringLiteral("sampleDataToggle"));
+    sampleLayout->addWidget(m_sample);
+    sampleLayout->addWidget(note(QString(), m_samplePanel));
+    card->add(m_samplePanel);
+    connect(m_sample, &ToggleSwitch::toggled, this, [this](bool on) {
+        if (!m_syncing) {
+            m_form->edit().sampleDataEnabled = on;
+        }
+    });
+
+    card->add(note(m_content.securityNote, card));
+}
+
+QWidget* AccountEditorView::buildBrowserPanel(QWidget* parent) {
     // The provider page: a reference link only.
-    m_browserPanel = BlockParts::card(card, Tone::accent);
+    m_browserPanel = BlockParts::card(parent, Tone::accent);
     m_browserPanel->setObjectName(QStringLiteral("browserPanel"));
     auto* browserLayout = static_cast<QVBoxLayout*>(m_browserPanel->layout());
     auto* browserHeading = BlockParts::row(Theme::kSpaceS);
@@ -243,12 +219,15 @@ void AccountEditorView::buildAuthentication(QWidget* page) {
     browserButtons->addWidget(m_browserRefresh);
     browserButtons->addStretch(1);
     browserLayout->addLayout(browserButtons);
-    card->add(m_browserPanel);
     connect(m_openPage, &QPushButton::clicked, this, &AccountEditorView::openProviderPage);
     connect(m_browserRefresh, &QPushButton::clicked, m_form, &AccountEditorForm::refreshConnection);
 
+    return m_browserPanel;
+}
+
+QWidget* AccountEditorView::buildKeyPanel(QWidget* parent) {
     // The key: typed, never shown, never read back.
-    m_keyPanel = new QWidget(card);
+    m_keyPanel = new QWidget(parent);
     m_keyPanel->setObjectName(QStringLiteral("keyPanel"));
     auto* keyLayout = new QVBoxLayout(m_keyPanel);
     keyLayout->setContentsMargins(0, 0, 0, 0);
@@ -274,34 +253,13 @@ void AccountEditorView::buildAuthentication(QWidget* page) {
     keyButtons->addWidget(m_logout);
     keyButtons->addStretch(1);
     keyLayout->addLayout(keyButtons);
-    card->add(m_keyPanel);
     connect(m_key, &QLineEdit::textEdited, this,
             [this](const QString& text) { m_form->edit().secretInput = text; });
     connect(m_test, &QPushButton::clicked, m_form, &AccountEditorForm::testConnection);
     connect(m_keyRefresh, &QPushButton::clicked, m_form, &AccountEditorForm::refreshConnection);
     connect(m_logout, &QPushButton::clicked, m_form, &AccountEditorForm::logoutConnection);
 
-    m_testMessage =
-        BlockParts::text(QString(), Theme::kBody, QFont::Normal, Ink::primary, card, Tone::muted, 4);
-    m_testMessage->setObjectName(QStringLiteral("testMessage"));
-    card->add(m_testMessage);
-
-    m_samplePanel = new QWidget(card);
-    auto* sampleLayout = new QVBoxLayout(m_samplePanel);
-    sampleLayout->setContentsMargins(0, 0, 0, 0);
-    sampleLayout->setSpacing(Theme::kSpaceXS);
-    m_sample = new ToggleSwitch(QString(), m_samplePanel);
-    m_sample->setObjectName(QStringLiteral("sampleDataToggle"));
-    sampleLayout->addWidget(m_sample);
-    sampleLayout->addWidget(note(QString(), m_samplePanel));
-    card->add(m_samplePanel);
-    connect(m_sample, &ToggleSwitch::toggled, this, [this](bool on) {
-        if (!m_syncing) {
-            m_form->edit().sampleDataEnabled = on;
-        }
-    });
-
-    card->add(note(m_content.securityNote, card));
+    return m_keyPanel;
 }
 
 void AccountEditorView::buildManual(QWidget* page) {
@@ -412,6 +370,23 @@ void AccountEditorView::buildAdvanced(QWidget* page) {
                        .first;
     m_agentCount->setMaximumWidth(120);
 
+    buildRenewal(card);
+    card->add(buildDetectedPanel(card));
+    m_planOverride = lineEdit(QString(), card);
+    m_planOverride->setObjectName(QStringLiteral("planOverride"));
+    m_planOverrideRow =
+        FormField::labelled(QStringLiteral("Plan / project override (optional)"), m_planOverride, card);
+    card->add(m_planOverrideRow);
+    for (QLineEdit* plan : {m_detectedOverride, m_planOverride}) {
+        plan->setText(fields.planName);
+        connect(plan, &QLineEdit::textEdited, this,
+                [this](const QString& text) { m_form->edit().planName = text; });
+    }
+    card->add(note(m_content.advancedNote, card));
+}
+
+void AccountEditorView::buildRenewal(SectionCard* card) {
+    const AccountEditorFields& fields = m_form->fields();
     m_trackRenewal = new ToggleSwitch(m_content.renewalToggleTitle, card);
     m_trackRenewal->setObjectName(QStringLiteral("trackRenewal"));
     card->add(m_trackRenewal);
@@ -434,8 +409,10 @@ void AccountEditorView::buildAdvanced(QWidget* page) {
             m_form->edit().renewalDate = Timestamp::fromDateTime(moment);
         }
     });
+}
 
-    m_detectedPanel = BlockParts::card(card, Tone::accent);
+QWidget* AccountEditorView::buildDetectedPanel(QWidget* parent) {
+    m_detectedPanel = BlockParts::card(parent, Tone::accent);
     m_detectedPanel->setObjectName(QStringLiteral("detectedPanel"));
     auto* detectedLayout = static_cast<QVBoxLayout*>(m_detectedPanel->layout());
     detectedLayout->addLayout(BlockParts::symbolHeading(
@@ -448,18 +425,7 @@ void AccountEditorView::buildAdvanced(QWidget* page) {
     m_detectedOverride->setObjectName(QStringLiteral("detectedPlanOverride"));
     detectedLayout->addWidget(
         FormField::labelled(QStringLiteral("Plan / project override"), m_detectedOverride, m_detectedPanel));
-    card->add(m_detectedPanel);
-    m_planOverride = lineEdit(QString(), card);
-    m_planOverride->setObjectName(QStringLiteral("planOverride"));
-    m_planOverrideRow =
-        FormField::labelled(QStringLiteral("Plan / project override (optional)"), m_planOverride, card);
-    card->add(m_planOverrideRow);
-    for (QLineEdit* plan : {m_detectedOverride, m_planOverride}) {
-        plan->setText(fields.planName);
-        connect(plan, &QLineEdit::textEdited, this,
-                [this](const QString& text) { m_form->edit().planName = text; });
-    }
-    card->add(note(m_content.advancedNote, card));
+    return m_detectedPanel;
 }
 
 void AccountEditorView::buildBudgets(QWidget* page) {

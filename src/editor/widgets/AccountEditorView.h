@@ -17,6 +17,7 @@ class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
 class QScrollArea;
+class SectionCard;
 class SelectableTile;
 class ToggleSwitch;
 
@@ -43,7 +44,11 @@ private:
     void build();
     void buildSubscription(QWidget* page);
     void buildAuthentication(QWidget* page);
+    QWidget* buildBrowserPanel(QWidget* parent);
+    QWidget* buildKeyPanel(QWidget* parent);
     void buildManual(QWidget* page);
+    void buildRenewal(SectionCard* card);
+    QWidget* buildDetectedPanel(QWidget* parent);
     void buildAdvanced(QWidget* page);
     void buildBudgets(QWidget* page);
     // Redraws from the form: texts, chosen tiles, which panels show, and the values the

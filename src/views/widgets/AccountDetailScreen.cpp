@@ -2,10 +2,6 @@
 
 #include "model/Clock.h"
 #include "store/ProviderAccount.h"
-#include "views/AgentBudgetPanelContent.h"
-#include "views/MetricCardContent.h"
-#include "views/ModelBreakdownContent.h"
-#include "views/TrendChartContent.h"
 #include "ui/BadgeWidget.h"
 #include "ui/BlockParts.h"
 #include "ui/CardGrid.h"
@@ -15,6 +11,10 @@
 #include "ui/SymbolIcon.h"
 #include "ui/Theme.h"
 #include "ui/TrendChartWidget.h"
+#include "views/AgentBudgetPanelContent.h"
+#include "views/MetricCardContent.h"
+#include "views/ModelBreakdownContent.h"
+#include "views/TrendChartContent.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
@@ -80,6 +80,90 @@ QWidget* historyBox(const AccountDetailView::History& history, QWidget* parent) 
     column(card)->addWidget(new TrendChartWidget(TrendChartContent::trend(history.points), card));
     return card;
 }
+
+// What the snapshot warns of, in a caution callout.
+QWidget* warningsCallout(const AccountDetailView::WarningCallout& warnings, QWidget* page) {
+    QWidget* callout = BlockParts::card(page, Tone::caution);
+    callout->setObjectName(QStringLiteral("partialDataCallout"));
+    callout->setAccessibleName(warnings.label);
+    column(callout)->addLayout(BlockParts::symbolHeading(warnings.symbol, warnings.label, callout));
+    for (const QString& warning : warnings.lines) {
+        column(callout)->addWidget(BlockParts::text(warning, Theme::kFootnote, QFont::Normal, Ink::primary,
+                                                    callout, Tone::muted, 4));
+    }
+    return callout;
+}
+
+// An account whose provider reports only what it cost.
+QWidget* billingOnlyCallout(const AccountDetailView::BillingOnlyCallout& billingOnly, QWidget* page) {
+    QWidget* callout = BlockParts::card(page, billingOnly.tone);
+    callout->setObjectName(QStringLiteral("billingOnlyCallout"));
+    callout->setAccessibleName(billingOnly.title);
+    auto* row = BlockParts::row(Theme::kSpaceM);
+    row->addWidget(BlockParts::icon(billingOnly.symbol, 18, callout, billingOnly.tone), 0, Qt::AlignTop);
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(2);
+    texts->addWidget(
+        BlockParts::text(billingOnly.title, Theme::kBody, QFont::DemiBold, Ink::primary, callout));
+    texts->addWidget(BlockParts::text(billingOnly.message, Theme::kFootnote, QFont::Normal, Ink::secondary,
+                                      callout, Tone::muted, 3));
+    row->addLayout(texts, 1);
+    row->addWidget(new BadgeWidget(billingOnly.pulse, callout), 0, Qt::AlignTop);
+    column(callout)->addLayout(row);
+    return callout;
+}
+
+// The allowances as metric cards, then the models and the agents' budgets.
+QWidget* metricsBody(const AccountDetailView::Metrics& metrics) {
+    const Timestamp now = Clock::now();
+    auto* body = new QWidget;
+    auto* stack = new QVBoxLayout(body);
+    stack->setContentsMargins(0, 0, 0, 0);
+    stack->setSpacing(Theme::kSpaceM);
+    auto* grid = new CardGrid(AccountDetailView::Metrics::kMinimumColumnWidth, body);
+    grid->setObjectName(QStringLiteral("allowances"));
+    QList<QWidget*> cards;
+    for (const UsageWindow& window : metrics.windows) {
+        cards.append(new MetricCardWidget(MetricCardContent::make(window, now)));
+    }
+    grid->setCards(cards);
+    stack->addWidget(grid);
+    if (!metrics.models.isEmpty()) {
+        QWidget* card = BlockParts::card(body);
+        BlockParts::addModelBreakdown(column(card), ModelBreakdownContent::make(metrics.models), card);
+        stack->addWidget(card);
+    }
+    if (!metrics.budgets.isEmpty()) {
+        QWidget* card = BlockParts::card(body);
+        BlockParts::addAgentBudgets(column(card), AgentBudgetPanelContent::make(metrics.budgets), card);
+        stack->addWidget(card);
+    }
+    return body;
+}
+
+// Where the numbers come from, a row each.
+QWidget* provenanceCard(const AccountDetailView::Provenance& provenance, QWidget* page) {
+    QWidget* card = BlockParts::card(page);
+    card->setObjectName(QStringLiteral("provenance"));
+    for (const auto& [label, value] : provenance.rows) {
+        if (column(card)->count() > 0) {
+            column(card)->addWidget(BlockParts::separator(card));
+        }
+        auto* row = BlockParts::row(Theme::kSpaceL);
+        row->addWidget(BlockParts::value(label, Theme::kFootnote, QFont::Medium, Ink::secondary, card));
+        ElidedLabel* shown =
+            BlockParts::text(value, Theme::kFootnote, QFont::Normal, Ink::primary, card, Tone::muted, 3);
+        shown->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        row->addWidget(shown, 1);
+        column(card)->addLayout(row);
+    }
+    if (provenance.note) {
+        column(card)->addWidget(BlockParts::separator(card));
+        column(card)->addWidget(BlockParts::text(*provenance.note, Theme::kFootnote, QFont::Normal,
+                                                 Ink::secondary, card, Tone::muted, 2));
+    }
+    return card;
+}
 } // namespace
 
 AccountDetailScreen::AccountDetailScreen(QWidget* parent)
@@ -136,9 +220,46 @@ void AccountDetailScreen::build(const AccountDetailView::Screen& screen) {
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(Theme::kSpaceXXL, Theme::kSpaceXL, Theme::kSpaceXXL, Theme::kSpaceXXL);
     layout->setSpacing(Theme::kSpaceXL);
+    layout->addLayout(buildHeader(screen.header, page));
+    layout->addWidget(buildConnection(screen.connection, page));
+    if (screen.emptyState) {
+        auto* empty = new StatusCardWidget(
+            *screen.emptyState, [this] { Q_EMIT refreshRequested(); }, page);
+        empty->setObjectName(QStringLiteral("detailEmptyState"));
+        empty->setMinimumHeight(240);
+        layout->addWidget(empty);
+    }
+    if (screen.warnings) {
+        layout->addWidget(warningsCallout(*screen.warnings, page));
+    }
+    if (screen.billingOnly) {
+        layout->addWidget(billingOnlyCallout(*screen.billingOnly, page));
+    }
+    if (screen.metrics) {
+        layout->addWidget(section(screen.metrics->heading, metricsBody(*screen.metrics), page));
+    }
+    if (screen.history) {
+        layout->addWidget(section(screen.history->heading, historyBox(*screen.history, nullptr), page));
+    }
+    if (screen.billingHistory) {
+        layout->addWidget(
+            section(screen.billingHistory->heading, historyBox(*screen.billingHistory, nullptr), page));
+    }
+    if (screen.provenance) {
+        layout->addWidget(
+            section(screen.provenance->heading, provenanceCard(*screen.provenance, page), page));
+    }
+    layout->addStretch(1);
 
-    // Header: logo, name and kind, plan, roster and chips; status, source and age at the right.
-    const AccountDetailView::Header& header = screen.header;
+    QWidget* old = takeWidget();
+    setWidget(page);
+    m_page = page;
+    delete old;
+    Q_EMIT refreshingShown(screen.toolbar);
+}
+
+// Logo, name and kind, plan, roster and chips; status, source and age at the right.
+QBoxLayout* AccountDetailScreen::buildHeader(const AccountDetailView::Header& header, QWidget* page) {
     auto* top = BlockParts::row(Theme::kSpaceM);
     top->addWidget(new ProviderLogoWidget(header.provider, 40, page), 0, Qt::AlignTop);
     auto* identity = new QVBoxLayout;
@@ -185,10 +306,12 @@ void AccountDetailScreen::build(const AccountDetailView::Screen& screen) {
     state->addWidget(updated, 0, Qt::AlignRight);
     state->addStretch(1);
     top->addLayout(state);
-    layout->addLayout(top);
 
-    // The connection panel.
-    const AccountDetailView::ConnectionPanel& panel = screen.connection;
+    return top;
+}
+
+QWidget* AccountDetailScreen::buildConnection(const AccountDetailView::ConnectionPanel& panel,
+                                              QWidget* page) {
     QWidget* connection = BlockParts::card(page);
     connection->setObjectName(QStringLiteral("connectionPanel"));
     auto* line = BlockParts::row(Theme::kSpaceM);
@@ -225,109 +348,8 @@ void AccountDetailScreen::build(const AccountDetailView::Screen& screen) {
     buttons->addStretch(1);
     column(connection)->addSpacing(Theme::kSpaceXS);
     column(connection)->addLayout(buttons);
-    layout->addWidget(connection);
 
-    if (screen.emptyState) {
-        auto* empty = new StatusCardWidget(
-            *screen.emptyState, [this] { Q_EMIT refreshRequested(); }, page);
-        empty->setObjectName(QStringLiteral("detailEmptyState"));
-        empty->setMinimumHeight(240);
-        layout->addWidget(empty);
-    }
-    if (screen.warnings) {
-        QWidget* callout = BlockParts::card(page, Tone::caution);
-        callout->setObjectName(QStringLiteral("partialDataCallout"));
-        callout->setAccessibleName(screen.warnings->label);
-        column(callout)->addLayout(
-            BlockParts::symbolHeading(screen.warnings->symbol, screen.warnings->label, callout));
-        for (const QString& warning : screen.warnings->lines) {
-            column(callout)->addWidget(BlockParts::text(warning, Theme::kFootnote, QFont::Normal,
-                                                        Ink::primary, callout, Tone::muted, 4));
-        }
-        layout->addWidget(callout);
-    }
-    if (screen.billingOnly) {
-        QWidget* callout = BlockParts::card(page, screen.billingOnly->tone);
-        callout->setObjectName(QStringLiteral("billingOnlyCallout"));
-        callout->setAccessibleName(screen.billingOnly->title);
-        auto* row = BlockParts::row(Theme::kSpaceM);
-        row->addWidget(BlockParts::icon(screen.billingOnly->symbol, 18, callout, screen.billingOnly->tone), 0,
-                       Qt::AlignTop);
-        auto* texts = new QVBoxLayout;
-        texts->setSpacing(2);
-        texts->addWidget(BlockParts::text(screen.billingOnly->title, Theme::kBody, QFont::DemiBold,
-                                          Ink::primary, callout));
-        texts->addWidget(BlockParts::text(screen.billingOnly->message, Theme::kFootnote, QFont::Normal,
-                                          Ink::secondary, callout, Tone::muted, 3));
-        row->addLayout(texts, 1);
-        row->addWidget(new BadgeWidget(screen.billingOnly->pulse, callout), 0, Qt::AlignTop);
-        column(callout)->addLayout(row);
-        layout->addWidget(callout);
-    }
-    if (screen.metrics) {
-        const Timestamp now = Clock::now();
-        auto* body = new QWidget;
-        auto* stack = new QVBoxLayout(body);
-        stack->setContentsMargins(0, 0, 0, 0);
-        stack->setSpacing(Theme::kSpaceM);
-        auto* grid = new CardGrid(AccountDetailView::Metrics::kMinimumColumnWidth, body);
-        grid->setObjectName(QStringLiteral("allowances"));
-        QList<QWidget*> cards;
-        for (const UsageWindow& window : screen.metrics->windows) {
-            cards.append(new MetricCardWidget(MetricCardContent::make(window, now)));
-        }
-        grid->setCards(cards);
-        stack->addWidget(grid);
-        if (!screen.metrics->models.isEmpty()) {
-            QWidget* card = BlockParts::card(body);
-            BlockParts::addModelBreakdown(column(card), ModelBreakdownContent::make(screen.metrics->models),
-                                          card);
-            stack->addWidget(card);
-        }
-        if (!screen.metrics->budgets.isEmpty()) {
-            QWidget* card = BlockParts::card(body);
-            BlockParts::addAgentBudgets(column(card), AgentBudgetPanelContent::make(screen.metrics->budgets),
-                                        card);
-            stack->addWidget(card);
-        }
-        layout->addWidget(section(screen.metrics->heading, body, page));
-    }
-    if (screen.history) {
-        layout->addWidget(section(screen.history->heading, historyBox(*screen.history, nullptr), page));
-    }
-    if (screen.billingHistory) {
-        layout->addWidget(
-            section(screen.billingHistory->heading, historyBox(*screen.billingHistory, nullptr), page));
-    }
-    if (screen.provenance) {
-        QWidget* card = BlockParts::card(page);
-        card->setObjectName(QStringLiteral("provenance"));
-        for (const auto& [label, value] : screen.provenance->rows) {
-            if (column(card)->count() > 0) {
-                column(card)->addWidget(BlockParts::separator(card));
-            }
-            auto* row = BlockParts::row(Theme::kSpaceL);
-            row->addWidget(BlockParts::value(label, Theme::kFootnote, QFont::Medium, Ink::secondary, card));
-            ElidedLabel* shown =
-                BlockParts::text(value, Theme::kFootnote, QFont::Normal, Ink::primary, card, Tone::muted, 3);
-            shown->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-            row->addWidget(shown, 1);
-            column(card)->addLayout(row);
-        }
-        if (screen.provenance->note) {
-            column(card)->addWidget(BlockParts::separator(card));
-            column(card)->addWidget(BlockParts::text(*screen.provenance->note, Theme::kFootnote,
-                                                     QFont::Normal, Ink::secondary, card, Tone::muted, 2));
-        }
-        layout->addWidget(section(screen.provenance->heading, card, page));
-    }
-    layout->addStretch(1);
-
-    QWidget* old = takeWidget();
-    setWidget(page);
-    m_page = page;
-    delete old;
-    Q_EMIT refreshingShown(screen.toolbar);
+    return connection;
 }
 
 void AccountDetailScreen::confirmSignOut() {

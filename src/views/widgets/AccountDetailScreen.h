@@ -6,6 +6,7 @@
 #include <QScrollArea>
 
 #include <QMessageBox>
+class QBoxLayout;
 class QPushButton;
 
 // One account in full, drawn from AccountDetailView: header, connection panel, then the
@@ -38,6 +39,8 @@ signals:
 
 private:
     void build(const AccountDetailView::Screen& screen);
+    QBoxLayout* buildHeader(const AccountDetailView::Header& header, QWidget* page);
+    QWidget* buildConnection(const AccountDetailView::ConnectionPanel& panel, QWidget* page);
     void confirmSignOut();
 
     ProviderAccount* m_account = nullptr;
