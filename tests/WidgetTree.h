@@ -2,6 +2,7 @@
 
 #include "ui/ElidedLabel.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QLineEdit>
 #include <QStringList>
@@ -9,7 +10,28 @@
 #include <QWidget>
 
 // What the widget tests read off real widgets: the texts a person sees, and the names a
-// screen reader (or a tool driving the window) finds.
+// screen reader (or a tool driving the window) finds. Every GUI test finds a control the
+// way a person does, by what it says (shown<T>), or by its object name with findChild.
+
+// The shown widget of type T under `root` that says `label`: a button's visible text, or
+// the name a screen reader reads for it; null when there is none.
+template <typename T>
+T* shown(const QWidget* root, const QString& label) {
+    for (T* widget : root->findChildren<T*>()) {
+        if (!widget->isVisibleTo(root)) {
+            continue;
+        }
+        if (const auto* button = qobject_cast<const QAbstractButton*>(widget);
+            button && button->text() == label) {
+            return widget;
+        }
+        if (QAccessibleInterface* node = QAccessible::queryAccessibleInterface(widget);
+            node && node->text(QAccessible::Name) == label) {
+            return widget;
+        }
+    }
+    return nullptr;
+}
 
 // The visible texts of the labels under `root`.
 inline QStringList texts(const QWidget* root) {
@@ -48,6 +70,17 @@ inline QStringList accessibleNames(QWidget* widget) {
 inline QStringList shownAccessibleNames(QWidget* widget) {
     QStringList names;
     collectAccessibleNames(QAccessible::queryAccessibleInterface(widget), true, names);
+    return names;
+}
+
+// The accessible names the shown widgets under `root` were given, in the order of the tree.
+inline QStringList childAccessibleNames(const QWidget& root) {
+    QStringList names;
+    for (const QWidget* child : root.findChildren<QWidget*>()) {
+        if (child->isVisibleTo(&root) && !child->accessibleName().isEmpty()) {
+            names.append(child->accessibleName());
+        }
+    }
     return names;
 }
 

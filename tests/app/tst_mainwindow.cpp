@@ -2,24 +2,24 @@
 
 #include "MainWindowFixtures.h"
 #include "WidgetTree.h"
+#include "app/TrackerCommands.h"
 #include "core/CommandCenter.h"
 #include "core/ContentView.h"
 #include "core/CoreFixtures.h"
 #include "model/Clock.h"
 #include "onboarding/widgets/OnboardingView.h"
 #include "services/KeychainStore.h"
-#include "views/SidebarModel.h"
-#include "views/widgets/AccountDetailScreen.h"
 #include "ui/CardButton.h"
 #include "ui/ElidedLabel.h"
-#include "views/widgets/OverviewScreen.h"
-#include "views/widgets/SettingsView.h"
-#include "views/widgets/SidebarView.h"
 #include "ui/SubscriptionCardWidget.h"
 #include "ui/SubscriptionMatrixWidget.h"
 #include "ui/SummaryTileWidget.h"
 #include "ui/ToggleSwitch.h"
-#include "app/TrackerCommands.h"
+#include "views/SidebarModel.h"
+#include "views/widgets/AccountDetailScreen.h"
+#include "views/widgets/OverviewScreen.h"
+#include "views/widgets/SettingsView.h"
+#include "views/widgets/SidebarView.h"
 
 #include <QAccessible>
 #include <QAction>
@@ -483,12 +483,7 @@ private slots:
         // The matrix lists every account across providers.
         auto* picker = overview->findChild<QWidget*>(QStringLiteral("monitoringViewPicker"));
         QCOMPARE(picker->accessibleName(), QStringLiteral("Monitoring view"));
-        QToolButton* matrixButton = nullptr;
-        for (QToolButton* button : picker->findChildren<QToolButton*>()) {
-            if (button->text() == QStringLiteral("Matrix")) {
-                matrixButton = button;
-            }
-        }
+        QToolButton* matrixButton = shown<QToolButton>(picker, QStringLiteral("Matrix"));
         QVERIFY(matrixButton);
         QTest::mouseClick(matrixButton, Qt::LeftButton);
         QCOMPARE(overview->viewMode(), MonitoringViewMode::matrix);
@@ -642,14 +637,7 @@ private slots:
         QCOMPARE(content.selection(), SidebarSelection::account(work->id()));
         QCOMPARE(window.currentScreen(), window.detail());
         // The clear button shows while there is text, and clears it.
-        QToolButton* clearButton = nullptr;
-        for (QToolButton* button : search->findChildren<QToolButton*>()) {
-            if (button->accessibleName() == QStringLiteral("Clear search") ||
-                (button->defaultAction() &&
-                 button->defaultAction()->text() == QStringLiteral("Clear search"))) {
-                clearButton = button;
-            }
-        }
+        QToolButton* clearButton = shown<QToolButton>(search, QStringLiteral("Clear search"));
         QVERIFY(clearButton);
         QVERIFY(clearButton->defaultAction()->isVisible());
         QVERIFY(!clearButton->defaultAction()->icon().isNull()); // drawn with the first letter

@@ -807,6 +807,30 @@ private slots:
                  std::optional<QString>(QStringLiteral("The request timed out after 400 ms.")));
     }
 
+    void aTestThatHangsEndsAfterTwelveSeconds() {
+        CoreFixture fixture;
+        SilentServer silent;
+        // The request itself would wait a minute: the test's own limit decides.
+        ProviderFactory::setOpenAIBase(silent.base(), std::chrono::milliseconds(60'000));
+        AccountEditorForm form(fixture.lifecycle.get(), nullptr);
+        form.chooseOfficialAPIKey();
+        form.edit().secretInput = QStringLiteral("sk-admin-typed");
+        QSignalSpy finished(&form, &AccountEditorForm::testFinished);
+        QElapsedTimer clock;
+        clock.start();
+        form.testConnection();
+        QVERIFY(form.fields().isTestingConnection);
+        QVERIFY(finished.wait(20'000));
+        QVERIFY2(clock.elapsed() >= 11'900 && clock.elapsed() < 15'000,
+                 qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(!form.fields().isTestingConnection);
+        QVERIFY(!form.fields().detectedMetadata);
+        QCOMPARE(form.fields().testMessage,
+                 std::optional<QString>(QStringLiteral(
+                     "We couldn’t reach OpenAI in 12 seconds. Try again or choose Manual tracking.")));
+        QVERIFY(fixture.store->accounts().isEmpty());
+    }
+
     void aClosedSheetDropsTheResult() {
         CoreFixture fixture;
         SilentServer silent;

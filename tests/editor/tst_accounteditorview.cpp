@@ -1,5 +1,6 @@
 #include "editor/widgets/AccountEditorView.h"
 
+#include "app/MainWindow.h"
 #include "core/ContentView.h"
 #include "core/CoreFixtures.h"
 #include "editor/AccountEditorForm.h"
@@ -8,7 +9,6 @@
 #include "providers/ProviderFactory.h"
 #include "services/KeychainStore.h"
 #include "ui/ElidedLabel.h"
-#include "app/MainWindow.h"
 #include "ui/SelectableTile.h"
 #include "ui/ToggleSwitch.h"
 
@@ -27,24 +27,6 @@
 #include <QToolButton>
 
 namespace {
-
-template <typename T>
-T* named(const QWidget* root, const QString& name) {
-    for (T* widget : root->findChildren<T*>()) {
-        if (widget->accessibleName() == name && widget->isVisibleTo(root)) {
-            return widget;
-        }
-    }
-    return nullptr;
-}
-
-QPushButton* button(const QWidget* root, const QString& text) {
-    return named<QPushButton>(root, text);
-}
-
-SelectableTile* tile(const QWidget* root, const QString& title) {
-    return named<SelectableTile>(root, title);
-}
 
 QStringList selectedTiles(const QWidget* root) {
     QStringList result;
@@ -121,8 +103,8 @@ private slots:
         AccountEditorView* sheet = w.openAdd();
         QVERIFY(selectedTiles(sheet) == QStringList{QStringLiteral("OpenAI")}); // the provider only
         QVERIFY(sheet->findChild<ToggleSwitch*>(QStringLiteral("sampleDataToggle"))->isVisibleTo(sheet));
-        QVERIFY(!button(sheet, QStringLiteral("Refresh connection")));
-        QVERIFY(!button(sheet, QStringLiteral("Log out")));
+        QVERIFY(!shown<QPushButton>(sheet, QStringLiteral("Refresh connection")));
+        QVERIFY(!shown<QPushButton>(sheet, QStringLiteral("Log out")));
         QVERIFY(!sheet->findChild<QWidget*>(QStringLiteral("manualSection"))->isVisibleTo(sheet));
         QVERIFY(texts(sheet).contains(QStringLiteral("Subscription")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Authentication")));
@@ -135,7 +117,7 @@ private slots:
         Window w;
         AccountEditorView* sheet = w.openAdd();
         type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("Team sandbox"));
-        tile(sheet, QStringLiteral("Claude"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Claude"))->click();
         QCOMPARE(sheet->form()->fields().provider, AIProvider::anthropic);
         QCOMPARE(selectedTiles(sheet), QStringList{QStringLiteral("Claude")});
         type(sheet->findChild<QLineEdit*>(QStringLiteral("agentCount")), QStringLiteral("2"));
@@ -155,8 +137,8 @@ private slots:
         Window w;
         AccountEditorView* sheet = w.openAdd();
         type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("Grok at home"));
-        tile(sheet, QStringLiteral("Grok"))->click();
-        tile(sheet, QStringLiteral("Manual tracking"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Grok"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Manual tracking"))->click();
         QCOMPARE(selectedTiles(sheet), (QStringList{"Grok", "Manual tracking"}));
         QVERIFY(sheet->findChild<QWidget*>(QStringLiteral("manualSection"))->isVisibleTo(sheet));
         QVERIFY(!sheet->findChild<ToggleSwitch*>(QStringLiteral("sampleDataToggle"))->isVisibleTo(sheet));
@@ -191,7 +173,7 @@ private slots:
         Window w;
         AccountEditorView* sheet = w.openAdd();
         type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("Typed"));
-        tile(sheet, QStringLiteral("Manual tracking"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Manual tracking"))->click();
         auto* shortTerm = sheet->findChild<ManualHorizonEditor*>(QStringLiteral("manualShortTerm"));
         type(shortTerm->limitField(), QStringLiteral("1e309"));
         type(shortTerm->usedField(), QStringLiteral("1"));
@@ -222,13 +204,13 @@ private slots:
         Window w;
         AccountEditorView* sheet = w.openAdd();
         type(sheet->findChild<QLineEdit*>(QStringLiteral("accountLabel")), QStringLiteral("Org"));
-        tile(sheet, QStringLiteral("Official API key"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Official API key"))->click();
         QLineEdit* key = sheet->keyField();
         QVERIFY(key->isVisibleTo(sheet));
         QCOMPARE(key->echoMode(), QLineEdit::Password);
         QCOMPARE(key->accessibleName(), QStringLiteral("API key (saved in Keychain)"));
         type(key, QStringLiteral("sk-admin-secret"));
-        QPushButton* test = button(sheet, QStringLiteral("Test connection"));
+        QPushButton* test = shown<QPushButton>(sheet, QStringLiteral("Test connection"));
         QVERIFY(test);
         QSignalSpy finished(sheet->form(), &AccountEditorForm::testFinished);
         test->click();
@@ -256,7 +238,7 @@ private slots:
     void theKeyFieldIsWipedWhenTheSheetCloses() {
         Window w;
         AccountEditorView* sheet = w.openAdd();
-        tile(sheet, QStringLiteral("Official API key"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Official API key"))->click();
         type(sheet->keyField(), QStringLiteral("sk-never-saved"));
         QLineEdit* key = sheet->keyField();
         QPointer<AccountEditorView> guard(sheet);
@@ -293,17 +275,17 @@ private slots:
         QVERIFY(w.fixture.store->save());
         w.content->setEditorState(EditorState::edit(account->id()));
         AccountEditorView* sheet = w.window->editor();
-        tile(sheet, QStringLiteral("Open Claude site"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Open Claude site"))->click();
         QCOMPARE(m_pages.opened.size(), 1);
         QVERIFY(texts(sheet).contains(QStringLiteral("Provider page opened")));
-        QPushButton* again = button(sheet, QStringLiteral("Open again"));
+        QPushButton* again = shown<QPushButton>(sheet, QStringLiteral("Open again"));
         QVERIFY(again);
-        QVERIFY(button(sheet, QStringLiteral("Refresh connection")));
+        QVERIFY(shown<QPushButton>(sheet, QStringLiteral("Refresh connection")));
         again->click();
         QCOMPARE(m_pages.opened.size(), 2);
         QCOMPARE(sheet->form()->fields().connectionMode, ConnectionMode::browser);
         // Leaving the page for manual tracking drops the page's note.
-        tile(sheet, QStringLiteral("Manual tracking"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Manual tracking"))->click();
         QVERIFY(!sheet->findChild<ElidedLabel*>(QStringLiteral("testMessage"))->isVisibleTo(sheet));
         sheet->reject();
     }
@@ -316,8 +298,8 @@ private slots:
         QVERIFY(w.fixture.store->save());
         w.content->setEditorState(EditorState::edit(account->id()));
         AccountEditorView* sheet = w.window->editor();
-        QVERIFY(button(sheet, QStringLiteral("Refresh connection")));
-        QPushButton* logout = button(sheet, QStringLiteral("Log out"));
+        QVERIFY(shown<QPushButton>(sheet, QStringLiteral("Refresh connection")));
+        QPushButton* logout = shown<QPushButton>(sheet, QStringLiteral("Log out"));
         QVERIFY(logout);
         logout->click();
         QVERIFY(!KeychainStore::read(account->secretReference()));
@@ -332,7 +314,7 @@ private slots:
     void everyControlIsNamedByItsLabel() {
         Window w;
         AccountEditorView* sheet = w.openAdd();
-        tile(sheet, QStringLiteral("Official API key"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Official API key"))->click();
         QStringList names = shownAccessibleNames(sheet);
         for (const char* expected : {"Account label",
                                      "OpenAI",
@@ -356,7 +338,7 @@ private slots:
                                      "Save"}) {
             QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
         }
-        tile(sheet, QStringLiteral("Manual tracking"))->click();
+        shown<SelectableTile>(sheet, QStringLiteral("Manual tracking"))->click();
         names = shownAccessibleNames(sheet);
         for (const char* expected : {"Unit", "Limit", "Used", "I know the reset time"}) {
             QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);

@@ -1,5 +1,6 @@
 #include "onboarding/widgets/OnboardingView.h"
 
+#include "app/MainWindow.h"
 #include "core/ContentView.h"
 #include "core/CoreFixtures.h"
 #include "onboarding/OnboardingFlow.h"
@@ -8,7 +9,6 @@
 #include "providers/ProviderFactory.h"
 #include "services/KeychainStore.h"
 #include "ui/ElidedLabel.h"
-#include "app/MainWindow.h"
 #include "ui/SelectableTile.h"
 
 #include "WidgetTree.h"
@@ -22,25 +22,6 @@
 #include <QTest>
 
 namespace {
-
-// The visible button with this text on the sheet.
-QPushButton* button(const QWidget* sheet, const QString& title) {
-    for (QPushButton* candidate : sheet->findChildren<QPushButton*>()) {
-        if (candidate->text() == title && candidate->isVisibleTo(sheet)) {
-            return candidate;
-        }
-    }
-    return nullptr;
-}
-
-SelectableTile* card(const QWidget* sheet, const QString& title) {
-    for (SelectableTile* candidate : sheet->findChildren<SelectableTile*>()) {
-        if (candidate->text() == title && candidate->isVisibleTo(sheet)) {
-            return candidate;
-        }
-    }
-    return nullptr;
-}
 
 void press(QPushButton* target) {
     QVERIFY(target);
@@ -90,7 +71,7 @@ private slots:
         QTest::qWait(50);
         QVERIFY(launch.window->onboarding() && sheet->isVisible());
         // "I’ll do this later" closes it all the same, and the next launch asks again.
-        press(button(sheet, QStringLiteral("I’ll do this later")));
+        press(shown<QPushButton>(sheet, QStringLiteral("I’ll do this later")));
         QTRY_VERIFY(!launch.window->onboarding());
         QVERIFY(!fixture.preferences->onboardingCompleted());
     }
@@ -98,7 +79,7 @@ private slots:
     void theSampleWorkspace() {
         CoreFixture fixture;
         Launch launch(fixture);
-        press(button(launch.sheet(), QStringLiteral("Try sample workspace")));
+        press(shown<QPushButton>(launch.sheet(), QStringLiteral("Try sample workspace")));
         QTRY_VERIFY(!launch.window->onboarding());
         QCOMPARE(fixture.store->accounts().size(), 3);
         QVERIFY(fixture.preferences->onboardingCompleted());
@@ -108,34 +89,35 @@ private slots:
         CoreFixture fixture;
         Launch launch(fixture);
         OnboardingView* sheet = launch.sheet();
-        press(button(sheet, QStringLiteral("Set up first account")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Set up first account")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Step 2 of 5 · Choose provider")));
-        QTest::mouseClick(card(sheet, QStringLiteral("Grok")), Qt::LeftButton);
-        QVERIFY(card(sheet, QStringLiteral("Grok"))->isSelected());
-        press(button(sheet, QStringLiteral("Continue")));
+        QTest::mouseClick(shown<SelectableTile>(sheet, QStringLiteral("Grok")), Qt::LeftButton);
+        QVERIFY(shown<SelectableTile>(sheet, QStringLiteral("Grok"))->isSelected());
+        press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
         auto* name = sheet->findChild<QLineEdit*>(QStringLiteral("accountName"));
         QCOMPARE(name->placeholderText(), QStringLiteral("For example, Grok · Work"));
         // A blank name is refused where it stands, with the reason.
-        press(button(sheet, QStringLiteral("Continue")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Give this account a short name, like Claude · Work.")));
         QTRY_VERIFY(name->hasFocus());
         type(name, QStringLiteral("Grok · Home"));
         QTest::keyClick(name, Qt::Key_Return);
         QVERIFY(texts(sheet).contains(QStringLiteral("Step 4 of 5 · Choose updates")));
-        QTest::mouseClick(card(sheet, QStringLiteral("I’ll enter limits myself")), Qt::LeftButton);
+        QTest::mouseClick(shown<SelectableTile>(sheet, QStringLiteral("I’ll enter limits myself")),
+                          Qt::LeftButton);
         auto* current = sheet->findChild<ManualEntryPair*>(QStringLiteral("currentWindow"));
         type(current->usedField(), QStringLiteral("abc"));
         type(current->limitField(), QStringLiteral("50"));
-        press(button(sheet, QStringLiteral("Add subscription")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Add subscription")));
         QVERIFY(
             texts(sheet).contains(QStringLiteral("Use numbers of 0 or more, with a limit greater than 0.")));
         QCOMPARE(current->usedField()->text(), QStringLiteral("abc")); // kept as typed
         type(current->usedField(), QStringLiteral("12"));
         QVERIFY(texts(sheet).contains(QStringLiteral("Current window: 38 messages left")));
-        press(button(sheet, QStringLiteral("Add subscription")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Add subscription")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Nice — your account is ready.")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Operator-entered limits")));
-        press(button(sheet, QStringLiteral("Open dashboard")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Open dashboard")));
         QTRY_VERIFY(!launch.window->onboarding());
         QVERIFY(fixture.preferences->onboardingCompleted());
 
@@ -156,32 +138,33 @@ private slots:
         CoreFixture fixture;
         Launch launch(fixture);
         OnboardingView* sheet = launch.sheet();
-        press(button(sheet, QStringLiteral("Set up first account")));
-        press(button(sheet, QStringLiteral("Continue")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Set up first account")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
         type(sheet->findChild<QLineEdit*>(QStringLiteral("accountName")), QStringLiteral("OpenAI · Org"));
-        press(button(sheet, QStringLiteral("Continue")));
-        QTest::mouseClick(card(sheet, QStringLiteral("Connect OpenAI automatically")), Qt::LeftButton);
+        press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
+        QTest::mouseClick(shown<SelectableTile>(sheet, QStringLiteral("Connect OpenAI automatically")),
+                          Qt::LeftButton);
         auto* key = sheet->findChild<QLineEdit*>(QStringLiteral("apiKeyField"));
         QCOMPARE(key->echoMode(), QLineEdit::Password);
         QCOMPARE(key->accessibleName(), QStringLiteral("Paste your organization admin key"));
         type(key, QStringLiteral("sk-admin-onboard"));
-        press(button(sheet, QStringLiteral("Add subscription")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Add subscription")));
         QVERIFY(texts(sheet).contains(
             QStringLiteral("Test the connection before continuing, or choose manual setup.")));
         QSignalSpy finished(sheet->flow(), &OnboardingFlow::testFinished);
-        press(button(sheet, QStringLiteral("Test connection")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Test connection")));
         QVERIFY(finished.wait(10000));
         QVERIFY(
             texts(sheet).contains(QStringLiteral("Connected — provider metadata and rate limits detected.")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Automatically detected")));
-        press(button(sheet, QStringLiteral("Add subscription")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Add subscription")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Connected — your key is verified.")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Verified")));
         const ProviderAccount* created = fixture.store->accounts().first();
         QCOMPARE(KeychainStore::read(created->secretReference()),
                  std::optional<QString>(QStringLiteral("sk-admin-onboard")));
         // Another one starts clean on the provider page.
-        press(button(sheet, QStringLiteral("Add another subscription")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Add another subscription")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Step 2 of 5 · Choose provider")));
         QVERIFY(sheet->findChild<QLineEdit*>(QStringLiteral("apiKeyField"))->text().isEmpty());
     }
@@ -192,21 +175,22 @@ private slots:
         CoreFixture fixture;
         Launch launch(fixture);
         OnboardingView* sheet = launch.sheet();
-        press(button(sheet, QStringLiteral("Set up first account")));
-        press(button(sheet, QStringLiteral("Continue")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Set up first account")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
         type(sheet->findChild<QLineEdit*>(QStringLiteral("accountName")), QStringLiteral("Org"));
-        press(button(sheet, QStringLiteral("Continue")));
-        QTest::mouseClick(card(sheet, QStringLiteral("Connect OpenAI automatically")), Qt::LeftButton);
+        press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
+        QTest::mouseClick(shown<SelectableTile>(sheet, QStringLiteral("Connect OpenAI automatically")),
+                          Qt::LeftButton);
         type(sheet->findChild<QLineEdit*>(QStringLiteral("apiKeyField")), QStringLiteral("sk-admin"));
-        press(button(sheet, QStringLiteral("Test connection")));
-        QVERIFY(button(sheet, QStringLiteral("Checking…")));
-        QVERIFY(!button(sheet, QStringLiteral("Checking…"))->isEnabled());
-        QVERIFY(!button(sheet, QStringLiteral("Add subscription"))->isEnabled());
-        QVERIFY(!button(sheet, QStringLiteral("Save for later"))->isEnabled());
-        QVERIFY(button(sheet, QStringLiteral("Back"))->isEnabled());
-        press(button(sheet, QStringLiteral("Cancel")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Test connection")));
+        QVERIFY(shown<QPushButton>(sheet, QStringLiteral("Checking…")));
+        QVERIFY(!shown<QPushButton>(sheet, QStringLiteral("Checking…"))->isEnabled());
+        QVERIFY(!shown<QPushButton>(sheet, QStringLiteral("Add subscription"))->isEnabled());
+        QVERIFY(!shown<QPushButton>(sheet, QStringLiteral("Save for later"))->isEnabled());
+        QVERIFY(shown<QPushButton>(sheet, QStringLiteral("Back"))->isEnabled());
+        press(shown<QPushButton>(sheet, QStringLiteral("Cancel")));
         QTRY_VERIFY(!sheet->flow()->isTestingConnection());
-        QVERIFY(button(sheet, QStringLiteral("Test connection"))->isEnabled());
+        QVERIFY(shown<QPushButton>(sheet, QStringLiteral("Test connection"))->isEnabled());
     }
 
     void saveForLaterThenResumeAfterARestart() {
@@ -214,20 +198,20 @@ private slots:
         {
             Launch launch(fixture);
             OnboardingView* sheet = launch.sheet();
-            press(button(sheet, QStringLiteral("Set up first account")));
-            QTest::mouseClick(card(sheet, QStringLiteral("Claude")), Qt::LeftButton);
-            press(button(sheet, QStringLiteral("Continue")));
+            press(shown<QPushButton>(sheet, QStringLiteral("Set up first account")));
+            QTest::mouseClick(shown<SelectableTile>(sheet, QStringLiteral("Claude")), Qt::LeftButton);
+            press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
             type(sheet->findChild<QLineEdit*>(QStringLiteral("accountName")),
                  QStringLiteral("Claude · Later"));
-            press(button(sheet, QStringLiteral("Save for later")));
+            press(shown<QPushButton>(sheet, QStringLiteral("Save for later")));
             QTRY_VERIFY(!launch.window->onboarding());
             QVERIFY(fixture.store->accounts().isEmpty());
         }
         Launch again(fixture);
         OnboardingView* sheet = again.sheet();
         QVERIFY(texts(sheet).contains(QStringLiteral("Welcome back — your setup is waiting.")));
-        QVERIFY(button(sheet, QStringLiteral("Start over")));
-        press(button(sheet, QStringLiteral("Resume setup")));
+        QVERIFY(shown<QPushButton>(sheet, QStringLiteral("Start over")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Resume setup")));
         QVERIFY(texts(sheet).contains(QStringLiteral("Step 3 of 5 · Name account")));
         QCOMPARE(sheet->findChild<QLineEdit*>(QStringLiteral("accountName"))->text(),
                  QStringLiteral("Claude · Later"));
@@ -243,14 +227,14 @@ private slots:
                                      "Try sample workspace", "I’ll do this later"}) {
             QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
         }
-        press(button(sheet, QStringLiteral("Set up first account")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Set up first account")));
         names = shownAccessibleNames(sheet);
         for (const char* expected : {"Setup step 2 of 5", "OpenAI, see usage automatically with a secure key",
                                      "Claude, enter the limits shown in your plan", "Back", "Save for later",
                                      "Continue", "I’m not sure"}) {
             QVERIFY2(names.contains(QString::fromUtf8(expected)), expected);
         }
-        press(button(sheet, QStringLiteral("Continue")));
+        press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
         QVERIFY(shownAccessibleNames(sheet).contains(QStringLiteral("Account name")));
     }
 

@@ -1,3 +1,4 @@
+#include "WidgetTree.h"
 #include "providers/MockDataFactory.h"
 #include "store/ProviderAccount.h"
 #include "ui/AppResources.h"
@@ -28,16 +29,6 @@ const QLocale kEnglish(QStringLiteral("en_US"));
 const QTimeZone kUTC(QByteArrayLiteral("UTC"));
 const Timestamp kNow = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30), kUTC));
 
-// The texts a person (or a screen reader) finds in a widget's tree.
-QStringList accessibleTexts(const QWidget& root) {
-    QStringList texts;
-    for (const QWidget* child : root.findChildren<QWidget*>()) {
-        if (child->isVisibleTo(&root) && !child->accessibleName().isEmpty()) {
-            texts.append(child->accessibleName());
-        }
-    }
-    return texts;
-}
 } // namespace
 
 class TestBlockWidgets final : public QObject {
@@ -131,7 +122,7 @@ private slots:
         MetricCardWidget card(MetricCardContent::make(window, kNow, kEnglish, kUTC));
         card.resize(360, 220);
         card.show();
-        const QStringList texts = accessibleTexts(card);
+        const QStringList texts = childAccessibleNames(card);
         for (const QString& expected :
              {QStringLiteral("Requests / minute"), QStringLiteral("120 requests"),
               QStringLiteral("of 100 requests"), QStringLiteral("20 requests over"), QStringLiteral("in 42m"),
@@ -146,7 +137,7 @@ private slots:
             .id = QStringLiteral("w"), .title = QStringLiteral("Credits"), .unit = UsageUnit::credits};
         MetricCardWidget card(MetricCardContent::make(window, kNow, kEnglish, kUTC));
         card.show();
-        const QStringList texts = accessibleTexts(card);
+        const QStringList texts = childAccessibleNames(card);
         QVERIFY(texts.contains(QStringLiteral("Not available from provider")));
         QVERIFY(texts.contains(QStringLiteral("Limit not reported")));
         QVERIFY(!card.findChild<QWidget*>(QStringLiteral("metricBar"))->isVisibleTo(&card));
@@ -179,7 +170,7 @@ private slots:
         SubscriptionCardWidget card(SubscriptionCardContent::make(account, kNow, kEnglish, kUTC), {});
         card.resize(560, 700);
         card.show();
-        const QStringList texts = accessibleTexts(card);
+        const QStringList texts = childAccessibleNames(card);
         for (const QString& expected :
              {QStringLiteral("Grok · Labs"), QStringLiteral("xAI / Grok"), QStringLiteral("1 agents"),
               QStringLiteral("Short term"), QStringLiteral("Weekly"),
@@ -206,7 +197,7 @@ private slots:
             {MatrixRowContent::make(first, kNow, kEnglish), MatrixRowContent::make(second, kNow, kEnglish)});
         matrix.resize(900, 300);
         matrix.show();
-        const QStringList texts = accessibleTexts(matrix);
+        const QStringList texts = childAccessibleNames(matrix);
         for (const QString& column : MatrixRowContent::kColumns) {
             QVERIFY(texts.contains(column));
         }
@@ -256,8 +247,8 @@ private slots:
             [] {});
         QVERIFY(!actionOnly.actionButton());
         both.show();
-        QVERIFY(accessibleTexts(both).contains(QStringLiteral("No accounts yet")));
-        QVERIFY(accessibleTexts(both).contains(QStringLiteral("Add one.")));
+        QVERIFY(childAccessibleNames(both).contains(QStringLiteral("No accounts yet")));
+        QVERIFY(childAccessibleNames(both).contains(QStringLiteral("Add one.")));
     }
 
     void unplacedCardsShowTheirTexts() {
@@ -266,7 +257,7 @@ private slots:
                                                       .accountKind = AccountKind::consumer});
         StatusCardWidget summary(StatusCardsContent::accountSummary(account, kNow, kEnglish, kUTC));
         summary.show();
-        QVERIFY(accessibleTexts(summary).contains(
+        QVERIFY(childAccessibleNames(summary).contains(
             QStringLiteral("No snapshot yet — refresh or add manual data.")));
         const UsageWindow window{.id = QStringLiteral("w"),
                                  .title = QStringLiteral("Tokens"),
@@ -274,8 +265,8 @@ private slots:
                                  .used = 3};
         StatusCardWidget cell(StatusCardsContent::metricCell(window, kNow, kEnglish));
         cell.show();
-        QVERIFY(accessibleTexts(cell).contains(QStringLiteral("Limit not reported")));
-        QVERIFY(accessibleTexts(cell).contains(QStringLiteral("3 tokens")));
+        QVERIFY(childAccessibleNames(cell).contains(QStringLiteral("Limit not reported")));
+        QVERIFY(childAccessibleNames(cell).contains(QStringLiteral("3 tokens")));
     }
 
     void chartsAreNamed() {
