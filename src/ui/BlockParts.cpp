@@ -4,10 +4,13 @@
 #include "ui/SymbolIcon.h"
 #include "ui/Theme.h"
 
+#include <QButtonGroup>
 #include <QHBoxLayout>
+#include <QIcon>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPushButton>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace {
@@ -224,4 +227,47 @@ QMessageBox* BlockParts::confirmation(QWidget* parent, const QString& objectName
 
 bool BlockParts::confirmed(const QMessageBox* dialog) {
     return dialog->buttonRole(dialog->clickedButton()) == QMessageBox::DestructiveRole;
+}
+
+QWidget* BlockParts::actionCallout(const QString& symbol, const QString& title, const QString& message,
+                                   Tone tone, const QString& actionTitle, Theme::ButtonRole role,
+                                   QPushButton*& action, QWidget* parent) {
+    QWidget* callout = card(parent, tone);
+    callout->setAccessibleName(title);
+    auto* line = row(Theme::kSpaceM);
+    line->addWidget(icon(symbol, 20, callout, tone), 0, Qt::AlignTop);
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(2);
+    texts->addWidget(text(title, Theme::kBody, QFont::DemiBold, ElidedLabel::Ink::primary, callout));
+    texts->addWidget(
+        text(message, Theme::kFootnote, QFont::Normal, ElidedLabel::Ink::secondary, callout, Tone::muted, 3));
+    line->addLayout(texts, 1);
+    action = button(actionTitle, role, callout);
+    line->addWidget(action, 0, Qt::AlignVCenter);
+    static_cast<QVBoxLayout*>(callout->layout())->addLayout(line);
+    return callout;
+}
+
+QList<QToolButton*> BlockParts::segments(QWidget* holder, const QList<Segment>& segments, int checked) {
+    auto* layout = row(2);
+    holder->setLayout(layout);
+    auto* group = new QButtonGroup(holder);
+    group->setExclusive(true);
+    const Theme::Appearance look = Theme::appearance(holder->palette());
+    QList<QToolButton*> buttons;
+    for (const Segment& segment : segments) {
+        auto* button = new QToolButton(holder);
+        button->setText(segment.title);
+        button->setAccessibleName(segment.title);
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setIcon(QIcon(
+            SymbolIcon::pixmap(segment.symbol, Theme::primaryText(look), 14, holder->devicePixelRatioF())));
+        button->setCheckable(true);
+        button->setChecked(buttons.size() == checked);
+        button->setFocusPolicy(Qt::StrongFocus);
+        group->addButton(button);
+        layout->addWidget(button);
+        buttons.append(button);
+    }
+    return buttons;
 }

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "ui/ElidedLabel.h"
+#include "ui/Theme.h"
 #include "views/AgentBudgetPanelContent.h"
 #include "views/Badge.h"
 #include "views/ModelBreakdownContent.h"
-#include "ui/ElidedLabel.h"
-#include "ui/Theme.h"
 
 #include <QWidget>
 
@@ -12,6 +12,7 @@ class QHBoxLayout;
 class QMessageBox;
 class QVBoxLayout;
 class QPushButton;
+class QToolButton;
 
 // Small builders the monitoring blocks share, so that every card spells a title, a
 // secondary line or an icon the same way.
@@ -57,4 +58,16 @@ public:
     static bool confirmed(const QMessageBox* dialog);
     // A card surface with a vertical layout inside; `tone` tints it (a callout) instead.
     static QWidget* card(QWidget* parent, std::optional<Tone> tint = std::nullopt);
+    // A callout in a tone: its symbol, a title and a message, and one button at the end
+    // (`action`, in the given role).
+    static QWidget* actionCallout(const QString& symbol, const QString& title, const QString& message,
+                                  Tone tone, const QString& actionTitle, Theme::ButtonRole role,
+                                  QPushButton*& action, QWidget* parent);
+    // Segments side by side in `holder`, of which one is on at a time: each a tool button
+    // with its title and symbol. The buttons, in order.
+    struct Segment {
+        QString title;
+        QString symbol;
+    };
+    static QList<QToolButton*> segments(QWidget* holder, const QList<Segment>& segments, int checked);
 };

@@ -1,5 +1,7 @@
 #include "views/widgets/OverviewScreen.h"
 
+#include "views/widgets/AttentionList.h"
+
 #include "model/Clock.h"
 #include "store/ProviderAccount.h"
 #include "ui/BadgeWidget.h"
@@ -21,13 +23,9 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QListView>
-#include <QPainter>
 #include <QPushButton>
 #include <QResizeEvent>
 #include <QScrollBar>
-#include <QStandardItemModel>
-#include <QStyledItemDelegate>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -201,24 +199,13 @@ void OverviewScreen::redraw(bool rebuildMonitoring) {
 
     if (m_screen.sampleNotice && !m_sampleNotice) {
         const OverviewView::SampleDataNotice& notice = *m_screen.sampleNotice;
-        m_sampleNotice = BlockParts::card(m_page, Tone::sample);
+        QPushButton* clear = nullptr;
+        m_sampleNotice =
+            BlockParts::actionCallout(notice.icon, notice.title, notice.message, Tone::sample,
+                                      notice.actionTitle, Theme::ButtonRole::destructive, clear, m_page);
         m_sampleNotice->setObjectName(QStringLiteral("sampleDataNotice"));
-        m_sampleNotice->setAccessibleName(notice.title);
-        auto* row = BlockParts::row(Theme::kSpaceM);
-        row->addWidget(BlockParts::icon(notice.icon, 20, m_sampleNotice, Tone::sample), 0, Qt::AlignTop);
-        auto* texts = new QVBoxLayout;
-        texts->setSpacing(2);
-        texts->addWidget(
-            BlockParts::text(notice.title, Theme::kBody, QFont::DemiBold, Ink::primary, m_sampleNotice));
-        texts->addWidget(BlockParts::text(notice.message, Theme::kFootnote, QFont::Normal, Ink::secondary,
-                                          m_sampleNotice, Tone::muted, 3));
-        row->addLayout(texts, 1);
-        QPushButton* clear =
-            BlockParts::button(notice.actionTitle, Theme::ButtonRole::destructive, m_sampleNotice);
         clear->setObjectName(QStringLiteral("clearSampleDataButton"));
         connect(clear, &QPushButton::clicked, this, &OverviewScreen::clearSampleDataRequested);
-        row->addWidget(clear, 0, Qt::AlignVCenter);
-        static_cast<QVBoxLayout*>(m_sampleNotice->layout())->addLayout(row);
         place(m_noticeSlot, m_sampleNotice);
     }
     m_noticeSlot->setVisible(m_screen.sampleNotice.has_value());
@@ -245,26 +232,7 @@ void OverviewScreen::redraw(bool rebuildMonitoring) {
     m_monitoringSlot->show();
 
     if (m_viewMode == MonitoringViewMode::matrix) {
-        // Only the rows of changed accounts are worked out again.
-        QHash<QUuid, MatrixRowContent> known;
-        for (const MatrixRowContent& row : std::as_const(m_matrixRows)) {
-            known.insert(row.id, row);
-        }
-        QList<MatrixRowContent> rows;
-        for (ProviderAccount* account : m_screen.monitoring->sorted) {
-            const auto found = known.constFind(account->id());
-            rows.append(found != known.cend() && !m_dirtyRows.contains(account->id()) && !rebuildMonitoring
-                            ? *found
-                            : MatrixRowContent::make(*account, now));
-        }
-        if (rebuildMonitoring || !m_matrix) {
-            m_matrixRows = rows;
-            rebuildMonitoringBody();
-        } else if (rows != m_matrixRows) {
-            m_matrixRows = rows;
-            m_matrix->setRows(rows);
-        }
-        m_dirtyRows.clear();
+        redrawMatrix(rebuildMonitoring, now);
         return;
     }
     const QList<QList<QUuid>> shape = layoutKey();
@@ -280,6 +248,29 @@ void OverviewScreen::redraw(bool rebuildMonitoring) {
     scheduleMaterialize();
 }
 
+// Only the rows of changed accounts are worked out again.
+void OverviewScreen::redrawMatrix(bool rebuild, Timestamp now) {
+    QHash<QUuid, MatrixRowContent> known;
+    for (const MatrixRowContent& row : std::as_const(m_matrixRows)) {
+        known.insert(row.id, row);
+    }
+    QList<MatrixRowContent> rows;
+    for (ProviderAccount* account : m_screen.monitoring->sorted) {
+        const auto found = known.constFind(account->id());
+        rows.append(found != known.cend() && !m_dirtyRows.contains(account->id()) && !rebuild
+                        ? *found
+                        : MatrixRowContent::make(*account, now));
+    }
+    if (rebuild || !m_matrix) {
+        m_matrixRows = rows;
+        rebuildMonitoringBody();
+    } else if (rows != m_matrixRows) {
+        m_matrixRows = rows;
+        m_matrix->setRows(rows);
+    }
+    m_dirtyRows.clear();
+}
+
 void OverviewScreen::buildMonitoringHeader() {
     const OverviewView::MonitoringSection& section = *m_screen.monitoring;
     m_monitoring = new QWidget(m_page);
@@ -293,25 +284,16 @@ void OverviewScreen::buildMonitoringHeader() {
     auto* segments = new QWidget(m_monitoring);
     segments->setObjectName(QStringLiteral("monitoringViewPicker"));
     segments->setAccessibleName(section.viewPickerLabel);
-    auto* segmentRow = BlockParts::row(2);
-    segments->setLayout(segmentRow);
-    auto* group = new QButtonGroup(segments);
-    group->setExclusive(true);
-    const Theme::Appearance look = Theme::appearance(palette());
+    QList<BlockParts::Segment> modes;
     for (const MonitoringViewMode mode : MonitoringViewMode::allCases()) {
-        auto* button = new QToolButton(segments);
-        button->setText(mode.title());
-        button->setAccessibleName(mode.title());
-        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setIcon(
-            QIcon(SymbolIcon::pixmap(mode.icon(), Theme::primaryText(look), 14, devicePixelRatioF())));
-        button->setCheckable(true);
-        button->setChecked(mode == m_viewMode);
-        button->setFocusPolicy(Qt::StrongFocus);
-        group->addButton(button);
-        segmentRow->addWidget(button);
-        connect(button, &QToolButton::clicked, this, [this, mode] { setViewMode(mode); });
-        (mode == MonitoringViewMode::cards ? m_cardsButton : m_matrixButton) = button;
+        modes.append(BlockParts::Segment{mode.title(), mode.icon()});
+    }
+    const QList<QToolButton*> buttons = BlockParts::segments(
+        segments, modes, static_cast<int>(MonitoringViewMode::allCases().indexOf(m_viewMode)));
+    for (qsizetype i = 0; i < buttons.size(); ++i) {
+        const MonitoringViewMode mode = MonitoringViewMode::allCases().at(i);
+        connect(buttons.at(i), &QToolButton::clicked, this, [this, mode] { setViewMode(mode); });
+        (mode == MonitoringViewMode::cards ? m_cardsButton : m_matrixButton) = buttons.at(i);
     }
     top->addWidget(segments, 0, Qt::AlignBottom);
     m_sortPicker = new QComboBox(m_monitoring);
@@ -351,133 +333,16 @@ QList<QList<QUuid>> OverviewScreen::layoutKey() const {
     return key;
 }
 
-namespace {
-enum AttentionRole { MessageRole = Qt::UserRole + 1, ProviderRole, PulseRole };
-constexpr int kAttentionRowHeight = 54;
-
-// Draws one row of the attention list: logo, name, message and pulse, with a hairline
-// above every row but the first. The rows are not buttons.
-class AttentionDelegate final : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
-        return QSize(option.rect.width(), kAttentionRowHeight);
-    }
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override {
-        const Theme::Appearance look =
-            Theme::appearance(option.widget ? option.widget->palette() : option.palette);
-        const QRect row = option.rect;
-        painter->save();
-        if (index.row() > 0) {
-            painter->fillRect(QRect(row.left(), row.top(), row.width(), 1), Theme::separator(look));
-        }
-        const auto provider = AIProvider::fromRawValue(index.data(ProviderRole).toString());
-        const qreal ratio = painter->device()->devicePixelRatioF();
-        if (provider) {
-            painter->drawPixmap(
-                row.left(), row.top() + (row.height() - kLogoSize) / 2,
-                ProviderLogoWidget::logo(*provider, kLogoSize, Theme::primaryText(look), ratio));
-        }
-        const Badge pulse = index.data(PulseRole).value<Badge>();
-        const QSize badge = BadgeWidget::capsuleSize(pulse, option.font);
-        const QRect badgeRect(row.right() - badge.width(), row.top() + (row.height() - badge.height()) / 2,
-                              badge.width(), badge.height());
-        BadgeWidget::paintCapsule(*painter, badgeRect, pulse, option.font, look);
-        const int left = row.left() + kLogoSize + Theme::kSpaceM;
-        const int width = badgeRect.left() - Theme::kSpaceM - left;
-        const QFont name = Theme::font(option.font, Theme::kBody, QFont::Medium);
-        const QFont message = Theme::font(option.font, Theme::kFootnote);
-        const QFontMetrics nameMetrics(name);
-        const QFontMetrics messageMetrics(message);
-        const int top = row.top() + (row.height() - nameMetrics.height() - messageMetrics.height() - 1) / 2;
-        painter->setFont(name);
-        painter->setPen(Theme::primaryText(look));
-        painter->drawText(QRect(left, top, width, nameMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
-                          LongText::elided(nameMetrics, index.data(Qt::DisplayRole).toString(), width));
-        painter->setFont(message);
-        painter->setPen(Theme::secondaryText(look));
-        painter->drawText(QRect(left, top + nameMetrics.height() + 1, width, messageMetrics.height()),
-                          Qt::AlignLeft | Qt::AlignVCenter,
-                          LongText::elided(messageMetrics, index.data(MessageRole).toString(), width));
-        painter->restore();
-    }
-};
-
-QStandardItem* attentionItem(const OverviewView::AttentionRow& entry) {
-    auto* item = new QStandardItem(entry.name);
-    item->setData(entry.message, MessageRole);
-    item->setData(entry.message, Qt::AccessibleDescriptionRole);
-    item->setData(entry.provider.rawValue(), ProviderRole);
-    item->setData(QVariant::fromValue(entry.pulse), PulseRole);
-    item->setToolTip(entry.message);
-    item->setFlags(Qt::ItemIsEnabled);
-    return item;
-}
-
-bool sameRow(const QStandardItem* item, const OverviewView::AttentionRow& entry) {
-    return item->text() == entry.name && item->data(MessageRole).toString() == entry.message &&
-           item->data(ProviderRole).toString() == entry.provider.rawValue() &&
-           item->data(PulseRole).value<Badge>() == entry.pulse;
-}
-} // namespace
-
 void OverviewScreen::updateAttention(const std::optional<OverviewView::AttentionSection>& section) {
     m_attentionSlot->setVisible(section.has_value());
     if (!section) {
         return;
     }
     if (!m_attention) {
-        m_attention = new QWidget(m_page);
-        m_attention->setObjectName(QStringLiteral("attentionSection"));
-        auto* column = new QVBoxLayout(m_attention);
-        column->setContentsMargins(0, 0, 0, 0);
-        column->setSpacing(Theme::kSpaceM);
-        column->addWidget(
-            BlockParts::heading(section->heading.title, section->heading.subtitle, m_attention));
-        QWidget* card = BlockParts::card(m_attention);
-        static_cast<QVBoxLayout*>(card->layout())
-            ->setContentsMargins(Theme::kSpaceL, Theme::kSpaceXS, Theme::kSpaceL, Theme::kSpaceXS);
-        m_attentionModel = new QStandardItemModel(m_attention);
-        m_attentionList = new QListView(card);
-        m_attentionList->setObjectName(QStringLiteral("attentionList"));
-        m_attentionList->setAccessibleName(section->heading.title);
-        m_attentionList->setModel(m_attentionModel);
-        m_attentionList->setItemDelegate(new AttentionDelegate(m_attentionList));
-        m_attentionList->setSelectionMode(QAbstractItemView::NoSelection);
-        m_attentionList->setFocusPolicy(Qt::NoFocus);
-        m_attentionList->setFrameShape(QFrame::NoFrame);
-        m_attentionList->setUniformItemSizes(true);
-        m_attentionList->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        m_attentionList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-        // Transparent through the palette: a style sheet of its own would restyle the view.
-        QPalette clear = m_attentionList->palette();
-        clear.setColor(QPalette::Base, Qt::transparent);
-        m_attentionList->setPalette(clear);
-        m_attentionList->viewport()->setAutoFillBackground(false);
-        card->layout()->addWidget(m_attentionList);
-        column->addWidget(card);
+        m_attention = new AttentionList(section->heading, m_page);
         place(m_attentionSlot, m_attention);
     }
-    // Rows that read the same stay as they are; the list follows the accounts' order.
-    const QList<OverviewView::AttentionRow>& rows = section->rows;
-    if (m_attentionModel->rowCount() > rows.size()) {
-        m_attentionModel->removeRows(static_cast<int>(rows.size()),
-                                     m_attentionModel->rowCount() - static_cast<int>(rows.size()));
-    }
-    for (qsizetype i = 0; i < rows.size(); ++i) {
-        const int row = static_cast<int>(i);
-        if (row < m_attentionModel->rowCount()) {
-            if (!sameRow(m_attentionModel->item(row), rows[i])) {
-                m_attentionModel->setItem(row, attentionItem(rows[i]));
-            }
-        } else {
-            m_attentionModel->appendRow(attentionItem(rows[i]));
-        }
-    }
-    m_attentionList->setFixedHeight(static_cast<int>(rows.size()) * kAttentionRowHeight);
+    m_attention->setRows(section->rows);
 }
 
 CardButton* OverviewScreen::cardFor(ProviderAccount* account) {

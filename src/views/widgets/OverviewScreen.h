@@ -9,12 +9,11 @@
 #include <QSet>
 #include <QUuid>
 
+class AttentionList;
 class CardButton;
 class CardGrid;
 class ElidedLabel;
 class QButtonGroup;
-class QListView;
-class QStandardItemModel;
 class QComboBox;
 class QToolButton;
 class QVBoxLayout;
@@ -58,6 +57,7 @@ protected:
 
 private:
     void buildFixedParts();
+    void redrawMatrix(bool rebuild, Timestamp now);
     void buildMonitoringHeader();
     void place(QWidget* slot, QWidget* block);
     // Recomputes the content and brings every part in line with it.
@@ -93,9 +93,7 @@ private:
     QWidget* m_monitoringSlot = nullptr;
     QWidget* m_sampleNotice = nullptr;
     QWidget* m_emptyState = nullptr;
-    QWidget* m_attention = nullptr;
-    QStandardItemModel* m_attentionModel = nullptr;
-    QListView* m_attentionList = nullptr;
+    AttentionList* m_attention = nullptr;
     QWidget* m_monitoring = nullptr;
     QToolButton* m_cardsButton = nullptr;
     QToolButton* m_matrixButton = nullptr;

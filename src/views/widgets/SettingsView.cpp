@@ -1,11 +1,11 @@
 #include "views/widgets/SettingsView.h"
 
 #include "core/Preferences.h"
-#include "views/SettingsContent.h"
 #include "ui/BlockParts.h"
 #include "ui/SectionCard.h"
 #include "ui/Theme.h"
 #include "ui/ToggleSwitch.h"
+#include "views/SettingsContent.h"
 
 #include <QComboBox>
 #include <QDesktopServices>

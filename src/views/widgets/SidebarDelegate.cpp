@@ -1,10 +1,10 @@
 #include "views/widgets/SidebarDelegate.h"
 
-#include "views/SidebarModel.h"
 #include "ui/LongText.h"
 #include "ui/ProviderLogoWidget.h"
 #include "ui/SymbolIcon.h"
 #include "ui/Theme.h"
+#include "views/SidebarModel.h"
 
 #include <QPainter>
 

@@ -1,10 +1,10 @@
 #include "views/widgets/SidebarView.h"
 
 #include "core/ContentView.h"
-#include "views/SidebarModel.h"
-#include "views/widgets/SidebarDelegate.h"
 #include "ui/SymbolIcon.h"
 #include "ui/Theme.h"
+#include "views/SidebarModel.h"
+#include "views/widgets/SidebarDelegate.h"
 
 #include <QAction>
 #include <QHeaderView>
