@@ -237,6 +237,55 @@ void AccountLifecycle::createDemoAccounts() {
 
 // ---- the editor's save ----
 
+namespace {
+// What the editor's form sets on the record whatever its connection.
+void applyEditorFields(ProviderAccount& account, const AccountDraft& draft, const QString& label) {
+    account.setProvider(draft.provider);
+    account.setLabel(label);
+    account.setAccountKind(draft.accountKind);
+    account.setPlanName(draft.planName.trimmed());
+    account.setIdentityDetail(draft.identityDetail.trimmed());
+    account.setModelScope(draft.modelScope.trimmed());
+    account.setAgentScope(draft.agentScope.trimmed());
+    account.setAgentRosterText(draft.agentRosterText.trimmed());
+    account.setAgentBudgets(draft.agentBudgets);
+    account.setAgentCount(qMax<qint64>(0, draft.agentCount));
+    account.setRenewalDate(draft.renewalDate);
+}
+
+// Where the account's data comes from now: sample data, the manual windows, or nothing
+// until the provider's page or the next refresh.
+void fillEditorData(ProviderAccount& account, const AccountDraft& draft, bool sample, Timestamp now) {
+    if (sample || draft.connectionMode == ConnectionMode::mock) {
+        loadSample(account, now);
+    } else if (draft.connectionMode == ConnectionMode::manual) {
+        const QList<UsageWindow> windows =
+            AccountLifecycle::manualWindows(draft, AccountLifecycle::ManualWording::editor);
+        if (windows.isEmpty()) {
+            forgetData(account);
+            setStatus(account, SyncStatus::needsAttention,
+                      QStringLiteral("Add at least one manual short-term or weekly allowance"));
+        } else {
+            start(account,
+                  AccountLifecycle::manualSnapshot(windows, now, AccountLifecycle::ManualWording::editor),
+                  now);
+            if (windows.size() == 1) {
+                setStatus(account, SyncStatus::partial,
+                          QStringLiteral("Manual short-term or weekly allowance updated"));
+            } else {
+                setStatus(account, SyncStatus::current, QStringLiteral("Manual allowances updated"));
+            }
+        }
+    } else if (draft.connectionMode == ConnectionMode::browser) {
+        setStatus(account, SyncStatus::needsAttention, AccountLifecycle::providerPageMessage());
+    } else {
+        // Every save of an official API account waits for its next refresh to be current.
+        setStatus(account, SyncStatus::needsAttention,
+                  QStringLiteral("Add a manual allowance or refresh with an official API connection"));
+    }
+}
+} // namespace
+
 AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDraft& draft,
                                                                  ProviderAccount* existing,
                                                                  ProviderAccount* pending) {
@@ -285,20 +334,10 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
             KeychainStore::deleteItem(target->secretReference());
         }
     }
-    target->setProvider(draft.provider);
-    target->setLabel(finalLabel);
-    target->setAccountKind(draft.accountKind);
-    target->setPlanName(draft.planName.trimmed());
+    applyEditorFields(*target, draft, finalLabel);
     if ((!providerChanged && !modeChanged) || usesLiveMode) {
         target->applyDetectedMetadata(draft.connectionMetadata);
     }
-    target->setIdentityDetail(draft.identityDetail.trimmed());
-    target->setModelScope(draft.modelScope.trimmed());
-    target->setAgentScope(draft.agentScope.trimmed());
-    target->setAgentRosterText(draft.agentRosterText.trimmed());
-    target->setAgentBudgets(draft.agentBudgets);
-    target->setAgentCount(qMax<qint64>(0, draft.agentCount));
-    target->setRenewalDate(draft.renewalDate);
     target->setConnectionMode(mode);
     target->setSampleDataEnabled(effectiveSample);
     // Leaving sample mode clears the sample data.
@@ -307,30 +346,7 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
         forgetData(*target);
     }
 
-    if (effectiveSample || mode == ConnectionMode::mock) {
-        loadSample(*target, now);
-    } else if (mode == ConnectionMode::manual) {
-        const QList<UsageWindow> windows = manualWindows(draft, ManualWording::editor);
-        if (windows.isEmpty()) {
-            forgetData(*target);
-            setStatus(*target, SyncStatus::needsAttention,
-                      QStringLiteral("Add at least one manual short-term or weekly allowance"));
-        } else {
-            start(*target, manualSnapshot(windows, now, ManualWording::editor), now);
-            if (windows.size() == 1) {
-                setStatus(*target, SyncStatus::partial,
-                          QStringLiteral("Manual short-term or weekly allowance updated"));
-            } else {
-                setStatus(*target, SyncStatus::current, QStringLiteral("Manual allowances updated"));
-            }
-        }
-    } else if (mode == ConnectionMode::browser) {
-        setStatus(*target, SyncStatus::needsAttention, providerPageMessage());
-    } else {
-        // Every save of an official API account waits for its next refresh to be current.
-        setStatus(*target, SyncStatus::needsAttention,
-                  QStringLiteral("Add a manual allowance or refresh with an official API connection"));
-    }
+    fillEditorData(*target, draft, effectiveSample, now);
 
     if (!m_store->save()) {
         return EditorSave{.account = target,

@@ -1,12 +1,12 @@
 #include "ui/SubscriptionCardWidget.h"
 
-#include "views/TrendChartContent.h"
 #include "ui/BadgeWidget.h"
 #include "ui/BlockParts.h"
 #include "ui/MeterBar.h"
 #include "ui/ProviderLogoWidget.h"
 #include "ui/Theme.h"
 #include "ui/TrendChartWidget.h"
+#include "views/TrendChartContent.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -85,37 +85,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
     layout->setContentsMargins(Theme::kSpaceL, Theme::kSpaceL, Theme::kSpaceL, Theme::kSpaceL);
     layout->setSpacing(Theme::kSpaceM);
 
-    // Identity row.
-    QHBoxLayout* identity = BlockParts::row(Theme::kSpaceM);
-    identity->addWidget(new ProviderLogoWidget(*AIProvider::fromRawValue(card.providerRaw), 22, this), 0,
-                        Qt::AlignTop);
-    auto* who = new QVBoxLayout;
-    who->setSpacing(2);
-    who->addWidget(BlockParts::text(card.name, Theme::kHeadline, QFont::DemiBold, Ink::primary, this));
-    who->addWidget(BlockParts::text(card.subtitle, Theme::kCaption, QFont::Normal, Ink::secondary, this));
-    if (!card.chips.isEmpty()) {
-        QHBoxLayout* chips = BlockParts::row(Theme::kSpaceXS);
-        for (const SubscriptionCardContent::Chip& chip : card.chips) {
-            chips->addWidget(BlockParts::chip(chip.symbol, chip.text, this));
-        }
-        chips->addStretch(1);
-        who->addLayout(chips);
-    }
-    identity->addLayout(who, 1);
-    auto* state = new QVBoxLayout;
-    state->setSpacing(Theme::kSpaceXS);
-    QHBoxLayout* badges = BlockParts::row(Theme::kSpaceXS);
-    badges->addStretch(1);
-    for (const Badge& badge : card.badges) {
-        badges->addWidget(new BadgeWidget(badge, this));
-    }
-    state->addLayout(badges);
-    ElidedLabel* updated =
-        BlockParts::value(card.updated, Theme::kCaption, QFont::Normal, Ink::secondary, this);
-    updated->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    state->addWidget(updated);
-    identity->addLayout(state);
-    layout->addLayout(identity);
+    layout->addLayout(identityRow(card));
 
     if (!card.hasSnapshot) {
         QHBoxLayout* none = BlockParts::row(Theme::kSpaceXS);
@@ -151,24 +121,69 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
         layout->addLayout(billing);
     }
     if (!card.additional.isEmpty()) {
-        layout->addWidget(BlockParts::separator(this));
-        layout->addWidget(BlockParts::text(card.additionalHeading, Theme::kFootnote, QFont::DemiBold,
-                                           Ink::secondary, this));
-        for (const SubscriptionCardContent::AdditionalRow& signal : card.additional) {
-            QHBoxLayout* line = BlockParts::row(Theme::kSpaceXS);
-            line->addWidget(new BadgeWidget(signal.dot, this));
-            line->addWidget(
-                BlockParts::text(signal.title, Theme::kCaption, QFont::Medium, Ink::primary, this), 1);
-            line->addWidget(
-                BlockParts::value(signal.used, Theme::kCaption, QFont::DemiBold, Ink::primary, this));
-            line->addWidget(
-                BlockParts::value(signal.limitText, Theme::kCaption, QFont::Normal, Ink::secondary, this));
-            layout->addLayout(line);
-        }
+        addAdditional(layout, card);
     }
 
     // Footer: the daily trend and the next reset.
     layout->addWidget(BlockParts::separator(this));
+    layout->addLayout(footerRow(card, trend));
+}
+
+// Logo, name, kind and chips; the badges and the age at the right.
+QHBoxLayout* SubscriptionCardWidget::identityRow(const SubscriptionCardContent& card) {
+    QHBoxLayout* identity = BlockParts::row(Theme::kSpaceM);
+    identity->addWidget(new ProviderLogoWidget(*AIProvider::fromRawValue(card.providerRaw), 22, this), 0,
+                        Qt::AlignTop);
+    auto* who = new QVBoxLayout;
+    who->setSpacing(2);
+    who->addWidget(BlockParts::text(card.name, Theme::kHeadline, QFont::DemiBold, Ink::primary, this));
+    who->addWidget(BlockParts::text(card.subtitle, Theme::kCaption, QFont::Normal, Ink::secondary, this));
+    if (!card.chips.isEmpty()) {
+        QHBoxLayout* chips = BlockParts::row(Theme::kSpaceXS);
+        for (const SubscriptionCardContent::Chip& chip : card.chips) {
+            chips->addWidget(BlockParts::chip(chip.symbol, chip.text, this));
+        }
+        chips->addStretch(1);
+        who->addLayout(chips);
+    }
+    identity->addLayout(who, 1);
+    auto* state = new QVBoxLayout;
+    state->setSpacing(Theme::kSpaceXS);
+    QHBoxLayout* badges = BlockParts::row(Theme::kSpaceXS);
+    badges->addStretch(1);
+    for (const Badge& badge : card.badges) {
+        badges->addWidget(new BadgeWidget(badge, this));
+    }
+    state->addLayout(badges);
+    ElidedLabel* updated =
+        BlockParts::value(card.updated, Theme::kCaption, QFont::Normal, Ink::secondary, this);
+    updated->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    state->addWidget(updated);
+    identity->addLayout(state);
+
+    return identity;
+}
+
+// Further windows, a line each: dot, title, used and limit.
+void SubscriptionCardWidget::addAdditional(QVBoxLayout* layout, const SubscriptionCardContent& card) {
+    layout->addWidget(BlockParts::separator(this));
+    layout->addWidget(
+        BlockParts::text(card.additionalHeading, Theme::kFootnote, QFont::DemiBold, Ink::secondary, this));
+    for (const SubscriptionCardContent::AdditionalRow& signal : card.additional) {
+        QHBoxLayout* line = BlockParts::row(Theme::kSpaceXS);
+        line->addWidget(new BadgeWidget(signal.dot, this));
+        line->addWidget(BlockParts::text(signal.title, Theme::kCaption, QFont::Medium, Ink::primary, this),
+                        1);
+        line->addWidget(BlockParts::value(signal.used, Theme::kCaption, QFont::DemiBold, Ink::primary, this));
+        line->addWidget(
+            BlockParts::value(signal.limitText, Theme::kCaption, QFont::Normal, Ink::secondary, this));
+        layout->addLayout(line);
+    }
+}
+
+// The daily trend and the next reset.
+QHBoxLayout* SubscriptionCardWidget::footerRow(const SubscriptionCardContent& card,
+                                               const QList<UsagePoint>& trend) {
     QHBoxLayout* footer = BlockParts::row(Theme::kSpaceL);
     auto* trendText = new QVBoxLayout;
     trendText->setSpacing(2);
@@ -192,7 +207,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
         resetText->addWidget(label);
     }
     footer->addLayout(resetText);
-    layout->addLayout(footer);
+    return footer;
 }
 
 void SubscriptionCardWidget::paintEvent(QPaintEvent*) {

@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+class QHBoxLayout;
 class QVBoxLayout;
 
 // The full monitoring card of one subscription, drawn from its SubscriptionCardContent:
@@ -17,4 +18,9 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+
+private:
+    QHBoxLayout* identityRow(const SubscriptionCardContent& card);
+    void addAdditional(QVBoxLayout* layout, const SubscriptionCardContent& card);
+    QHBoxLayout* footerRow(const SubscriptionCardContent& card, const QList<UsagePoint>& trend);
 };

@@ -55,6 +55,31 @@ OnboardingView::OnboardingView(ContentView* content, QWidget* parent)
     outer->setContentsMargins(0, 0, 0, 0);
     outer->setSpacing(0);
 
+    outer->addWidget(buildHeader());
+
+    m_pages = new QStackedWidget(this);
+    m_pages->addWidget(buildWelcome());
+    m_pages->addWidget(buildProvider());
+    m_pages->addWidget(buildName());
+    m_pages->addWidget(buildConnection());
+    m_pages->addWidget(buildReady());
+    outer->addWidget(m_pages, 1);
+
+    m_footer = buildFooter();
+    m_footerLine = BlockParts::separator(this);
+    outer->addWidget(m_footerLine);
+    outer->addWidget(m_footer);
+    connect(m_back, &QPushButton::clicked, m_flow, &OnboardingFlow::back);
+    connect(m_saveForLater, &QPushButton::clicked, m_flow, &OnboardingFlow::saveDraftAndDismiss);
+
+    connect(m_flow, &OnboardingFlow::changed, this, &OnboardingView::sync);
+    connect(m_flow, &OnboardingFlow::pageChanged, this, &OnboardingView::showPage);
+    connect(m_flow, &OnboardingFlow::focusRequested, this, &OnboardingView::focusField);
+    sync();
+}
+
+// The brand at the left, the step and its capsules at the right.
+QWidget* OnboardingView::buildHeader() {
     auto* header = new QWidget(this);
     header->setObjectName(QStringLiteral("onboardingHeader"));
     auto* headerLayout = BlockParts::row(Theme::kSpaceM);
@@ -77,16 +102,11 @@ OnboardingView::OnboardingView(ContentView* content, QWidget* parent)
     m_capsules = new StepCapsules(header);
     steps->addWidget(m_capsules, 0, Qt::AlignRight);
     headerLayout->addLayout(steps);
-    outer->addWidget(header);
+    return header;
+}
 
-    m_pages = new QStackedWidget(this);
-    m_pages->addWidget(buildWelcome());
-    m_pages->addWidget(buildProvider());
-    m_pages->addWidget(buildName());
-    m_pages->addWidget(buildConnection());
-    m_pages->addWidget(buildReady());
-    outer->addWidget(m_pages, 1);
-
+// Back and "Save for later" at the left, the page's own buttons at the right.
+QWidget* OnboardingView::buildFooter() {
     auto* footer = new QWidget(this);
     footer->setObjectName(QStringLiteral("onboardingFooter"));
     auto* footerLayout = BlockParts::row(Theme::kSpaceS);
@@ -119,17 +139,7 @@ OnboardingView::OnboardingView(ContentView* content, QWidget* parent)
             }
         });
     }
-    m_footerLine = BlockParts::separator(this);
-    outer->addWidget(m_footerLine);
-    outer->addWidget(footer);
-    m_footer = footer;
-    connect(m_back, &QPushButton::clicked, m_flow, &OnboardingFlow::back);
-    connect(m_saveForLater, &QPushButton::clicked, m_flow, &OnboardingFlow::saveDraftAndDismiss);
-
-    connect(m_flow, &OnboardingFlow::changed, this, &OnboardingView::sync);
-    connect(m_flow, &OnboardingFlow::pageChanged, this, &OnboardingView::showPage);
-    connect(m_flow, &OnboardingFlow::focusRequested, this, &OnboardingView::focusField);
-    sync();
+    return footer;
 }
 
 OnboardingView::~OnboardingView() = default;
@@ -345,36 +355,29 @@ QWidget* OnboardingView::buildReady() {
 
 // ---- drawing the flow ----
 
-void OnboardingView::sync() {
-    m_shown = OnboardingContent::make(*m_flow);
-    const OnboardingContent& c = m_shown;
-    m_step->setFullText(c.header.step);
-    m_capsules->setStep(c.header.filledCapsules, c.header.capsulesLabel);
-    if (m_pages->currentIndex() != c.page.rawValue()) {
-        m_pages->setCurrentIndex(c.page.rawValue());
-    }
-
+// The footer's buttons; the one Return presses, if any.
+QPushButton* OnboardingView::syncFooter(OnboardingPage page, const OnboardingContent::Footer& footer) {
     // The welcome page has its own buttons and no footer.
-    m_footer->setVisible(c.page != OnboardingPage::welcome);
-    m_footerLine->setVisible(c.page != OnboardingPage::welcome);
-    m_back->setVisible(c.footer.back.has_value());
-    if (c.footer.back) {
-        m_back->setEnabled(c.footer.back->enabled);
+    m_footer->setVisible(page != OnboardingPage::welcome);
+    m_footerLine->setVisible(page != OnboardingPage::welcome);
+    m_back->setVisible(footer.back.has_value());
+    if (footer.back) {
+        m_back->setEnabled(footer.back->enabled);
     }
-    m_saveForLater->setVisible(c.footer.saveForLater.has_value());
-    if (c.footer.saveForLater) {
-        m_saveForLater->setEnabled(c.footer.saveForLater->enabled);
+    m_saveForLater->setVisible(footer.saveForLater.has_value());
+    if (footer.saveForLater) {
+        m_saveForLater->setEnabled(footer.saveForLater->enabled);
     }
     QPushButton* returnButton = nullptr;
     for (qsizetype i = 0; i < m_trailing.size(); ++i) {
         QPushButton* button = m_trailing.at(i);
-        const bool shown = i < c.footer.trailing.size();
+        const bool shown = i < footer.trailing.size();
         button->setVisible(shown);
         button->setDefault(false);
         if (!shown) {
             continue;
         }
-        const OnboardingContent::Button& content = c.footer.trailing.at(i);
+        const OnboardingContent::Button& content = footer.trailing.at(i);
         button->setText(content.title);
         button->setAccessibleName(content.title);
         button->setEnabled(content.enabled);
@@ -384,6 +387,19 @@ void OnboardingView::sync() {
             returnButton = button;
         }
     }
+    return returnButton;
+}
+
+void OnboardingView::sync() {
+    m_shown = OnboardingContent::make(*m_flow);
+    const OnboardingContent& c = m_shown;
+    m_step->setFullText(c.header.step);
+    m_capsules->setStep(c.header.filledCapsules, c.header.capsulesLabel);
+    if (m_pages->currentIndex() != c.page.rawValue()) {
+        m_pages->setCurrentIndex(c.page.rawValue());
+    }
+
+    QPushButton* returnButton = syncFooter(c.page, c.footer);
 
     if (const auto& welcome = c.welcome) {
         m_welcomeHeading->setFullText(welcome->heading);

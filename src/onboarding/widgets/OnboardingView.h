@@ -37,12 +37,15 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    QWidget* buildHeader();
+    QWidget* buildFooter();
     QWidget* buildWelcome();
     QWidget* buildProvider();
     QWidget* buildName();
     QWidget* buildConnection();
     QWidget* buildReady();
     void sync();
+    QPushButton* syncFooter(OnboardingPage page, const OnboardingContent::Footer& footer);
     void showPage(OnboardingPage page);
     void focusField(OnboardingFocusField field);
 

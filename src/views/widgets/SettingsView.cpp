@@ -58,15 +58,7 @@ SettingsView::SettingsView(Preferences* preferences, QWidget* parent)
     layout->setContentsMargins(Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL, Theme::kSpaceXL);
     layout->setSpacing(Theme::kSpaceS);
 
-    const auto section = [&](const QString& title) {
-        if (layout->count() > 0) {
-            layout->addSpacing(Theme::kSpaceL);
-        }
-        layout->addWidget(BlockParts::text(title, Theme::kHeadline, QFont::DemiBold, Ink::primary, page));
-        auto* card = new SectionCard(page);
-        layout->addWidget(card);
-        return card;
-    };
+    const auto section = [&](const QString& title) { return addSection(layout, title, page); };
 
     SectionCard* demo = section(content.demoSection);
     m_sampleData = new ToggleSwitch(content.sampleData.title, demo);
@@ -74,7 +66,43 @@ SettingsView::SettingsView(Preferences* preferences, QWidget* parent)
     demo->add(m_sampleData);
     demo->add(note(content.demoNote, demo));
 
-    SectionCard* refresh = section(content.refreshSection);
+    buildRefresh(section(content.refreshSection), content);
+
+    SectionCard* support = section(content.supportSection);
+    for (const auto& [label, value] : content.support) {
+        support->add(pair(label, value, support));
+    }
+    for (const QString& text : content.supportNotes) {
+        support->add(note(text, support));
+    }
+
+    buildAbout(section(content.aboutSection), content);
+    layout->addStretch(1);
+
+    // Each control writes through at once; no save step.
+    connect(m_sampleData, &ToggleSwitch::toggled, m_preferences, &Preferences::setUseSampleDataByDefault);
+    connect(m_autoRefresh, &ToggleSwitch::toggled, m_preferences, &Preferences::setAutoRefreshEnabled);
+    connect(m_notifications, &ToggleSwitch::toggled, m_preferences,
+            &Preferences::setThresholdNotificationsEnabled);
+    connect(m_interval, &QComboBox::activated, this,
+            [this](int index) { m_preferences->setAutoRefreshMinutes(m_interval->itemData(index).toInt()); });
+    connect(m_preferences, &Preferences::changed, this, &SettingsView::sync);
+    sync();
+}
+
+// A section's heading and its card, below the sections before it.
+SectionCard* SettingsView::addSection(QVBoxLayout* layout, const QString& title, QWidget* page) {
+    if (layout->count() > 0) {
+        layout->addSpacing(Theme::kSpaceL);
+    }
+    layout->addWidget(BlockParts::text(title, Theme::kHeadline, QFont::DemiBold, Ink::primary, page));
+    auto* card = new SectionCard(page);
+    layout->addWidget(card);
+    return card;
+}
+
+// Automatic refresh, its interval and the usage notifications.
+void SettingsView::buildRefresh(SectionCard* refresh, const SettingsContent& content) {
     m_autoRefresh = new ToggleSwitch(content.autoRefresh.title, refresh);
     m_autoRefresh->setObjectName(QStringLiteral("autoRefreshEnabled"));
     refresh->add(m_autoRefresh);
@@ -96,16 +124,10 @@ SettingsView::SettingsView(Preferences* preferences, QWidget* parent)
     m_notifications->setObjectName(QStringLiteral("thresholdNotificationsEnabled"));
     refresh->add(m_notifications);
     refresh->add(note(content.notificationsNote, refresh));
+}
 
-    SectionCard* support = section(content.supportSection);
-    for (const auto& [label, value] : content.support) {
-        support->add(pair(label, value, support));
-    }
-    for (const QString& text : content.supportNotes) {
-        support->add(note(text, support));
-    }
-
-    SectionCard* about = section(content.aboutSection);
+// What the application is, and the company's page.
+void SettingsView::buildAbout(SectionCard* about, const SettingsContent& content) {
     for (const auto& [label, value] : content.about) {
         about->add(pair(label, value, about));
     }
@@ -120,17 +142,6 @@ SettingsView::SettingsView(Preferences* preferences, QWidget* parent)
             [](const QString& url) { QDesktopServices::openUrl(QUrl(url)); });
     about->add(m_link);
     about->add(note(content.aboutNote, about));
-    layout->addStretch(1);
-
-    // Each control writes through at once; no save step.
-    connect(m_sampleData, &ToggleSwitch::toggled, m_preferences, &Preferences::setUseSampleDataByDefault);
-    connect(m_autoRefresh, &ToggleSwitch::toggled, m_preferences, &Preferences::setAutoRefreshEnabled);
-    connect(m_notifications, &ToggleSwitch::toggled, m_preferences,
-            &Preferences::setThresholdNotificationsEnabled);
-    connect(m_interval, &QComboBox::activated, this,
-            [this](int index) { m_preferences->setAutoRefreshMinutes(m_interval->itemData(index).toInt()); });
-    connect(m_preferences, &Preferences::changed, this, &SettingsView::sync);
-    sync();
 }
 
 void SettingsView::sync() {

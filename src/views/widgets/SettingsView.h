@@ -5,7 +5,10 @@
 class Preferences;
 class QComboBox;
 class QLabel;
+class QVBoxLayout;
+class SectionCard;
 class ToggleSwitch;
+struct SettingsContent;
 
 // The Settings window: a grouped form of four sections. Every control writes its
 // preference at once, and follows it when it changes elsewhere.
@@ -22,6 +25,9 @@ public:
     QLabel* link() const noexcept { return m_link; }
 
 private:
+    static SectionCard* addSection(QVBoxLayout* layout, const QString& title, QWidget* page);
+    void buildRefresh(SectionCard* refresh, const SettingsContent& content);
+    void buildAbout(SectionCard* about, const SettingsContent& content);
     // Shows what the preferences hold now.
     void sync();
 

@@ -24,6 +24,37 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
     layout->setContentsMargins(Theme::kSpaceM, Theme::kSpaceM, Theme::kSpaceM, Theme::kSpaceM);
     layout->setSpacing(Theme::kSpaceS);
 
+    buildSearch();
+    layout->addWidget(m_search);
+
+    buildList();
+    layout->addWidget(m_list, 1);
+
+    m_add = new QPushButton(QStringLiteral("Add Account"), this);
+    m_add->setObjectName(QStringLiteral("sidebarAddAccountButton"));
+    m_add->setIcon(QIcon(SymbolIcon::pixmap(
+        QStringLiteral("plus"), Theme::primaryText(Theme::appearance(palette())), 16, devicePixelRatioF())));
+    m_add->setAccessibleName(m_add->text());
+    connect(m_add, &QPushButton::clicked, this, &SidebarView::addRequested);
+    layout->addWidget(m_add);
+
+    // The sections come back (and open) when rows arrive; a search or a new account
+    // must not lose the selected row.
+    connect(m_model, &SidebarModel::rowsInserted, this, [this](const QModelIndex& under) {
+        if (!under.isValid()) {
+            m_list->expandAll();
+        }
+        syncSelection();
+    });
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &SidebarView::onCurrentChanged);
+    connect(m_content, &ContentView::selectionChanged, this, &SidebarView::syncSelection);
+    connect(m_list, &QTreeView::customContextMenuRequested, this, &SidebarView::showContextMenu);
+    syncSelection();
+}
+
+// "Find subscriptions", with its magnifier and its own clear button.
+void SidebarView::buildSearch() {
     m_search = new QLineEdit(this);
     m_search->setObjectName(QStringLiteral("sidebarSearch"));
     m_search->setPlaceholderText(QStringLiteral("Find subscriptions"));
@@ -48,8 +79,10 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
         clearSearch->setVisible(!text.isEmpty());
     });
     connect(m_search, &QLineEdit::textChanged, m_model, &SidebarModel::setSearchText);
-    layout->addWidget(m_search);
+}
 
+// The overview, the providers' groups and the accounts, drawn by SidebarDelegate.
+void SidebarView::buildList() {
     m_list = new QTreeView(this);
     m_list->setObjectName(QStringLiteral("sidebar"));
     m_list->setAccessibleName(QStringLiteral("Sidebar"));
@@ -83,29 +116,6 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
     });
     m_list->setModel(m_model);
     m_list->expandAll();
-    layout->addWidget(m_list, 1);
-
-    m_add = new QPushButton(QStringLiteral("Add Account"), this);
-    m_add->setObjectName(QStringLiteral("sidebarAddAccountButton"));
-    m_add->setIcon(
-        QIcon(SymbolIcon::pixmap(QStringLiteral("plus"), Theme::primaryText(look), 16, devicePixelRatioF())));
-    m_add->setAccessibleName(m_add->text());
-    connect(m_add, &QPushButton::clicked, this, &SidebarView::addRequested);
-    layout->addWidget(m_add);
-
-    // The sections come back (and open) when rows arrive; a search or a new account
-    // must not lose the selected row.
-    connect(m_model, &SidebarModel::rowsInserted, this, [this](const QModelIndex& under) {
-        if (!under.isValid()) {
-            m_list->expandAll();
-        }
-        syncSelection();
-    });
-    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            &SidebarView::onCurrentChanged);
-    connect(m_content, &ContentView::selectionChanged, this, &SidebarView::syncSelection);
-    connect(m_list, &QTreeView::customContextMenuRequested, this, &SidebarView::showContextMenu);
-    syncSelection();
 }
 
 void SidebarView::paintEvent(QPaintEvent*) {

@@ -37,6 +37,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void buildSearch();
+    void buildList();
     void syncSelection();
     void onCurrentChanged(const QModelIndex& current);
     void showContextMenu(const QPoint& position);
