@@ -6,15 +6,15 @@
 // (1200 x ~16,800 pixels for the cards), given for reference with the time it takes only
 // to fill a pixmap of that size with one colour.
 #include "BenchFixtures.h"
-#include "views/MatrixRowContent.h"
-#include "views/MetricCardContent.h"
-#include "views/SubscriptionCardContent.h"
-#include "views/TrendChartContent.h"
 #include "ui/AppResources.h"
 #include "ui/MetricCardWidget.h"
 #include "ui/SubscriptionCardWidget.h"
 #include "ui/SubscriptionMatrixWidget.h"
 #include "ui/TrendChartWidget.h"
+#include "views/MatrixRowContent.h"
+#include "views/MetricCardContent.h"
+#include "views/SubscriptionCardContent.h"
+#include "views/TrendChartContent.h"
 
 #include <QApplication>
 #include <QGridLayout>

@@ -1,11 +1,11 @@
 #include "core/RefreshEngine.h"
 
+#include "core/UrgentNotification.h"
 #include "model/Clock.h"
 #include "model/UsageJson.h"
 #include "providers/OfficialMetadata.h"
 #include "providers/ProviderFactory.h"
 #include "providers/UsageProviderError.h"
-#include "core/UrgentNotification.h"
 #include "services/NotificationService.h"
 
 #include <QPointer>

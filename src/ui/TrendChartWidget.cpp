@@ -1,7 +1,7 @@
 #include "ui/TrendChartWidget.h"
 
-#include "views/CatmullRom.h"
 #include "ui/Theme.h"
+#include "views/CatmullRom.h"
 
 #include <QLocale>
 #include <QPainter>

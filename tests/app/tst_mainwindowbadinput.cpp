@@ -5,17 +5,17 @@
 #include "core/ContentView.h"
 #include "core/CoreFixtures.h"
 #include "model/Clock.h"
-#include "views/SubscriptionCardContent.h"
-#include "views/widgets/AccountDetailScreen.h"
 #include "ui/CardButton.h"
 #include "ui/ElidedLabel.h"
 #include "ui/LongText.h"
 #include "ui/MetricCardWidget.h"
-#include "views/widgets/OverviewScreen.h"
-#include "views/widgets/SidebarView.h"
 #include "ui/SubscriptionCardWidget.h"
 #include "ui/SummaryTileWidget.h"
 #include "ui/TrendChartWidget.h"
+#include "views/SubscriptionCardContent.h"
+#include "views/widgets/AccountDetailScreen.h"
+#include "views/widgets/OverviewScreen.h"
+#include "views/widgets/SidebarView.h"
 
 #include <QTest>
 
