@@ -120,6 +120,12 @@ UsageSnapshot AccountLifecycle::manualSnapshot(const QList<UsageWindow>& windows
         .warnings = windows.size() == 1 ? QStringList{vocabulary(wording).oneWindowWarning} : QStringList{}};
 }
 
+bool AccountLifecycle::showsSampleData(const AccountDraft& draft) {
+    const ConnectionMode mode = draft.connectionMode;
+    const bool usesLiveMode = mode == ConnectionMode::apiKey || mode == ConnectionMode::browser;
+    return !usesLiveMode && (draft.sampleDataEnabled || mode == ConnectionMode::mock);
+}
+
 QString AccountLifecycle::providerPageMessage() {
     return QStringLiteral("Provider page opened for reference — choose Manual tracking to monitor limits");
 }
@@ -294,7 +300,7 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
     const ConnectionMode mode = draft.connectionMode;
     const bool usesLiveMode = mode == ConnectionMode::apiKey || mode == ConnectionMode::browser;
     const bool sampleRequest = draft.sampleDataEnabled;
-    const bool effectiveSample = !usesLiveMode && (sampleRequest || mode == ConnectionMode::mock);
+    const bool effectiveSample = showsSampleData(draft);
 
     ProviderAccount* target = existing ? existing : pending;
     const QUuid newID = QUuid::createUuid();

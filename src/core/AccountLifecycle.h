@@ -79,6 +79,9 @@ public:
     // The snapshot that records manual windows at `now`.
     static UsageSnapshot manualSnapshot(const QList<UsageWindow>& windows, Timestamp now,
                                         ManualWording wording);
+    // Whether an account the editor saves shows sample data: the mode is sample, or the
+    // operator's toggle asks for it outside a live mode.
+    static bool showsSampleData(const AccountDraft& draft);
     // The status sentence of an account that only links to the provider's page.
     static QString providerPageMessage();
 

@@ -321,17 +321,15 @@ bool AccountEditorForm::save() {
     if (usesLiveMode) {
         form.sampleDataEnabled = false;
     }
-    // Everything that can refuse is asked before anything is written, in the order the
-    // messages come: the budget lines, then the manual values. A refused save leaves the
+    // The form's own checks come before anything is written, in the order their messages
+    // come: the budget lines, then the manual values. A value refused here leaves the
     // record, the keychain and the store as they were.
     const std::optional<QList<AgentBudget>> budgets = parseAgentBudgets(form.agentBudgetText);
     if (!budgets) {
         return refuse(kBudgetFormatError);
     }
     draft.agentBudgets = *budgets;
-    const bool effectiveSample =
-        !usesLiveMode && (draft.sampleDataEnabled || form.connectionMode == ConnectionMode::mock);
-    if (!effectiveSample && form.connectionMode == ConnectionMode::manual) {
+    if (!AccountLifecycle::showsSampleData(draft) && form.connectionMode == ConnectionMode::manual) {
         if (const std::optional<QString> refusal = readManualAllowance(now, draft)) {
             return refuse(*refusal);
         }
