@@ -2,6 +2,7 @@
 
 #include "CoreFixtures.h"
 #include "core/CommandCenter.h"
+#include "services/KeychainStore.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -179,6 +180,80 @@ private slots:
         QVERIFY(!fixture.preferences->thresholdNotificationsEnabled());
         QVERIFY(!fixture.preferences->onboardingCompleted());
         QVERIFY(fixture.preferences->useSampleDataByDefault());
+    }
+
+    // ---- where the selection goes after deletes and saves ----
+    void clearWithoutSamplesKeepsTheSelection() {
+        CoreFixture fixture;
+        ProviderAccount* mine = fixture.addAccount(QStringLiteral("Mine"), AIProvider::xAI);
+        mine->setSampleDataEnabled(false);
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.setSelection(SidebarSelection::provider(AIProvider::xAI));
+        content.clearSampleData();
+        QCOMPARE(content.selection(), SidebarSelection::provider(AIProvider::xAI));
+        QCOMPARE(content.accounts().size(), 1);
+    }
+
+    void deletingAnotherAccountReturnsToTheOverview() {
+        CoreFixture fixture;
+        ProviderAccount* shown = fixture.addAccount(QStringLiteral("Shown"), AIProvider::openAI, 1);
+        ProviderAccount* doomed = fixture.addAccount(QStringLiteral("Doomed"), AIProvider::openAI, 2);
+        const QUuid doomedID = doomed->id();
+        KeychainStore::save(QStringLiteral("doomed-key"), doomed->secretReference());
+        const QString reference = doomed->secretReference();
+        QVERIFY(fixture.store->save());
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.setSelection(SidebarSelection::account(shown->id()));
+        content.requestDelete(doomedID); // from a sidebar row
+        QCOMPARE(content.deleteTargetID(), std::optional<QUuid>(doomedID));
+        QVERIFY(content.showDeleteConfirmation());
+        content.deleteSelectedAccount();
+        QCOMPARE(content.selection(), SidebarSelection::overview());
+        QVERIFY(!content.deleteTargetID());
+        QCOMPARE(content.accounts(), QList<ProviderAccount*>{shown});
+        QVERIFY(!KeychainStore::read(reference));
+
+        QString error;
+        auto reopened = AccountStore::open(fixture.store->path(), &error);
+        QCOMPARE(reopened->accounts().size(), 1);
+        QVERIFY(!reopened->account(doomedID));
+    }
+
+    void cancellingKeepsEverything() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("Kept"));
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.setSelection(SidebarSelection::account(account->id()));
+        content.requestDelete(account->id());
+        content.setShowDeleteConfirmation(false); // Cancel
+        QCOMPARE(content.selection(), SidebarSelection::account(account->id()));
+        QCOMPARE(content.accounts().size(), 1);
+        QCOMPARE(content.deleteTargetID(),
+                 std::optional<QUuid>(account->id())); // kept until the next request
+    }
+
+    void deleteWithoutATargetOrAGoneOne() {
+        CoreFixture fixture;
+        fixture.addAccount(QStringLiteral("Stays"));
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.deleteSelectedAccount(); // overview, no target: nothing
+        QCOMPARE(content.accounts().size(), 1);
+        const QUuid gone = QUuid::createUuid();
+        content.requestDelete(gone);
+        content.deleteSelectedAccount();
+        QCOMPARE(content.accounts().size(), 1);
+        QCOMPARE(content.deleteTargetID(), std::optional<QUuid>(gone));
+    }
+
+    void editorSaveRoutesTheSelection() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("Edited"));
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        content.setSelection(SidebarSelection::provider(AIProvider::gemini));
+        content.editorDidSave(EditorState::newAccount());
+        QCOMPARE(content.selection(), SidebarSelection::provider(AIProvider::gemini));
+        content.editorDidSave(EditorState::edit(account->id()));
+        QCOMPARE(content.selection(), SidebarSelection::account(account->id()));
     }
 };
 
