@@ -326,6 +326,7 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
         m_store->insert(target);
     }
     const bool providerChanged = !isNewRecord && target->provider() != draft.provider;
+    QStringList staleKeys;
     const bool modeChanged = !isNewRecord && target->connectionMode() != mode;
     if (providerChanged || modeChanged) {
         // The connection's identity changed: the old data no longer belongs to it.
@@ -337,7 +338,7 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
         // A key typed in this sheet was stored above, in the old one's place.
         if (draft.apiKey.isEmpty() &&
             CredentialLifecycle::shouldDeleteCredential(target->connectionMode(), mode, providerChanged)) {
-            KeychainStore::deleteItem(target->secretReference());
+            staleKeys.append(target->secretReference());
         }
     }
     applyEditorFields(*target, draft, finalLabel);
@@ -354,11 +355,21 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
 
     fillEditorData(*target, draft, effectiveSample, now);
 
-    if (!m_store->save()) {
+    if (!saveThenDeleteKeys(staleKeys)) {
         return EditorSave{.account = target,
                           .refusal = QStringLiteral("The account could not be saved locally.")};
     }
     return EditorSave{.account = target, .saved = true};
+}
+
+bool AccountLifecycle::saveThenDeleteKeys(const QStringList& references) {
+    if (!m_store->save()) {
+        return false;
+    }
+    for (const QString& reference : references) {
+        KeychainStore::deleteItem(reference);
+    }
+    return true;
 }
 
 void AccountLifecycle::discardUnsavedAccount(ProviderAccount* account) {
@@ -375,22 +386,20 @@ void AccountLifecycle::logout(ProviderAccount* account) {
     if (!account) {
         return;
     }
-    KeychainStore::deleteItem(account->secretReference());
     account->setSampleDataEnabled(false);
     account->setDetectedMetadata(std::nullopt);
     account->setConnectionMode(ConnectionMode::manual);
     setStatus(*account, SyncStatus::needsAttention, kSignedOut);
-    (void)m_store->save();
+    (void)saveThenDeleteKeys({account->secretReference()});
 }
 
 void AccountLifecycle::logoutConnection(ProviderAccount* account) {
     if (!account) {
         return;
     }
-    KeychainStore::deleteItem(account->secretReference());
     account->setDetectedMetadata(std::nullopt);
     setStatus(*account, SyncStatus::needsAttention, kSignedOut);
-    (void)m_store->save();
+    (void)saveThenDeleteKeys({account->secretReference()});
 }
 
 bool AccountLifecycle::deleteAccount(const QUuid& id) {
@@ -398,9 +407,9 @@ bool AccountLifecycle::deleteAccount(const QUuid& id) {
     if (!account) {
         return false;
     }
-    KeychainStore::deleteItem(account->secretReference());
+    const QString reference = account->secretReference();
     m_store->remove(account);
-    (void)m_store->save();
+    (void)saveThenDeleteKeys({reference});
     return true;
 }
 
@@ -414,11 +423,12 @@ bool AccountLifecycle::clearSampleData() {
     if (samples.isEmpty()) {
         return false;
     }
+    QStringList references;
     for (ProviderAccount* account : samples) {
-        KeychainStore::deleteItem(account->secretReference());
+        references.append(account->secretReference());
         m_store->remove(account);
     }
-    (void)m_store->save();
+    (void)saveThenDeleteKeys(references);
     return true;
 }
 

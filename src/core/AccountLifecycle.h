@@ -8,6 +8,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <QUuid>
 
 #include <optional>
@@ -86,6 +87,10 @@ public:
     static QString providerPageMessage();
 
 private:
+    // Saves the store, and only once the records are saved lets the keys go: a refused
+    // save leaves every key where it was.
+    bool saveThenDeleteKeys(const QStringList& references);
+
     AccountStore* m_store;
     Preferences* m_preferences;
 };

@@ -557,6 +557,40 @@ private slots:
         QVERIFY(fixture.store->accounts().isEmpty());
         QVERIFY(!KeychainStore::read(reference));
     }
+
+    void aRefusedSaveLeavesEveryKey() {
+        CoreFixture fixture;
+        ProviderAccount* signedIn = fixture.addAccount(QStringLiteral("Signed in"));
+        signedIn->setConnectionMode(ConnectionMode::apiKey);
+        signedIn->setSampleDataEnabled(false);
+        ProviderAccount* sample = fixture.addAccount(QStringLiteral("Sample"));
+        KeychainStore::save(QStringLiteral("sk-admin-kept"), signedIn->secretReference());
+        KeychainStore::save(QStringLiteral("sk-sample-kept"), sample->secretReference());
+        QVERIFY(fixture.store->save());
+        const QString path = fixture.dir.filePath(QStringLiteral("accounts.store"));
+        QVERIFY(makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true));
+        const QString signedInKey = signedIn->secretReference();
+        const QString sampleKey = sample->secretReference();
+        fixture.lifecycle->logoutConnection(signedIn);
+        fixture.lifecycle->logout(signedIn);
+        QVERIFY(fixture.lifecycle->clearSampleData());
+        QVERIFY(fixture.lifecycle->deleteAccount(signedIn->id()));
+        QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
+        // Nothing was saved, so no key went.
+        QCOMPARE(KeychainStore::read(signedInKey), std::optional<QString>(QStringLiteral("sk-admin-kept")));
+        QCOMPARE(KeychainStore::read(sampleKey), std::optional<QString>(QStringLiteral("sk-sample-kept")));
+    }
+
+    void aSavedDeleteLetsItsKeyGo() {
+        CoreFixture fixture;
+        ProviderAccount* account = fixture.addAccount(QStringLiteral("Gone"));
+        KeychainStore::save(QStringLiteral("sk-admin-gone"), account->secretReference());
+        QVERIFY(fixture.store->save());
+        const QString reference = account->secretReference();
+        QVERIFY(fixture.lifecycle->deleteAccount(account->id()));
+        QVERIFY(!fixture.store->hasChanges());
+        QVERIFY(!KeychainStore::read(reference));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestAccountLifecycle)
