@@ -14,7 +14,6 @@
 #include <QPointer>
 #include <QStringList>
 
-#include <chrono>
 #include <functional>
 #include <optional>
 

@@ -8,7 +8,6 @@
 #include <QCalendarWidget>
 #include <QComboBox>
 #include <QDateTimeEdit>
-#include <QMenu>
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QPushButton>
