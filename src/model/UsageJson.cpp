@@ -264,7 +264,89 @@ QList<T> readList(simdjson::dom::element element, std::string_view context) {
     return values;
 }
 
+// The elements of a JSON list as slices of its text. Only for text simdjson has already
+// read as one valid array: the scan then needs to follow strings and nesting only.
+QList<QByteArrayView> topLevelElements(QByteArrayView json) {
+    QList<QByteArrayView> elements;
+    int depth = 0;
+    bool inString = false;
+    bool escaped = false;
+    qsizetype start = -1;
+    const auto close = [&](qsizetype end) {
+        QByteArrayView element = json.sliced(start, end - start).trimmed();
+        if (!element.isEmpty()) {
+            elements.append(element);
+        }
+    };
+    for (qsizetype i = 0; i < json.size(); ++i) {
+        const char c = json.at(i);
+        if (inString) {
+            if (escaped) {
+                escaped = false;
+            } else if (c == '\\') {
+                escaped = true;
+            } else if (c == '"') {
+                inString = false;
+            }
+            continue;
+        }
+        if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth == 1) {
+                start = i + 1;
+            }
+        } else if (c == ']' || c == '}') {
+            if (--depth == 0) {
+                close(i);
+                break;
+            }
+        } else if (c == ',' && depth == 1) {
+            close(i);
+            start = i + 1;
+        }
+    }
+    return elements;
+}
+
 } // namespace
+
+template <typename T>
+std::optional<QList<UsageJson::Entry<T>>> UsageJson::decodeEntries(QByteArrayView json) {
+    {
+        const auto release = qScopeGuard([] { JsonReader::releaseLargeBuffers(); });
+        try {
+            if (!JsonReader::parse(json).is_array()) {
+                return std::nullopt;
+            }
+        } catch (const JsonReader::Failure&) {
+            return std::nullopt;
+        }
+    }
+    QList<Entry<T>> entries;
+    for (const QByteArrayView element : topLevelElements(json)) {
+        entries.append(Entry<T>{.json = element.toByteArray(), .value = decode<T>(element).toOptional()});
+    }
+    return entries;
+}
+
+QByteArray UsageJson::joinEntries(const QList<QByteArray>& elements) {
+    qsizetype size = 2;
+    for (const QByteArray& element : elements) {
+        size += element.size() + 1;
+    }
+    QByteArray json;
+    json.reserve(size);
+    json.append('[');
+    for (qsizetype i = 0; i < elements.size(); ++i) {
+        if (i > 0) {
+            json.append(',');
+        }
+        json.append(elements.at(i));
+    }
+    json.append(']');
+    return json;
+}
 
 template <typename T>
 JsonResult<QByteArray> UsageJson::encode(const T& value) {
@@ -302,3 +384,5 @@ TALLYFEN_USAGE_JSON_INSTANTIATE(AgentBudget)
 TALLYFEN_USAGE_JSON_INSTANTIATE(UsageSnapshot)
 TALLYFEN_USAGE_JSON_INSTANTIATE(ProviderConnectionMetadata)
 #undef TALLYFEN_USAGE_JSON_INSTANTIATE
+template std::optional<QList<UsageJson::Entry<UsageSnapshot>>>
+    UsageJson::decodeEntries<UsageSnapshot>(QByteArrayView);

@@ -12,6 +12,8 @@
 #include <QByteArrayView>
 #include <QList>
 
+#include <optional>
+
 // The stored and exchanged JSON form of the usage records: compact, optional keys
 // written only when present, timestamps as seconds since 1 January 2001.
 // Supported for UsageWindow, UsagePoint, UsageModelSummary, AgentBudget, UsageSnapshot,
@@ -26,6 +28,20 @@ public:
 
     template <typename T>
     static JsonResult<T> decode(QByteArrayView json);
+
+    // One element of a stored list: its JSON text as stored and its value, absent when
+    // this version can't read it.
+    template <typename T>
+    struct Entry {
+        QByteArray json;
+        std::optional<T> value;
+    };
+    // A list read element by element, so that one element this version can't read costs
+    // only itself. Absent when the document is not a JSON list at all.
+    template <typename T>
+    static std::optional<QList<Entry<T>>> decodeEntries(QByteArrayView json);
+    // A list written from elements' JSON texts, each kept exactly as given.
+    static QByteArray joinEntries(const QList<QByteArray>& elements);
 };
 
 #define TALLYFEN_USAGE_JSON_EXTERN(T)                                                                        \
@@ -40,3 +56,5 @@ TALLYFEN_USAGE_JSON_EXTERN(AgentBudget)
 TALLYFEN_USAGE_JSON_EXTERN(UsageSnapshot)
 TALLYFEN_USAGE_JSON_EXTERN(ProviderConnectionMetadata)
 #undef TALLYFEN_USAGE_JSON_EXTERN
+extern template std::optional<QList<UsageJson::Entry<UsageSnapshot>>>
+    UsageJson::decodeEntries<UsageSnapshot>(QByteArrayView);

@@ -282,8 +282,32 @@ const std::optional<UsageSnapshot>& ProviderAccount::cachedSnapshot() const {
     return m_snapshotCache.get(m_row.snapshotData, decodeOptional<UsageSnapshot>);
 }
 
+ProviderAccount::DecodedHistory ProviderAccount::decodeHistory(const std::optional<QByteArray>& bytes) {
+    if (!bytes) {
+        return {};
+    }
+    if (auto whole = UsageJson::decode<QList<UsageSnapshot>>(*bytes).toOptional()) {
+        return DecodedHistory{.snapshots = std::move(*whole)};
+    }
+    // One entry this version can't read (written by a newer one, or damaged) costs only
+    // itself. Bytes that are no list at all read as an empty history.
+    const auto entries = UsageJson::decodeEntries<UsageSnapshot>(*bytes);
+    if (!entries) {
+        return {};
+    }
+    DecodedHistory history;
+    for (const auto& entry : *entries) {
+        if (entry.value) {
+            history.snapshots.append(*entry.value);
+        } else {
+            history.hasUnreadable = true;
+        }
+    }
+    return history;
+}
+
 const QList<UsageSnapshot>& ProviderAccount::cachedHistory() const {
-    return m_historyCache.get(snapshotHistoryData(), decodeList<UsageSnapshot>);
+    return m_historyCache.get(snapshotHistoryData(), decodeHistory).snapshots;
 }
 
 bool ProviderAccount::record(const UsageSnapshot& snapshot) {
@@ -292,6 +316,9 @@ bool ProviderAccount::record(const UsageSnapshot& snapshot) {
         // The stored history could not be read: writing now would put one snapshot in
         // place of up to 90. It stays as it is on disk until a read succeeds.
         return false;
+    }
+    if (m_historyCache.get(snapshotHistoryData(), decodeHistory).hasUnreadable) {
+        return recordKeepingUnreadable(snapshot);
     }
     QList<UsageSnapshot> history = cachedHistory();
     history.append(snapshot);
@@ -303,6 +330,32 @@ bool ProviderAccount::record(const UsageSnapshot& snapshot) {
         return false;
     }
     setSnapshotHistoryData(bytes);
+    m_historyCache.prime(m_row.snapshotHistoryData, DecodedHistory{.snapshots = std::move(history)});
+    return true;
+}
+
+bool ProviderAccount::recordKeepingUnreadable(const UsageSnapshot& snapshot) {
+    const std::optional<QByteArray> added = UsageJson::encode(snapshot).toOptional();
+    if (!added) {
+        return false;
+    }
+    auto entries = UsageJson::decodeEntries<UsageSnapshot>(*snapshotHistoryData())
+                       .value_or(QList<UsageJson::Entry<UsageSnapshot>>());
+    entries.append(UsageJson::Entry<UsageSnapshot>{.json = *added, .value = snapshot});
+    if (entries.size() > kHistoryLimit) {
+        entries.remove(0, entries.size() - kHistoryLimit);
+    }
+    QList<QByteArray> texts;
+    DecodedHistory history;
+    for (auto& entry : entries) {
+        texts.append(std::move(entry.json));
+        if (entry.value) {
+            history.snapshots.append(std::move(*entry.value));
+        } else {
+            history.hasUnreadable = true;
+        }
+    }
+    setSnapshotHistoryData(UsageJson::joinEntries(texts));
     m_historyCache.prime(m_row.snapshotHistoryData, std::move(history));
     return true;
 }

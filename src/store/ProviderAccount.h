@@ -197,7 +197,17 @@ private:
     const std::optional<UsageSnapshot>& cachedSnapshot() const;
     // Writes a blob and remembers the value it was made from, so that the next read
     // need not decode what was just encoded.
+    // The stored history as read: the snapshots this version can read, and whether some
+    // stored entry could not be read (and so must be carried over by its bytes).
+    struct DecodedHistory {
+        QList<UsageSnapshot> snapshots;
+        bool hasUnreadable = false;
+    };
+    static DecodedHistory decodeHistory(const std::optional<QByteArray>& bytes);
     const QList<UsageSnapshot>& cachedHistory() const;
+    // record() for a history that holds entries this version can't read: they stay, by
+    // their stored bytes, and count against the bound like any other.
+    bool recordKeepingUnreadable(const UsageSnapshot& snapshot);
     QList<UsagePoint> dailySeries(QList<UsagePoint> UsageSnapshot::*series) const;
 
     // A daily series as last computed, with everything it was computed from: the two
@@ -217,7 +227,7 @@ private:
     mutable ProviderAccountRow m_row;
     mutable HistoryLoader m_loadHistory;
     BlobCache<std::optional<UsageSnapshot>> m_snapshotCache;
-    BlobCache<QList<UsageSnapshot>> m_historyCache;
+    BlobCache<DecodedHistory> m_historyCache;
     mutable std::optional<SeriesMemo> m_trendMemo;
     mutable std::optional<SeriesMemo> m_billingTrendMemo;
 };
