@@ -20,3 +20,35 @@ inline bool lockDefaultCollection() {
         service.call(QStringLiteral("Lock"), QVariant::fromValue(QList<QDBusObjectPath>{alias.value()}));
     return locked.type() == QDBusMessage::ReplyMessage;
 }
+
+#include <QDBusArgument>
+#include <QDBusMetaType>
+#include <QStringList>
+
+#include <algorithm>
+
+// The account names of every item Tallyfen keeps in the keyring, sorted, read over the
+// Secret Service's own D-Bus interface (locked items too): what is really there, not
+// what the program believes.
+inline QStringList keychainAccounts(const QString& service = QStringLiteral("Tallyfen.credentials")) {
+    QDBusInterface secrets(QStringLiteral("org.freedesktop.secrets"), QStringLiteral("/org/freedesktop/secrets"),
+                           QStringLiteral("org.freedesktop.Secret.Service"));
+    using Attributes = QMap<QString, QString>;
+    const QDBusMessage found = secrets.call(QStringLiteral("SearchItems"),
+                                            QVariant::fromValue(Attributes{{QStringLiteral("service"), service}}));
+    QStringList accounts;
+    if (found.type() != QDBusMessage::ReplyMessage || found.arguments().size() != 2) {
+        return {QStringLiteral("<no answer from the Secret Service>")};
+    }
+    for (const QVariant& group : found.arguments()) {
+        const auto paths = qdbus_cast<QList<QDBusObjectPath>>(group);
+        for (const QDBusObjectPath& path : paths) {
+            QDBusInterface item(QStringLiteral("org.freedesktop.secrets"), path.path(),
+                                QStringLiteral("org.freedesktop.Secret.Item"));
+            const Attributes attributes = qdbus_cast<Attributes>(item.property("Attributes").value<QDBusArgument>());
+            accounts.append(attributes.value(QStringLiteral("account")));
+        }
+    }
+    std::sort(accounts.begin(), accounts.end());
+    return accounts;
+}

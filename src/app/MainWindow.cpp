@@ -3,6 +3,7 @@
 #include "app/TrackerCommands.h"
 #include "core/ContentView.h"
 #include "core/HistoryExport.h"
+#include "editor/AccountEditorForm.h"
 #include "editor/widgets/AccountEditorView.h"
 #include "model/UuidText.h"
 #include "onboarding/widgets/OnboardingView.h"
@@ -65,7 +66,19 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
             [this](const QUuid& id) { m_content->setEditorState(EditorState::edit(id)); });
     connect(m_sidebar, &SidebarView::deleteRequested, m_content, &ContentView::requestDelete);
 
-    m_detailStack = new QStackedWidget(m_splitter);
+    auto* detailColumn = new QWidget(m_splitter);
+    detailColumn->setObjectName(QStringLiteral("detailColumn"));
+    auto* detailLayout = new QVBoxLayout(detailColumn);
+    detailLayout->setContentsMargins(0, 0, 0, 0);
+    detailLayout->setSpacing(0);
+    m_noticeSlot = new QWidget(detailColumn);
+    m_noticeSlot->setObjectName(QStringLiteral("noticeSlot"));
+    auto* noticeLayout = new QVBoxLayout(m_noticeSlot);
+    noticeLayout->setContentsMargins(16, 12, 16, 0);
+    m_noticeSlot->hide();
+    detailLayout->addWidget(m_noticeSlot);
+    m_detailStack = new QStackedWidget(detailColumn);
+    detailLayout->addWidget(m_detailStack, 1);
     m_detailStack->setObjectName(QStringLiteral("detailStack"));
     m_overview = new OverviewScreen(m_detailStack);
     connect(m_overview, &OverviewScreen::addRequested, this,
@@ -80,7 +93,7 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     // launches show the overview and nothing else.
 
     m_splitter->addWidget(m_sidebar);
-    m_splitter->addWidget(m_detailStack);
+    m_splitter->addWidget(detailColumn);
     m_splitter->setStretchFactor(0, 0);
     m_splitter->setStretchFactor(1, 1);
     m_splitter->setSizes({kSidebarIdealWidth, width() - kSidebarIdealWidth});
@@ -107,8 +120,29 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
         presentDialogs();
     });
 
+    connect(m_content, &ContentView::noticeChanged, this, &MainWindow::showNotice);
+
     restoreWindowState();
     route();
+    showNotice();
+}
+
+void MainWindow::showNotice() {
+    delete m_notice;
+    m_notice = nullptr;
+    const std::optional<QString>& notice = m_content->notice();
+    m_noticeSlot->setVisible(notice.has_value());
+    if (!notice) {
+        return;
+    }
+    QPushButton* dismiss = nullptr;
+    m_notice = BlockParts::actionCallout(QStringLiteral("exclamationmark.triangle.fill"),
+                                         QStringLiteral("Not everything was saved"),
+                                         PlatformWording::apply(*notice), Tone::caution, QStringLiteral("Dismiss"),
+                                         Theme::ButtonRole::standard, dismiss, m_noticeSlot);
+    m_notice->setObjectName(QStringLiteral("windowNotice"));
+    m_noticeSlot->layout()->addWidget(m_notice);
+    connect(dismiss, &QPushButton::clicked, m_content, &ContentView::dismissNotice);
 }
 
 MainWindow::~MainWindow() = default;
@@ -409,7 +443,10 @@ void MainWindow::presentEditor() {
     const EditorState opened = *state;
     m_editor = new AccountEditorView(
         &m_content->lifecycle(), opened.account(m_content->accounts()),
-        [this, opened] { m_content->editorDidSave(opened); }, this);
+        [this, opened] {
+            m_content->editorDidSave(opened, m_editor ? m_editor->form()->keyKept() : std::nullopt);
+        },
+        this);
     AccountEditorView* editor = m_editor;
     connect(editor, &QDialog::finished, this, [this, editor] {
         editor->deleteLater();

@@ -79,6 +79,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void showNotice();
     void announceFirstFrame();
     void buildToolbar();
     // Routes the selection to its screen, built afresh.
@@ -104,6 +105,9 @@ private:
     QSplitter* m_splitter = nullptr;
     SidebarView* m_sidebar = nullptr;
     QStackedWidget* m_detailStack = nullptr;
+    // Where the controller's notice shows, above the detail column.
+    QWidget* m_noticeSlot = nullptr;
+    QWidget* m_notice = nullptr;
     OverviewScreen* m_overview = nullptr;
     AccountDetailScreen* m_detail = nullptr;
     StatusCardWidget* m_unavailable = nullptr;

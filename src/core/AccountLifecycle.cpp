@@ -2,7 +2,6 @@
 
 #include "core/AccountLabel.h"
 #include "model/Clock.h"
-#include "model/UuidText.h"
 #include "providers/MockDataFactory.h"
 #include "services/CredentialLifecycle.h"
 #include "services/KeychainError.h"
@@ -61,6 +60,11 @@ void forgetData(ProviderAccount& account) {
 void loadSample(ProviderAccount& account, Timestamp now) {
     start(account, MockDataFactory::snapshot(account, now), now);
     setStatus(account, SyncStatus::current, QStringLiteral("Sample snapshot loaded locally"));
+}
+
+// The store's or the keychain's reason, after the screen's own sentence.
+QString reasonSentence(const QString& reason) {
+    return reason.isEmpty() ? QString() : QStringLiteral(" Reason: %1.").arg(reason);
 }
 
 const QString kSignedOut =
@@ -136,7 +140,8 @@ std::optional<QString> AccountLifecycle::storedKey(const ProviderAccount& accoun
 
 // ---- creating ----
 
-std::optional<QUuid> AccountLifecycle::createOnboardingAccount(const AccountDraft& draft) {
+AccountLifecycle::Outcome AccountLifecycle::createOnboardingAccount(const AccountDraft& draft) {
+    const AccountStore::Savepoint point = m_store->savepoint();
     auto* account = new ProviderAccount(
         ProviderAccount::Init{.provider = draft.provider,
                               .label = AccountLabel::normalized(draft.label, draft.provider),
@@ -148,16 +153,6 @@ std::optional<QUuid> AccountLifecycle::createOnboardingAccount(const AccountDraf
     if (draft.connectionMetadata) {
         account->applyDetectedMetadata(draft.connectionMetadata);
     }
-    const bool usesKey = draft.connectionMode == ConnectionMode::apiKey;
-    if (usesKey) {
-        try {
-            KeychainStore::save(draft.apiKey, account->secretReference());
-        } catch (const KeychainError&) {
-            delete account; // never inserted: nothing remains
-            return std::nullopt;
-        }
-    }
-
     const Timestamp now = Clock::now();
     account->setSampleDataEnabled(draft.connectionMode == ConnectionMode::mock);
     switch (draft.connectionMode.value()) {
@@ -195,22 +190,29 @@ std::optional<QUuid> AccountLifecycle::createOnboardingAccount(const AccountDraf
         break;
     }
 
+    const QString reference = account->secretReference();
+    const QUuid id = account->id();
     m_store->insert(account);
-    if (!m_store->save()) {
-        // No secret outlives its account, and no half-made account stays on the list.
-        if (usesKey) {
-            KeychainStore::deleteItem(account->secretReference());
-        }
-        m_store->remove(account);
-        return std::nullopt;
+    if (auto refusal = commit(point)) {
+        return Outcome{.refusal = std::move(refusal)};
     }
-    return account->id();
+    if (draft.connectionMode == ConnectionMode::apiKey) {
+        try {
+            KeychainStore::save(draft.apiKey, reference);
+        } catch (const KeychainError& error) {
+            // No account without its key: the saved record goes again.
+            undoSaved(point);
+            return Outcome{.refusal = Refusal{Refusal::Source::keychain, error.reason()}};
+        }
+    }
+    return Outcome{.done = true, .account = id};
 }
 
-void AccountLifecycle::createDemoAccounts() {
+AccountLifecycle::Outcome AccountLifecycle::createDemoAccounts() {
     if (!m_store->accounts().isEmpty()) {
-        return;
+        return {};
     }
+    const AccountStore::Savepoint point = m_store->savepoint();
     struct Seed {
         const char* label;
         AIProvider provider;
@@ -235,10 +237,11 @@ void AccountLifecycle::createDemoAccounts() {
         setStatus(*account, SyncStatus::current, QStringLiteral("Sample snapshot loaded locally"));
         m_store->insert(account);
     }
-    if (!m_store->save()) {
-        return;
+    if (auto refusal = commit(point)) {
+        return Outcome{.refusal = std::move(refusal)};
     }
     m_preferences->setDidSeedSampleAccounts(true);
+    return Outcome{.done = true};
 }
 
 // ---- the editor's save ----
@@ -293,8 +296,8 @@ void fillEditorData(ProviderAccount& account, const AccountDraft& draft, bool sa
 } // namespace
 
 AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDraft& draft,
-                                                                 ProviderAccount* existing,
-                                                                 ProviderAccount* pending) {
+                                                                 ProviderAccount* existing) {
+    const AccountStore::Savepoint point = m_store->savepoint();
     const Timestamp now = Clock::now();
     const QString finalLabel = AccountLabel::normalized(draft.label, draft.provider);
     const ConnectionMode mode = draft.connectionMode;
@@ -302,32 +305,19 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
     const bool sampleRequest = draft.sampleDataEnabled;
     const bool effectiveSample = showsSampleData(draft);
 
-    ProviderAccount* target = existing ? existing : pending;
-    const QUuid newID = QUuid::createUuid();
-    const QString secretReference = target ? target->secretReference() : UuidText::toText(newID);
-    if (!draft.apiKey.isEmpty()) {
-        try {
-            KeychainStore::save(draft.apiKey, secretReference);
-        } catch (const KeychainError&) {
-            return EditorSave{.account = target,
-                              .refusal = QStringLiteral("The credential could not be saved in Keychain.")};
-        }
-    }
-
-    const bool isNewRecord = !existing;
+    ProviderAccount* target = existing;
     if (!target) {
         target =
-            new ProviderAccount(ProviderAccount::Init{.id = newID,
-                                                      .provider = draft.provider,
+            new ProviderAccount(ProviderAccount::Init{.provider = draft.provider,
                                                       .label = finalLabel,
                                                       .accountKind = draft.accountKind,
                                                       .connectionMode = mode,
                                                       .sampleDataEnabled = !usesLiveMode && sampleRequest});
         m_store->insert(target);
     }
-    const bool providerChanged = !isNewRecord && target->provider() != draft.provider;
+    const bool providerChanged = existing && target->provider() != draft.provider;
     QStringList staleKeys;
-    const bool modeChanged = !isNewRecord && target->connectionMode() != mode;
+    const bool modeChanged = existing && target->connectionMode() != mode;
     if (providerChanged || modeChanged) {
         // The connection's identity changed: the old data no longer belongs to it.
         forgetData(*target);
@@ -335,7 +325,7 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
         setStatus(
             *target, SyncStatus::needsAttention,
             QStringLiteral("Connection changed; refresh this subscription to establish a new snapshot"));
-        // A key typed in this sheet was stored above, in the old one's place.
+        // A key typed in this sheet takes the old one's place.
         if (draft.apiKey.isEmpty() &&
             CredentialLifecycle::shouldDeleteCredential(target->connectionMode(), mode, providerChanged)) {
             staleKeys.append(target->secretReference());
@@ -355,65 +345,97 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
 
     fillEditorData(*target, draft, effectiveSample, now);
 
-    if (!saveThenDeleteKeys(staleKeys)) {
-        return EditorSave{.account = target,
-                          .refusal = QStringLiteral("The account could not be saved locally.")};
+    const QString reference = target->secretReference();
+    if (const auto refusal = commit(point)) {
+        return EditorSave{.account = existing,
+                          .refusal = QStringLiteral("The account could not be saved locally.") +
+                                     reasonSentence(refusal->reason)};
     }
-    return EditorSave{.account = target, .saved = true};
+    if (!draft.apiKey.isEmpty()) {
+        try {
+            KeychainStore::save(draft.apiKey, reference);
+        } catch (const KeychainError& error) {
+            undoSaved(point);
+            return EditorSave{.account = existing,
+                              .refusal = QStringLiteral("The credential could not be saved in Keychain.") +
+                                         reasonSentence(error.reason())};
+        }
+    }
+    return EditorSave{.account = target, .saved = true, .keyKept = deleteKeys(staleKeys)};
 }
 
-bool AccountLifecycle::saveThenDeleteKeys(const QStringList& references) {
-    if (!m_store->save()) {
-        return false;
+std::optional<AccountLifecycle::Refusal> AccountLifecycle::commit(const AccountStore::Savepoint& point) {
+    QString reason;
+    if (m_store->save(&reason)) {
+        return std::nullopt;
     }
+    m_store->rollBack(point);
+    return Refusal{Refusal::Source::store, reason};
+}
+
+void AccountLifecycle::undoSaved(const AccountStore::Savepoint& point) {
+    m_store->rollBack(point);
+    // The file holds what memory no longer does. Should this save fail as well, the
+    // changes wait for the next one, which writes memory as it now stands.
+    (void)m_store->save();
+}
+
+std::optional<QString> AccountLifecycle::deleteKeys(const QStringList& references) {
+    std::optional<QString> kept;
     for (const QString& reference : references) {
-        KeychainStore::deleteItem(reference);
+        qint32 status = 0;
+        KeychainStore::deleteItem(reference, &status);
+        if (!KeychainStore::isDeleted(status) && !kept) {
+            kept = KeychainError(status).reason();
+        }
     }
-    return true;
+    return kept;
 }
 
-void AccountLifecycle::discardUnsavedAccount(ProviderAccount* account) {
-    if (!account) {
-        return;
+AccountLifecycle::Outcome AccountLifecycle::commitThenDeleteKeys(const AccountStore::Savepoint& point,
+                                                                 const QStringList& references) {
+    if (auto refusal = commit(point)) {
+        return Outcome{.refusal = std::move(refusal)};
     }
-    KeychainStore::deleteItem(account->secretReference());
-    m_store->remove(account);
+    return Outcome{.done = true, .keyKept = deleteKeys(references)};
 }
 
 // ---- signing out and removing ----
 
-void AccountLifecycle::logout(ProviderAccount* account) {
+AccountLifecycle::Outcome AccountLifecycle::logout(ProviderAccount* account) {
     if (!account) {
-        return;
+        return {};
     }
+    const AccountStore::Savepoint point = m_store->savepoint();
     account->setSampleDataEnabled(false);
     account->setDetectedMetadata(std::nullopt);
     account->setConnectionMode(ConnectionMode::manual);
     setStatus(*account, SyncStatus::needsAttention, kSignedOut);
-    (void)saveThenDeleteKeys({account->secretReference()});
+    return commitThenDeleteKeys(point, {account->secretReference()});
 }
 
-void AccountLifecycle::logoutConnection(ProviderAccount* account) {
+AccountLifecycle::Outcome AccountLifecycle::logoutConnection(ProviderAccount* account) {
     if (!account) {
-        return;
+        return {};
     }
+    const AccountStore::Savepoint point = m_store->savepoint();
     account->setDetectedMetadata(std::nullopt);
     setStatus(*account, SyncStatus::needsAttention, kSignedOut);
-    (void)saveThenDeleteKeys({account->secretReference()});
+    return commitThenDeleteKeys(point, {account->secretReference()});
 }
 
-bool AccountLifecycle::deleteAccount(const QUuid& id) {
+AccountLifecycle::Outcome AccountLifecycle::deleteAccount(const QUuid& id) {
     ProviderAccount* account = m_store->account(id);
     if (!account) {
-        return false;
+        return {};
     }
+    const AccountStore::Savepoint point = m_store->savepoint();
     const QString reference = account->secretReference();
     m_store->remove(account);
-    (void)saveThenDeleteKeys({reference});
-    return true;
+    return commitThenDeleteKeys(point, {reference});
 }
 
-bool AccountLifecycle::clearSampleData() {
+AccountLifecycle::Outcome AccountLifecycle::clearSampleData() {
     QList<ProviderAccount*> samples;
     for (ProviderAccount* account : m_store->accounts()) {
         if (account->sampleDataEnabled()) {
@@ -421,18 +443,18 @@ bool AccountLifecycle::clearSampleData() {
         }
     }
     if (samples.isEmpty()) {
-        return false;
+        return {};
     }
+    const AccountStore::Savepoint point = m_store->savepoint();
     QStringList references;
     for (ProviderAccount* account : samples) {
         references.append(account->secretReference());
         m_store->remove(account);
     }
-    (void)saveThenDeleteKeys(references);
-    return true;
+    return commitThenDeleteKeys(point, references);
 }
 
-void AccountLifecycle::migrateLegacyBrowserConnections() {
+AccountLifecycle::Outcome AccountLifecycle::migrateLegacyBrowserConnections() {
     QList<ProviderAccount*> legacy;
     for (ProviderAccount* account : m_store->accounts()) {
         if (account->connectionMode() == ConnectionMode::browser) {
@@ -440,8 +462,9 @@ void AccountLifecycle::migrateLegacyBrowserConnections() {
         }
     }
     if (legacy.isEmpty()) {
-        return;
+        return {};
     }
+    const AccountStore::Savepoint point = m_store->savepoint();
     for (ProviderAccount* account : legacy) {
         account->setConnectionMode(ConnectionMode::manual);
         account->setDetectedMetadata(std::nullopt);
@@ -452,5 +475,8 @@ void AccountLifecycle::migrateLegacyBrowserConnections() {
             *account, SyncStatus::needsAttention,
             QStringLiteral("Legacy provider link removed — enter manual limits to monitor this account"));
     }
-    (void)m_store->save();
+    if (auto refusal = commit(point)) {
+        return Outcome{.refusal = std::move(refusal)};
+    }
+    return Outcome{.done = true};
 }

@@ -25,12 +25,30 @@ public:
     // Whose words a manual allowance is written in.
     enum class ManualWording { onboarding, editor };
 
-    // What the editor's save did: the record it wrote (kept in memory also when the store
-    // refused it, so that trying again adds no second record), or why it refused.
+    // Why the store or the keychain would not take a change, in their own words
+    // ("database or disk is full", "macOS Keychain is locked").
+    struct Refusal {
+        enum class Source { store, keychain };
+        Source source;
+        QString reason;
+    };
+
+    // What an operation did. A refused change left memory, the store and the keychain as
+    // they were. A change that was made may still have left a key the keychain would not
+    // remove yet: it is removed at the next chance, and `keyKept` says why it is not yet.
+    struct Outcome {
+        bool done = false;
+        QUuid account;
+        std::optional<Refusal> refusal;
+        std::optional<QString> keyKept;
+    };
+
+    // What the editor's save did: the record it wrote, or the sentence that refuses it.
     struct EditorSave {
         ProviderAccount* account = nullptr;
         bool saved = false;
         std::optional<QString> refusal;
+        std::optional<QString> keyKept;
     };
 
     AccountLifecycle(AccountStore* store, Preferences* preferences);
@@ -40,30 +58,30 @@ public:
     ProviderAccount* account(const QUuid& id) const { return m_store->account(id); }
 
     // ---- creating and changing ----
-    // Creates the account the guided flow describes and saves it: its id, or none when
-    // the key or the store could not be written (nothing then remains of it).
-    std::optional<QUuid> createOnboardingAccount(const AccountDraft& draft);
+    // Every change below is saved before the keychain is touched: records first, then
+    // keys. A refused save puts memory back as it was.
+
+    // Creates the account the guided flow describes and saves it, then stores its key;
+    // `account` is its id. When the store or the keychain refuses, nothing remains of it.
+    Outcome createOnboardingAccount(const AccountDraft& draft);
     // Seeds three sample accounts into an empty store; does nothing otherwise.
-    void createDemoAccounts();
+    Outcome createDemoAccounts();
     // The account editor's save of a checked form: to `existing`, or, with none, to a new
-    // record (`pending`, when a refused save of the same sheet already made one).
-    EditorSave saveEditorAccount(const AccountDraft& draft, ProviderAccount* existing,
-                                 ProviderAccount* pending = nullptr);
-    // A new record whose save was refused, and its key, go again: the sheet was closed.
-    void discardUnsavedAccount(ProviderAccount* account);
+    // record. A refusal leaves no new record and no key behind.
+    EditorSave saveEditorAccount(const AccountDraft& draft, ProviderAccount* existing);
 
     // ---- signing out and removing ----
     // Signs the account out: its key goes, it becomes a manual account, its data stays.
-    void logout(ProviderAccount* account);
-    // The editor's "Log out": the key goes at once and the record says so; its mode stays
-    // until the editor's next save writes the new one.
-    void logoutConnection(ProviderAccount* account);
-    // Deletes the account, its key and its data; false when there is no such account.
-    bool deleteAccount(const QUuid& id);
-    // Deletes every sample account; false when there was none.
-    bool clearSampleData();
+    Outcome logout(ProviderAccount* account);
+    // The editor's "Log out": the key goes and the record says so; its mode stays until
+    // the editor's next save writes the new one.
+    Outcome logoutConnection(ProviderAccount* account);
+    // Deletes the account, its key and its data; not done when there is no such account.
+    Outcome deleteAccount(const QUuid& id);
+    // Deletes every sample account; not done when there was none.
+    Outcome clearSampleData();
     // Turns records of the retired browser mode into manual ones.
-    void migrateLegacyBrowserConnections();
+    Outcome migrateLegacyBrowserConnections();
 
     // ---- keys ----
     // The key stored for an account, if any.
@@ -87,9 +105,15 @@ public:
     static QString providerPageMessage();
 
 private:
-    // Saves the store, and only once the records are saved lets the keys go: a refused
-    // save leaves every key where it was.
-    bool saveThenDeleteKeys(const QStringList& references);
+    // Saves the changes made since `point`; a refusal puts memory back as it was then.
+    std::optional<Refusal> commit(const AccountStore::Savepoint& point);
+    // Takes back changes made since `point` that were already saved: the keychain
+    // refused what had to follow them.
+    void undoSaved(const AccountStore::Savepoint& point);
+    // Saves the changes made since `point`, then lets the keys go.
+    Outcome commitThenDeleteKeys(const AccountStore::Savepoint& point, const QStringList& references);
+    // Deletes the keys; the keychain's reason when one of them stays for now.
+    static std::optional<QString> deleteKeys(const QStringList& references);
 
     AccountStore* m_store;
     Preferences* m_preferences;

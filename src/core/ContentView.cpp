@@ -18,6 +18,16 @@ ContentView::ContentView(AccountStore* store, Preferences* preferences, QObject*
     connect(&m_engine, &RefreshEngine::refreshingChanged, this, &ContentView::refreshingChanged);
     connect(&m_engine, &RefreshEngine::refreshFinished, this, &ContentView::refreshFinished);
     connect(&m_engine, &RefreshEngine::ticked, this, &ContentView::heartbeatTicked);
+    connect(&m_engine, &RefreshEngine::saved, this, [this](const std::optional<QString>& failure) {
+        if (failure) {
+            setNotice(QStringLiteral("Recent changes couldn’t be saved to the local database; they stay "
+                                     "in this window and are saved with the next change. Reason: %1.")
+                          .arg(*failure),
+                      true);
+        } else if (m_noticeFromBackground) {
+            setNotice(std::nullopt);
+        }
+    });
     connect(m_preferences, &Preferences::changed, this, &ContentView::onPreferenceChanged);
     connect(&CommandCenter::shared(), &CommandCenter::posted, this, &ContentView::handleCommand);
 }
@@ -54,8 +64,31 @@ void ContentView::setShowSampleClearConfirmation(bool shown) {
     Q_EMIT presentationChanged();
 }
 
+void ContentView::setNotice(const std::optional<QString>& notice, bool fromBackground) {
+    m_noticeFromBackground = notice && fromBackground;
+    if (m_notice == notice) {
+        return;
+    }
+    m_notice = notice;
+    Q_EMIT noticeChanged();
+}
+
+void ContentView::report(const AccountLifecycle::Outcome& outcome, const QString& refused) {
+    if (outcome.refusal) {
+        setNotice(refused + QStringLiteral(" Reason: %1.").arg(outcome.refusal->reason));
+    } else if (outcome.keyKept) {
+        setNotice(QStringLiteral("The key couldn’t be removed from macOS Keychain yet; Tallyfen removes it "
+                                 "at the next chance. Reason: %1.")
+                      .arg(*outcome.keyKept));
+    } else if (outcome.done && m_noticeFromBackground) {
+        setNotice(std::nullopt); // what waited was saved with this change
+    }
+}
+
 void ContentView::onAppear() {
-    m_lifecycle.migrateLegacyBrowserConnections();
+    report(m_lifecycle.migrateLegacyBrowserConnections(),
+           QStringLiteral("Legacy provider links weren’t converted: the local database couldn’t save the "
+                          "change."));
     const Timestamp now = Clock::now();
     if (m_preferences->thresholdNotificationsEnabled()) {
         NotificationService::requestAuthorization();
@@ -146,18 +179,37 @@ bool ContentView::labelExists(const QString& candidate) const {
     return false;
 }
 
-bool ContentView::createOnboardingAccount(const AccountDraft& draft) {
-    const std::optional<QUuid> created = m_lifecycle.createOnboardingAccount(draft);
-    if (!created) {
+bool ContentView::createOnboardingAccount(const AccountDraft& draft,
+                                          std::optional<AccountLifecycle::Refusal>* refusal) {
+    const AccountLifecycle::Outcome created = m_lifecycle.createOnboardingAccount(draft);
+    if (refusal) {
+        *refusal = created.refusal;
+    }
+    if (!created.done) {
         return false;
     }
-    setSelection(SidebarSelection::account(*created));
+    setSelection(SidebarSelection::account(created.account));
     return true;
+}
+
+void ContentView::createDemoAccounts() {
+    report(m_lifecycle.createDemoAccounts(),
+           QStringLiteral("The sample accounts weren’t created: the local database couldn’t save them."));
+}
+
+void ContentView::logout(ProviderAccount* account) {
+    report(m_lifecycle.logout(account),
+           QStringLiteral("The account wasn’t signed out: the local database couldn’t save the change."));
 }
 
 void ContentView::deleteSelectedAccount() {
     const std::optional<QUuid> target = m_deleteTargetID ? m_deleteTargetID : m_selection.accountID();
-    if (!target || !m_lifecycle.deleteAccount(*target)) {
+    if (!target) {
+        return;
+    }
+    const AccountLifecycle::Outcome deleted = m_lifecycle.deleteAccount(*target);
+    report(deleted, QStringLiteral("The account wasn’t deleted: the local database couldn’t save the change."));
+    if (!deleted.done) {
         return;
     }
     m_deleteTargetID.reset();
@@ -166,12 +218,16 @@ void ContentView::deleteSelectedAccount() {
 }
 
 void ContentView::clearSampleData() {
-    if (m_lifecycle.clearSampleData()) {
+    const AccountLifecycle::Outcome cleared = m_lifecycle.clearSampleData();
+    report(cleared,
+           QStringLiteral("The sample accounts weren’t removed: the local database couldn’t save the change."));
+    if (cleared.done) {
         setSelection(SidebarSelection::overview());
     }
 }
 
-void ContentView::editorDidSave(const EditorState& state) {
+void ContentView::editorDidSave(const EditorState& state, const std::optional<QString>& keyKept) {
+    report(AccountLifecycle::Outcome{.done = true, .keyKept = keyKept}, QString());
     if (const auto id = state.editID()) {
         setSelection(SidebarSelection::account(*id));
     }

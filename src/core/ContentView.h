@@ -76,10 +76,11 @@ public:
 
     // ---- accounts as a whole ----
     // Creates the account the guided flow describes and selects it; true when it
-    // exists and is saved.
-    bool createOnboardingAccount(const AccountDraft& draft);
+    // exists and is saved. Otherwise `refusal` says why, when it can.
+    bool createOnboardingAccount(const AccountDraft& draft,
+                                 std::optional<AccountLifecycle::Refusal>* refusal = nullptr);
     // Seeds three sample accounts into an empty store; does nothing otherwise.
-    void createDemoAccounts() { m_lifecycle.createDemoAccounts(); }
+    void createDemoAccounts();
     // The delete dialog's confirming button.
     void deleteSelectedAccount();
     // Presents the dialog that confirms removing the sample accounts.
@@ -87,9 +88,16 @@ public:
     // The sample dialog's confirming button.
     void clearSampleData();
     // Signs the account out: its key goes, it becomes a manual account, its data stays.
-    void logout(ProviderAccount* account) { m_lifecycle.logout(account); }
-    // The editor saved what it worked on.
-    void editorDidSave(const EditorState& state);
+    void logout(ProviderAccount* account);
+    // The editor saved what it worked on; `keyKept` when an old key stays for now.
+    void editorDidSave(const EditorState& state, const std::optional<QString>& keyKept = std::nullopt);
+
+    // ---- what the person is told outside any sheet ----
+    // One calm notice on the window: a change the local database or the keychain would
+    // not take, or a save in the background that failed, each with its reason. Absent
+    // when there is nothing to tell. A later successful save ends a background notice.
+    const std::optional<QString>& notice() const noexcept { return m_notice; }
+    void dismissNotice() { setNotice(std::nullopt); }
 
 signals:
     // The set of accounts or their order changed: an insert, a removal or a reorder.
@@ -106,11 +114,16 @@ signals:
     void refreshFinished(const QUuid& id);
     // The heartbeat beat: what ages with time may read differently now.
     void heartbeatTicked(Timestamp now);
+    void noticeChanged();
 
 private:
     // A named in-process notification from the menu commands.
     void handleCommand(const QString& name);
     void onPreferenceChanged(const QString& key);
+    // Tells the person what an operation left undone: `refused` begins the sentence when
+    // the store or keychain refused it.
+    void report(const AccountLifecycle::Outcome& outcome, const QString& refused);
+    void setNotice(const std::optional<QString>& notice, bool fromBackground = false);
 
     AccountStore* m_store;
     Preferences* m_preferences;
@@ -122,4 +135,6 @@ private:
     std::optional<QUuid> m_deleteTargetID;
     bool m_showOnboarding = false;
     bool m_showSampleClearConfirmation = false;
+    std::optional<QString> m_notice;
+    bool m_noticeFromBackground = false;
 };

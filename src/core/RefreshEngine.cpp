@@ -192,8 +192,11 @@ void RefreshEngine::scheduleSave() {
     m_saveScheduled = true;
     QTimer::singleShot(kSaveDelay, this, [this] {
         m_saveScheduled = false;
-        // Best effort: a failed save keeps its changes pending for the next one.
-        (void)m_store->save();
+        // Best effort: a failed save keeps its changes pending for the next one, and
+        // says why, so that it is never lost without a trace.
+        QString reason;
+        const bool stored = m_store->save(&reason);
+        Q_EMIT saved(stored ? std::nullopt : std::optional<QString>(reason));
         const QList<QUuid> saved = std::exchange(m_awaitingSave, {});
         for (const QUuid& id : saved) {
             finish(id);

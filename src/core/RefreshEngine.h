@@ -8,6 +8,8 @@
 
 #include <QList>
 #include <QObject>
+
+#include <optional>
 #include <QSet>
 #include <QTimer>
 #include <QUuid>
@@ -69,6 +71,8 @@ signals:
     void refreshFinished(const QUuid& id);
     // The heartbeat beat; time-dependent texts (ages, staleness) may have moved.
     void ticked(Timestamp now);
+    // The store was saved after refreshes: absent, or why it could not be.
+    void saved(const std::optional<QString>& failure);
 
 private:
     QCoro::Task<> run(ProviderAccount& target);

@@ -92,6 +92,9 @@ AccountEditorContent AccountEditorContent::make(const AccountEditorFields& field
                      .showsLogout = hasExisting};
     }
     content.testMessage = fields.testMessage;
+    if (content.testMessage) {
+        content.testMessage = PlatformWording::apply(*content.testMessage);
+    }
     if (fields.connectionMode == ConnectionMode::mock) {
         content.samplePanel =
             SamplePanel{text("Use safe sample data"),
@@ -143,7 +146,7 @@ AccountEditorContent AccountEditorContent::make(const AccountEditorFields& field
     content.budgetsNote = text("Optional operator budgets only. One per line: "
                                "Name|unit|short used|short limit|weekly used|weekly limit.");
     if (fields.errorMessage) {
-        content.error = Message{*fields.errorMessage, QStringLiteral("exclamationmark.circle.fill")};
+        content.error = Message{PlatformWording::apply(*fields.errorMessage), QStringLiteral("exclamationmark.circle.fill")};
     }
     return content;
 }

@@ -147,11 +147,6 @@ AccountEditorForm::AccountEditorForm(AccountLifecycle* lifecycle, ProviderAccoun
 AccountEditorForm::~AccountEditorForm() {
     m_fields.secretInput.fill(QChar(0));
     m_fields.secretInput.clear();
-    // A new record whose save failed at the last step is not left behind in the store,
-    // nor the key this sheet stored for it.
-    if (m_created && !m_saved && m_lifecycle) {
-        m_lifecycle->discardUnsavedAccount(m_created);
-    }
 }
 
 void AccountEditorForm::initialiseFrom(const ProviderAccount& account) {
@@ -335,15 +330,13 @@ bool AccountEditorForm::save() {
         }
     }
 
-    const AccountLifecycle::EditorSave result =
-        m_lifecycle->saveEditorAccount(draft, m_existing.data(), m_existing ? nullptr : m_created.data());
-    if (!m_existing) {
-        m_created = result.account;
-    }
+    // A refused save leaves the record, the store and the keychain as they were: trying
+    // again starts from the same place and adds no second record.
+    const AccountLifecycle::EditorSave result = m_lifecycle->saveEditorAccount(draft, m_existing.data());
     if (!result.saved) {
         return refuse(result.refusal.value_or(QString()));
     }
-    m_saved = true;
+    m_keyKept = result.keyKept;
     if (m_onSave) {
         m_onSave();
     }
@@ -509,7 +502,13 @@ void AccountEditorForm::refreshConnection() {
 }
 
 void AccountEditorForm::logoutConnection() {
-    m_lifecycle->logoutConnection(m_existing.data());
+    const AccountLifecycle::Outcome outcome = m_lifecycle->logoutConnection(m_existing.data());
+    if (outcome.refusal) {
+        refuse(QStringLiteral("The account wasn’t signed out: the local database couldn’t save the change. "
+                              "Reason: %1.")
+                   .arg(outcome.refusal->reason));
+        return;
+    }
     m_fields.secretInput.fill(QChar(0));
     m_fields.secretInput.clear();
     applyModeChange(ConnectionMode::manual);
@@ -517,5 +516,10 @@ void AccountEditorForm::logoutConnection() {
     m_fields.browserAuthOpened = false;
     m_fields.testMessage =
         QStringLiteral("Signed out. Choose Manual tracking, or reconnect the official OpenAI API key.");
+    if (outcome.keyKept) {
+        *m_fields.testMessage += QStringLiteral(" The key couldn’t be removed from macOS Keychain yet; Tallyfen "
+                                                "removes it at the next chance. Reason: %1.")
+                                     .arg(*outcome.keyKept);
+    }
     Q_EMIT changed();
 }

@@ -54,6 +54,9 @@ public:
     // Checks the form and hands it to the lifecycle to write. False, with `errorMessage`
     // set and the sheet to stay open, when a step refused.
     bool save();
+    // After a successful save: the keychain's reason when a key it should have removed
+    // stays for now.
+    const std::optional<QString>& keyKept() const noexcept { return m_keyKept; }
     // The form as the lifecycle takes it, before the checks of a save.
     AccountDraft makeDraft() const;
 
@@ -84,9 +87,7 @@ private:
     bool m_hadExisting;
     std::function<void()> m_onSave;
     AccountEditorFields m_fields;
-    // The record a save of this sheet created, kept for a second try after the store
-    // refused the first, so that trying again adds no second record.
-    QPointer<ProviderAccount> m_created;
-    bool m_saved = false;
+    // After a save: why an old key stays in the keychain for now, if one does.
+    std::optional<QString> m_keyKept;
     QPointer<ConnectionTest> m_test;
 };

@@ -277,6 +277,9 @@ OnboardingContent OnboardingContent::make(const OnboardingFlow& flow) {
             connection.detected = detectedMetadataSummary(*metadata);
         }
         connection.validation = flow.validationMessage();
+        if (connection.validation) {
+            connection.validation = PlatformWording::apply(*connection.validation);
+        }
         content.connection = connection;
         break;
     }

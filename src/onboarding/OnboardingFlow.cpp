@@ -144,6 +144,18 @@ void OnboardingFlow::setPage(OnboardingPage page) {
     Q_EMIT changed();
 }
 
+QString OnboardingFlow::creationRefusalMessage(const Hooks::Refusal& refusal) {
+    const bool keychain = refusal && refusal->source == AccountLifecycle::Refusal::Source::keychain;
+    // The keychain, not the local database, is what refused a key.
+    QString message =
+        keychain ? QStringLiteral("We couldn’t save your key in macOS Keychain. Your setup is still here; try again.")
+                 : QStringLiteral("We couldn’t save this account locally. Your setup is still here; try again.");
+    if (refusal && !refusal->reason.isEmpty()) {
+        message += QStringLiteral(" Reason: %1.").arg(refusal->reason);
+    }
+    return message;
+}
+
 void OnboardingFlow::next() {
     if (const std::optional<QString> message = validationMessageForCurrentPage()) {
         m_validationMessage = message;
@@ -152,12 +164,12 @@ void OnboardingFlow::next() {
         return;
     }
     if (m_page == OnboardingPage::connection) {
-        if (m_hooks.createAccount && m_hooks.createAccount(makeDraft())) {
+        Hooks::Refusal refusal;
+        if (m_hooks.createAccount && m_hooks.createAccount(makeDraft(), &refusal)) {
             clearSavedDraft();
             setPage(OnboardingPage::ready);
         } else {
-            m_validationMessage =
-                QStringLiteral("We couldn’t save this account locally. Your setup is still here; try again.");
+            m_validationMessage = creationRefusalMessage(refusal);
             Q_EMIT changed();
         }
         return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/AccountLifecycle.h"
 #include "core/ConnectionTest.h"
 #include "model/AIProvider.h"
 #include "model/ConnectionMode.h"
@@ -29,8 +30,10 @@ class OnboardingFlow final : public QObject {
 public:
     // What the flow asks of the window around it.
     struct Hooks {
-        // Stores the account the draft describes; false when it could not.
-        std::function<bool(const OnboardingDraft&)> createAccount;
+        // Stores the account the draft describes; false when it could not, with why in
+        // `refusal` when the store or the keychain said.
+        using Refusal = std::optional<AccountLifecycle::Refusal>;
+        std::function<bool(const OnboardingDraft&, Refusal* refusal)> createAccount;
         std::function<void()> exploreSample;
         std::function<void()> finish;
         std::function<void()> dismiss;
@@ -113,6 +116,8 @@ public:
     void focusCurrentField();
     void focusFirstInvalidField();
     static QString connectionErrorMessage(const UsageProviderError& error);
+    // What the connection page says when the account could not be created.
+    static QString creationRefusalMessage(const Hooks::Refusal& refusal);
 
     // The welcome page's actions.
     void begin();

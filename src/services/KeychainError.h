@@ -12,6 +12,9 @@ public:
 
     qint32 status() const noexcept { return m_status; }
     QString errorDescription() const { return QStringLiteral("Keychain operation failed."); }
+    // What went wrong, in words that fit after "Reason:" ("macOS Keychain is locked").
+    // Screens pass it through their platform wording.
+    QString reason() const;
 
 private:
     qint32 m_status;

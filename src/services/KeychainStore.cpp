@@ -35,9 +35,26 @@ void rememberPending(const QString& account) {
 }
 
 bool deleted(qint32 status) {
-    return status == KeychainBackend::kSuccess || status == KeychainBackend::kItemNotFound;
+    return KeychainStore::isDeleted(status);
 }
 } // namespace
+
+bool KeychainStore::isDeleted(qint32 status) noexcept {
+    return status == KeychainBackend::kSuccess || status == KeychainBackend::kItemNotFound;
+}
+
+QString KeychainError::reason() const {
+    switch (m_status) {
+    case KeychainBackend::kInteractionNotAllowed:
+        return QStringLiteral("macOS Keychain is locked");
+    case KeychainBackend::kNotAvailable:
+        return QStringLiteral("macOS Keychain did not answer");
+    case KeychainBackend::kItemNotFound:
+        return QStringLiteral("the key is not in macOS Keychain");
+    default:
+        return QStringLiteral("macOS Keychain refused the request (status %1)").arg(m_status);
+    }
+}
 
 QStringList KeychainStore::pendingDeletions() {
     return ApplicationSettings::open().value(kPendingDeletionsKey).toStringList();
@@ -106,8 +123,12 @@ std::optional<QString> KeychainStore::read(const QString& account) {
     return text;
 }
 
-void KeychainStore::deleteItem(const QString& account) {
-    if (deleted(KeychainBackend::deleteItem(service, account))) {
+void KeychainStore::deleteItem(const QString& account, qint32* status) {
+    const qint32 answer = KeychainBackend::deleteItem(service, account);
+    if (status) {
+        *status = answer;
+    }
+    if (deleted(answer)) {
         forgetPending(account);
         retryPendingDeletions(); // the keychain answered: the others may go too
     } else {

@@ -27,7 +27,10 @@ public:
     // bytes that are not UTF-8. An empty string is a stored value.
     static std::optional<QString> read(const QString& account);
     // Removes the account's item, if any. Reports nothing; a refusal is retried later.
-    static void deleteItem(const QString& account);
+    // With `status`, the keychain's answer is kept there for a caller that explains it.
+    static void deleteItem(const QString& account, qint32* status = nullptr);
+    // Whether a status of deleteItem means the item is gone (or never was).
+    static bool isDeleted(qint32 status) noexcept;
 
     // Tries the deletions still waiting; cheap when none is.
     static void retryPendingDeletions();

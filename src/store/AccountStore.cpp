@@ -11,6 +11,7 @@
 #include <QSqlRecord>
 
 #include <algorithm>
+#include <utility>
 
 const QString AccountStore::kTableName = QStringLiteral("ProviderAccount");
 
@@ -363,6 +364,10 @@ AccountStore::RowKey AccountStore::rowKey(const QUuid& id) const {
 void AccountStore::adopt(ProviderAccount* account) {
     account->setParent(this);
     m_accounts.append(account);
+    follow(account);
+}
+
+void AccountStore::follow(ProviderAccount* account) {
     connect(account, &ProviderAccount::changed, this, [this, account](ProviderAccount::Fields fields) {
         m_dirty.insert(account->id());
         Q_EMIT accountChanged(account, fields);
@@ -399,7 +404,61 @@ void AccountStore::remove(ProviderAccount* account) {
     if (!this->account(account->id())) {
         m_deleted.insert(account->id());
     }
-    account->deleteLater();
+    m_removed.append(account);
+    Q_EMIT accountsChanged();
+}
+
+AccountStore::Savepoint AccountStore::savepoint() const {
+    Savepoint point;
+    point.m_accounts = m_accounts;
+    point.m_states.reserve(m_accounts.size());
+    for (const ProviderAccount* account : m_accounts) {
+        point.m_states.append(account->state());
+    }
+    point.m_dirty = m_dirty;
+    point.m_deleted = m_deleted;
+    point.m_saves = m_saves;
+    return point;
+}
+
+void AccountStore::rollBack(const Savepoint& point) {
+    // What waits to be saved is what waited then, and whatever a save since has written
+    // that memory no longer holds: rows of accounts inserted since go, and accounts
+    // whose attributes go back are written again.
+    const bool savedSince = m_saves != point.m_saves;
+    QSet<QUuid> dirty = point.m_dirty;
+    QSet<QUuid> deleted = point.m_deleted;
+    for (ProviderAccount* account : std::as_const(m_accounts)) {
+        if (!point.m_accounts.contains(account)) {
+            if (savedSince && m_rowKeys.contains(account->id())) {
+                deleted.insert(account->id());
+            }
+            disconnect(account, nullptr, this, nullptr);
+            account->deleteLater(); // callers holding it this turn stay safe
+        }
+    }
+    QList<ProviderAccount*> accounts;
+    for (qsizetype i = 0; i < point.m_accounts.size(); ++i) {
+        ProviderAccount* account = point.m_accounts.at(i);
+        if (m_removed.removeOne(account)) {
+            follow(account);
+        } else if (!m_accounts.contains(account)) {
+            continue; // its removal was saved, and the object is gone with it
+        }
+        accounts.append(account);
+        const ProviderAccount::State& state = point.m_states.at(i);
+        if (savedSince && (account->rowAsLoaded() != state.row ||
+                           account->isSnapshotHistoryLoaded() != !state.loadHistory)) {
+            dirty.insert(account->id());
+        }
+        account->restore(state);
+    }
+    m_accounts = std::move(accounts);
+    for (const ProviderAccount* account : std::as_const(m_accounts)) {
+        deleted.remove(account->id());
+    }
+    m_dirty = std::move(dirty);
+    m_deleted = std::move(deleted);
     Q_EMIT accountsChanged();
 }
 
@@ -530,5 +589,10 @@ bool AccountStore::save(QString* errorMessage) {
     m_rowKeys = std::move(rowKeys);
     m_dirty.clear();
     m_deleted.clear();
+    ++m_saves;
+    // Callers holding a removed account this turn stay safe.
+    for (ProviderAccount* account : std::exchange(m_removed, {})) {
+        account->deleteLater();
+    }
     return true;
 }

@@ -46,6 +46,21 @@ public:
     bool hasChanges() const noexcept;
     [[nodiscard]] bool save(QString* errorMessage = nullptr);
 
+    // The accounts in memory as they stand, to go back to when the save of a change is
+    // refused: the list, each account's attributes and what is waiting to be saved.
+    class Savepoint {
+        friend class AccountStore;
+        QList<ProviderAccount*> m_accounts;
+        QList<ProviderAccount::State> m_states;
+        QSet<QUuid> m_dirty;
+        QSet<QUuid> m_deleted;
+        quint64 m_saves = 0;
+    };
+    Savepoint savepoint() const;
+    // Memory as it was at `point`: accounts inserted since go, accounts removed since
+    // come back, and every attribute reads as it did.
+    void rollBack(const Savepoint& point);
+
 signals:
     // The set of accounts or their order changed.
     void accountsChanged();
@@ -64,6 +79,7 @@ private:
     RowKey rowKey(const QUuid& id) const;
     std::optional<std::optional<QByteArray>> readHistory(const QUuid& id) const;
     void adopt(ProviderAccount* account);
+    void follow(ProviderAccount* account);
     void sortAccounts();
 
     QString m_path;
@@ -71,6 +87,10 @@ private:
     QList<ProviderAccount*> m_accounts;
     QSet<QUuid> m_dirty;
     QSet<QUuid> m_deleted;
+    // Removed accounts, kept until their removal is saved: a refused save brings them back.
+    QList<ProviderAccount*> m_removed;
+    // Successful saves so far: whether the file moved on since a savepoint.
+    quint64 m_saves = 0;
     // Where each account's row sits, as far as this store knows.
     QHash<QUuid, RowKey> m_rowKeys;
 };

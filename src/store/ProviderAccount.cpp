@@ -147,6 +147,41 @@ void ProviderAccount::setSnapshotHistoryData(const std::optional<QByteArray>& va
 void ProviderAccount::setSampleDataEnabled(bool value) { assign(m_row.sampleDataEnabled, value, Field::connection); }
 // clang-format on
 
+void ProviderAccount::restore(const State& state) {
+    const ProviderAccountRow& row = state.row;
+    setProviderRaw(row.providerRaw);
+    setLabel(row.label);
+    setAccountKindRaw(row.accountKindRaw);
+    setPlanName(row.planName);
+    setDetectedMetadataData(row.detectedMetadataData);
+    setIdentityDetail(row.identityDetail);
+    setModelScope(row.modelScope);
+    setAgentScope(row.agentScope);
+    setAgentRosterText(row.agentRosterText);
+    setAgentBudgetsData(row.agentBudgetsData);
+    setAgentCount(row.agentCount);
+    setRenewalDate(row.renewalDate);
+    setConnectionModeRaw(row.connectionModeRaw);
+    setCreatedAt(row.createdAt);
+    setLastRefreshAt(row.lastRefreshAt);
+    setSyncStatusRaw(row.syncStatusRaw);
+    setSyncMessage(row.syncMessage);
+    setSnapshotData(row.snapshotData);
+    setSampleDataEnabled(row.sampleDataEnabled);
+    if (state.loadHistory) {
+        // Unread then: unread again, whatever was written since.
+        const bool changedHistory = m_row.snapshotHistoryData.has_value();
+        m_row.snapshotHistoryData.reset();
+        m_loadHistory = state.loadHistory;
+        if (changedHistory) {
+            Q_EMIT changed(Field::usage);
+        }
+    } else {
+        m_loadHistory = nullptr;
+        assign(m_row.snapshotHistoryData, row.snapshotHistoryData, Field::usage);
+    }
+}
+
 AIProvider ProviderAccount::provider() const {
     return AIProvider::fromRawValue(m_row.providerRaw).value_or(AIProvider::openAI);
 }

@@ -91,6 +91,15 @@ public:
     // False while a lazily read history has not been read, or could not be.
     bool isSnapshotHistoryLoaded() const noexcept { return !m_loadHistory; }
 
+    // Every attribute as it stands, an unread history left unread, to go back to.
+    struct State {
+        ProviderAccountRow row;
+        HistoryLoader loadHistory;
+    };
+    State state() const { return State{m_row, m_loadHistory}; }
+    // Puts every attribute back as `state` had it, announcing each change.
+    void restore(const State& state);
+
     // ---- stored attributes ----
     const QUuid& id() const noexcept { return m_row.id; }
     const QString& providerRaw() const noexcept { return m_row.providerRaw; }

@@ -3,6 +3,7 @@
 #include "CoreFixtures.h"
 #include "Drafts.h"
 #include "FileProtection.h"
+#include "KeyringControl.h"
 #include "core/ContentView.h"
 #include "model/OnboardingResetMode.h"
 #include "model/UuidText.h"
@@ -355,8 +356,9 @@ private slots:
         draft.manualShortLimit = 10;
         draft.manualWeeklyUsed = 30;
         draft.manualWeeklyLimit = 100;
-        const std::optional<QUuid> id = lifecycle.createOnboardingAccount(draft.accountDraft());
-        QVERIFY(id);
+        const AccountLifecycle::Outcome created = lifecycle.createOnboardingAccount(draft.accountDraft());
+        QVERIFY(created.done);
+        const std::optional<QUuid> id = created.account;
         QVERIFY(!fixture.store->hasChanges());
         const ProviderAccount* account = fixture.store->account(*id);
         QVERIFY(account);
@@ -376,13 +378,14 @@ private slots:
         AccountLifecycle lifecycle(fixture.store.get(), fixture.preferences.get());
         OnboardingDraft draft = draftFor(AIProvider::openAI, AccountKind::api, ConnectionMode::apiKey);
         draft.apiKey = QStringLiteral("sk-admin-lifecycle");
-        const std::optional<QUuid> id = lifecycle.createOnboardingAccount(draft.accountDraft());
-        QVERIFY(id);
+        const AccountLifecycle::Outcome created = lifecycle.createOnboardingAccount(draft.accountDraft());
+        QVERIFY(created.done);
+        const std::optional<QUuid> id = created.account;
         const ProviderAccount* account = fixture.store->account(*id);
         QCOMPARE(KeychainStore::read(account->secretReference()), std::optional(draft.apiKey));
         QVERIFY(!account->rowAsLoaded().syncMessage.contains(draft.apiKey));
 
-        QVERIFY(lifecycle.deleteAccount(*id));
+        QVERIFY(lifecycle.deleteAccount(*id).done);
         QVERIFY(!KeychainStore::read(UuidText::toText(*id)));
         QVERIFY(!fixture.store->account(*id));
         QVERIFY(!fixture.store->hasChanges());
@@ -394,7 +397,7 @@ private slots:
         QVERIFY(fixture.store->save());
         AccountLifecycle lifecycle(fixture.store.get(), fixture.preferences.get());
         QSignalSpy list(fixture.store.get(), &AccountStore::accountsChanged);
-        QVERIFY(!lifecycle.deleteAccount(QUuid::createUuid()));
+        QVERIFY(!lifecycle.deleteAccount(QUuid::createUuid()).done);
         QCOMPARE(list.count(), 0);
         QCOMPARE(fixture.store->accounts().size(), 1);
     }
@@ -402,7 +405,7 @@ private slots:
     void demoAccountsAndClearingThem() {
         CoreFixture fixture;
         AccountLifecycle lifecycle(fixture.store.get(), fixture.preferences.get());
-        QVERIFY(!lifecycle.clearSampleData()); // nothing to clear
+        QVERIFY(!lifecycle.clearSampleData().done); // nothing to clear
         lifecycle.createDemoAccounts();
         QCOMPARE(fixture.store->accounts().size(), 3);
         QVERIFY(fixture.preferences->settings().value(Preferences::kDidSeedSampleAccounts).toBool());
@@ -416,10 +419,10 @@ private slots:
 
         ProviderAccount* mine = fixture.addAccount(QStringLiteral("Mine"), AIProvider::gemini, 1e9);
         mine->setSampleDataEnabled(false);
-        QVERIFY(lifecycle.clearSampleData());
+        QVERIFY(lifecycle.clearSampleData().done);
         QCOMPARE(fixture.store->accounts(), QList<ProviderAccount*>{mine});
         QVERIFY(!fixture.store->hasChanges());
-        QVERIFY(!lifecycle.clearSampleData());
+        QVERIFY(!lifecycle.clearSampleData().done);
     }
 
     void logoutAndMigrationKeepTheData() {
@@ -535,7 +538,7 @@ private slots:
         QVERIFY(!fixture.store->hasChanges());
     }
 
-    void aRefusedEditorSaveCanBeDiscardedWhole() {
+    void aRefusedEditorSaveLeavesNoRecordAndNoKey() {
         CoreFixture fixture;
         const QString path = fixture.dir.filePath(QStringLiteral("accounts.store"));
         QVERIFY(fixture.store->save());
@@ -545,20 +548,18 @@ private slots:
                            .connectionMode = ConnectionMode::apiKey,
                            .apiKey = QStringLiteral("sk-admin-refused"),
                            .sampleDataEnabled = false};
+        const QStringList keysBefore = keychainAccounts();
         const AccountLifecycle::EditorSave refused = fixture.lifecycle->saveEditorAccount(draft, nullptr);
         QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
         QVERIFY(!refused.saved);
-        QCOMPARE(refused.refusal,
-                 std::optional<QString>(QStringLiteral("The account could not be saved locally.")));
-        QVERIFY(refused.account);
-        const QString reference = refused.account->secretReference();
-        QCOMPARE(KeychainStore::read(reference), std::optional<QString>(QStringLiteral("sk-admin-refused")));
-        fixture.lifecycle->discardUnsavedAccount(refused.account);
+        QVERIFY(refused.refusal->startsWith(QStringLiteral("The account could not be saved locally. Reason: ")));
+        QVERIFY(!refused.account);
         QVERIFY(fixture.store->accounts().isEmpty());
-        QVERIFY(!KeychainStore::read(reference));
+        QVERIFY(!fixture.store->hasChanges());
+        QCOMPARE(keychainAccounts(), keysBefore);
     }
 
-    void aRefusedSaveLeavesEveryKey() {
+    void aRefusedSaveLeavesEveryKeyAndEveryRecord() {
         CoreFixture fixture;
         ProviderAccount* signedIn = fixture.addAccount(QStringLiteral("Signed in"));
         signedIn->setConnectionMode(ConnectionMode::apiKey);
@@ -567,16 +568,27 @@ private slots:
         KeychainStore::save(QStringLiteral("sk-admin-kept"), signedIn->secretReference());
         KeychainStore::save(QStringLiteral("sk-sample-kept"), sample->secretReference());
         QVERIFY(fixture.store->save());
+        const ProviderAccountRow signedInRow = signedIn->row();
+        const ProviderAccountRow sampleRow = sample->row();
         const QString path = fixture.dir.filePath(QStringLiteral("accounts.store"));
         QVERIFY(makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true));
         const QString signedInKey = signedIn->secretReference();
         const QString sampleKey = sample->secretReference();
-        fixture.lifecycle->logoutConnection(signedIn);
-        fixture.lifecycle->logout(signedIn);
-        QVERIFY(fixture.lifecycle->clearSampleData());
-        QVERIFY(fixture.lifecycle->deleteAccount(signedIn->id()));
+        const QList<AccountLifecycle::Outcome> outcomes{
+            fixture.lifecycle->logoutConnection(signedIn), fixture.lifecycle->logout(signedIn),
+            fixture.lifecycle->clearSampleData(), fixture.lifecycle->deleteAccount(signedIn->id())};
         QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
-        // Nothing was saved, so no key went.
+        for (const AccountLifecycle::Outcome& outcome : outcomes) {
+            QVERIFY(!outcome.done);
+            QVERIFY(outcome.refusal);
+            QCOMPARE(outcome.refusal->source, AccountLifecycle::Refusal::Source::store);
+            QVERIFY(!outcome.refusal->reason.isEmpty());
+        }
+        // Nothing was saved, so nothing changed in memory and no key went.
+        QCOMPARE(fixture.store->accounts(), (QList<ProviderAccount*>{signedIn, sample}));
+        QCOMPARE(signedIn->row(), signedInRow);
+        QCOMPARE(sample->row(), sampleRow);
+        QVERIFY(!fixture.store->hasChanges());
         QCOMPARE(KeychainStore::read(signedInKey), std::optional<QString>(QStringLiteral("sk-admin-kept")));
         QCOMPARE(KeychainStore::read(sampleKey), std::optional<QString>(QStringLiteral("sk-sample-kept")));
     }
@@ -587,7 +599,8 @@ private slots:
         KeychainStore::save(QStringLiteral("sk-admin-gone"), account->secretReference());
         QVERIFY(fixture.store->save());
         const QString reference = account->secretReference();
-        QVERIFY(fixture.lifecycle->deleteAccount(account->id()));
+        const AccountLifecycle::Outcome deleted = fixture.lifecycle->deleteAccount(account->id());
+        QVERIFY(deleted.done && !deleted.keyKept);
         QVERIFY(!fixture.store->hasChanges());
         QVERIFY(!KeychainStore::read(reference));
     }

@@ -6,6 +6,7 @@
 //
 // Prints "error <message>" or "saved", then "accounts <n>" (in memory) and "label <text>"
 // (what the form still holds).
+#include "views/PlatformWording.h"
 #include "core/AccountLifecycle.h"
 #include "core/Preferences.h"
 #include "editor/AccountEditorForm.h"
@@ -44,7 +45,8 @@ int main(int argc, char* argv[]) {
     if (form.save()) {
         std::printf("saved\n");
     } else {
-        std::printf("error %s\n", qPrintable(form.fields().errorMessage.value_or(QString())));
+        // As the sheet shows it, in this platform's words.
+        std::printf("error %s\n", qPrintable(PlatformWording::apply(form.fields().errorMessage.value_or(QString()))));
     }
     std::printf("accounts %lld\n", static_cast<long long>(store->accounts().size()));
     std::printf("label %s\n", qPrintable(form.fields().label));

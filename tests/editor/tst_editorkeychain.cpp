@@ -41,9 +41,9 @@ private:
             .arg(arguments);
     }
 
-    static void expectRefused(const QStringList& lines, const QString& folder) {
-        QCOMPARE(lines, (QStringList{"error The credential could not be saved in Keychain.", "accounts 0",
-                                     "label Work API", "key kept"}));
+    static void expectRefused(const QStringList& lines, const QString& folder, const QString& reason) {
+        QCOMPARE(lines, (QStringList{"error The credential could not be saved in Keychain. Reason: " + reason,
+                                     "accounts 0", "label Work API", "key kept"}));
         QString error;
         auto store = AccountStore::open(folder + QStringLiteral("/accounts.store"), &error);
         QVERIFY2(store, qPrintable(error));
@@ -56,13 +56,13 @@ private slots:
         const QStringList lines = runProbe(
             QStringLiteral("DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus exec \"$PROBE\" \"$FOLDER\""),
             folder.path());
-        expectRefused(lines, folder.path());
+        expectRefused(lines, folder.path(), QStringLiteral("the system keychain did not answer."));
     }
 
     void lockedKeychain() {
         QTemporaryDir folder;
         const QStringList lines = runProbe(onAKeyringOfItsOwn(QStringLiteral(" --lock")), folder.path());
-        expectRefused(lines, folder.path());
+        expectRefused(lines, folder.path(), QStringLiteral("the system keychain is locked."));
     }
 
     void anUnlockedKeychainTakesTheKey() {

@@ -25,6 +25,7 @@ struct Harness {
     QSettings settings{dir.filePath(QStringLiteral("settings.ini")), QSettings::IniFormat};
     QList<OnboardingDraft> created;
     bool createResult = true;
+    OnboardingFlow::Hooks::Refusal createRefusal;
     QStringList calls;
     QStringList existing{QStringLiteral("Claude · Work")};
     QStringList alsoExisting;
@@ -37,7 +38,10 @@ struct Harness {
             &settings, existing,
             OnboardingFlow::Hooks{
                 .createAccount =
-                    [this](const OnboardingDraft& draft) {
+                    [this](const OnboardingDraft& draft, OnboardingFlow::Hooks::Refusal* refusal) {
+                        if (!createResult && refusal) {
+                            *refusal = createRefusal;
+                        }
                         created.append(draft);
                         calls.append(QStringLiteral("create"));
                         return createResult;

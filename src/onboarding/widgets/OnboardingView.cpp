@@ -42,8 +42,8 @@ OnboardingView::OnboardingView(ContentView* content, QWidget* parent)
         &content->preferences()->settings(), content->existingLabels(),
         OnboardingFlow::Hooks{
             .createAccount =
-                [this](const OnboardingDraft& draft) {
-                    return m_content->createOnboardingAccount(draft.accountDraft());
+                [this](const OnboardingDraft& draft, OnboardingFlow::Hooks::Refusal* refusal) {
+                    return m_content->createOnboardingAccount(draft.accountDraft(), refusal);
                 },
             .exploreSample = [this] { m_content->createDemoAccounts(); },
             .finish = [this] { m_content->finishOnboarding(); },
