@@ -23,6 +23,7 @@ inline bool lockDefaultCollection() {
 
 #include <QDBusArgument>
 #include <QDBusMetaType>
+#include <QDBusVariant>
 #include <QStringList>
 
 #include <algorithm>
@@ -31,11 +32,13 @@ inline bool lockDefaultCollection() {
 // Secret Service's own D-Bus interface (locked items too): what is really there, not
 // what the program believes.
 inline QStringList keychainAccounts(const QString& service = QStringLiteral("Tallyfen.credentials")) {
-    QDBusInterface secrets(QStringLiteral("org.freedesktop.secrets"), QStringLiteral("/org/freedesktop/secrets"),
+    QDBusInterface secrets(QStringLiteral("org.freedesktop.secrets"),
+                           QStringLiteral("/org/freedesktop/secrets"),
                            QStringLiteral("org.freedesktop.Secret.Service"));
     using Attributes = QMap<QString, QString>;
-    const QDBusMessage found = secrets.call(QStringLiteral("SearchItems"),
-                                            QVariant::fromValue(Attributes{{QStringLiteral("service"), service}}));
+    qDBusRegisterMetaType<Attributes>();
+    const QDBusMessage found = secrets.call(
+        QStringLiteral("SearchItems"), QVariant::fromValue(Attributes{{QStringLiteral("service"), service}}));
     QStringList accounts;
     if (found.type() != QDBusMessage::ReplyMessage || found.arguments().size() != 2) {
         return {QStringLiteral("<no answer from the Secret Service>")};
@@ -44,8 +47,12 @@ inline QStringList keychainAccounts(const QString& service = QStringLiteral("Tal
         const auto paths = qdbus_cast<QList<QDBusObjectPath>>(group);
         for (const QDBusObjectPath& path : paths) {
             QDBusInterface item(QStringLiteral("org.freedesktop.secrets"), path.path(),
-                                QStringLiteral("org.freedesktop.Secret.Item"));
-            const Attributes attributes = qdbus_cast<Attributes>(item.property("Attributes").value<QDBusArgument>());
+                                QStringLiteral("org.freedesktop.DBus.Properties"));
+            const QDBusMessage got =
+                item.call(QStringLiteral("Get"), QStringLiteral("org.freedesktop.Secret.Item"),
+                          QStringLiteral("Attributes"));
+            const QVariant value = got.arguments().value(0).value<QDBusVariant>().variant();
+            const Attributes attributes = qdbus_cast<Attributes>(value.value<QDBusArgument>());
             accounts.append(attributes.value(QStringLiteral("account")));
         }
     }

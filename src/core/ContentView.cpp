@@ -208,7 +208,8 @@ void ContentView::deleteSelectedAccount() {
         return;
     }
     const AccountLifecycle::Outcome deleted = m_lifecycle.deleteAccount(*target);
-    report(deleted, QStringLiteral("The account wasn’t deleted: the local database couldn’t save the change."));
+    report(deleted,
+           QStringLiteral("The account wasn’t deleted: the local database couldn’t save the change."));
     if (!deleted.done) {
         return;
     }
@@ -219,8 +220,8 @@ void ContentView::deleteSelectedAccount() {
 
 void ContentView::clearSampleData() {
     const AccountLifecycle::Outcome cleared = m_lifecycle.clearSampleData();
-    report(cleared,
-           QStringLiteral("The sample accounts weren’t removed: the local database couldn’t save the change."));
+    report(cleared, QStringLiteral(
+                        "The sample accounts weren’t removed: the local database couldn’t save the change."));
     if (cleared.done) {
         setSelection(SidebarSelection::overview());
     }

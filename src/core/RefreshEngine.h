@@ -9,10 +9,10 @@
 #include <QList>
 #include <QObject>
 
-#include <optional>
 #include <QSet>
 #include <QTimer>
 #include <QUuid>
+#include <optional>
 
 #include <QCoro/QCoroTask>
 

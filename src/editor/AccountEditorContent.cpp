@@ -146,7 +146,8 @@ AccountEditorContent AccountEditorContent::make(const AccountEditorFields& field
     content.budgetsNote = text("Optional operator budgets only. One per line: "
                                "Name|unit|short used|short limit|weekly used|weekly limit.");
     if (fields.errorMessage) {
-        content.error = Message{PlatformWording::apply(*fields.errorMessage), QStringLiteral("exclamationmark.circle.fill")};
+        content.error = Message{PlatformWording::apply(*fields.errorMessage),
+                                QStringLiteral("exclamationmark.circle.fill")};
     }
     return content;
 }

@@ -517,9 +517,10 @@ void AccountEditorForm::logoutConnection() {
     m_fields.testMessage =
         QStringLiteral("Signed out. Choose Manual tracking, or reconnect the official OpenAI API key.");
     if (outcome.keyKept) {
-        *m_fields.testMessage += QStringLiteral(" The key couldn’t be removed from macOS Keychain yet; Tallyfen "
-                                                "removes it at the next chance. Reason: %1.")
-                                     .arg(*outcome.keyKept);
+        *m_fields.testMessage +=
+            QStringLiteral(" The key couldn’t be removed from macOS Keychain yet; Tallyfen "
+                           "removes it at the next chance. Reason: %1.")
+                .arg(*outcome.keyKept);
     }
     Q_EMIT changed();
 }

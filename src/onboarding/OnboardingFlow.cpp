@@ -148,8 +148,10 @@ QString OnboardingFlow::creationRefusalMessage(const Hooks::Refusal& refusal) {
     const bool keychain = refusal && refusal->source == AccountLifecycle::Refusal::Source::keychain;
     // The keychain, not the local database, is what refused a key.
     QString message =
-        keychain ? QStringLiteral("We couldn’t save your key in macOS Keychain. Your setup is still here; try again.")
-                 : QStringLiteral("We couldn’t save this account locally. Your setup is still here; try again.");
+        keychain
+            ? QStringLiteral(
+                  "We couldn’t save your key in macOS Keychain. Your setup is still here; try again.")
+            : QStringLiteral("We couldn’t save this account locally. Your setup is still here; try again.");
     if (refusal && !refusal->reason.isEmpty()) {
         message += QStringLiteral(" Reason: %1.").arg(refusal->reason);
     }
