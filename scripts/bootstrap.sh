@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
     build-essential cmake ninja-build pkg-config clang-format
     qt6-base-dev qt6-base-dev-tools qt6-svg-dev libqt6sql6-sqlite qt6-httpserver-dev
-    qcoro-qt6-dev libsecret-1-dev libicu-dev libsimdjson-dev libbenchmark-dev libgl-dev
+    qcoro-qt6-dev libsecret-1-dev libsqlite3-dev libicu-dev libsimdjson-dev libbenchmark-dev libgl-dev
     dbus dbus-x11 gnome-keyring locales fonts-dejavu-core python3
     desktop-file-utils appstream dpkg-dev file
 )

@@ -5,6 +5,7 @@
 #include "core/ContentView.h"
 #include "core/Preferences.h"
 #include "core/SingleInstance.h"
+#include "store/StoreFile.h"
 #include "core/StartupHeap.h"
 #include "core/StoreLocation.h"
 #include "core/TallyfenApp.h"
@@ -56,7 +57,7 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     const QString storePath = StoreLocation::resolve(environment);
     if (StoreLocation::isDefault(environment)) {
-        QDir().mkpath(QFileInfo(storePath).absolutePath());
+        StoreFile::makePrivateFolder(QFileInfo(storePath).absolutePath());
     }
     SingleInstance::Outcome claimed = SingleInstance::Outcome::first;
     const std::unique_ptr<SingleInstance> instance = SingleInstance::claim(storePath, &claimed);

@@ -49,7 +49,13 @@ Lock lockFile(const QString& path, int* descriptor) {
     // A file unlinked by an owner that was ending between our open and our lock would
     // lock nothing anyone else can find: then look again.
     for (int attempt = 0; attempt < 5; ++attempt) {
-        const int fd = ::open(native.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        // Never through a link: one planted at the lock's name would have its target
+        // truncated and written.
+        struct stat named {};
+        if (::lstat(native.constData(), &named) == 0 && !S_ISREG(named.st_mode)) {
+            return Lock::unavailable;
+        }
+        const int fd = ::open(native.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NOCTTY, 0600);
         if (fd < 0) {
             return Lock::unavailable;
         }
@@ -59,8 +65,7 @@ Lock lockFile(const QString& path, int* descriptor) {
             return error == EWOULDBLOCK ? Lock::held : Lock::unavailable;
         }
         struct stat opened {};
-        struct stat named {};
-        if (::fstat(fd, &opened) == 0 && ::stat(native.constData(), &named) == 0 &&
+        if (::fstat(fd, &opened) == 0 && S_ISREG(opened.st_mode) && ::lstat(native.constData(), &named) == 0 &&
             opened.st_dev == named.st_dev && opened.st_ino == named.st_ino) {
             // Who holds it, for a person looking at the file; the lock holds without it.
             const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid())) + '\n';

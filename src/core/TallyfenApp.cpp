@@ -1,6 +1,7 @@
 #include "core/TallyfenApp.h"
 
 #include "core/StoreLocation.h"
+#include "store/StoreFile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -12,7 +13,7 @@ std::unique_ptr<AccountStore> TallyfenApp::openStore(const QProcessEnvironment& 
     const QString path = StoreLocation::resolve(environment);
     if (StoreLocation::isDefault(environment)) {
         const QString folder = QFileInfo(path).absolutePath();
-        if (!QDir().mkpath(folder)) {
+        if (!StoreFile::makePrivateFolder(folder)) {
             if (errorMessage) {
                 *errorMessage = QStringLiteral("the folder “%1” could not be created").arg(folder);
             }

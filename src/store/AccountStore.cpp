@@ -1,6 +1,7 @@
 #include "store/AccountStore.h"
 
 #include "model/UuidText.h"
+#include "store/StoreFile.h"
 
 #include <QFileInfo>
 #include <QPointer>
@@ -8,7 +9,14 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlDriver>
 #include <QSqlRecord>
+#include <QElapsedTimer>
+#include <QScopeGuard>
+
+#ifdef TALLYFEN_SQLITE_HANDLE
+#include <sqlite3.h>
+#endif
 
 #include <algorithm>
 #include <utility>
@@ -51,6 +59,10 @@ const QStringList kColumnTypes = {
 };
 
 constexpr int kBusyTimeoutMilliseconds = 2000;
+// The longest the structure check at start may take, in milliseconds.
+constexpr qint64 kCheckBudget = 150;
+// The size the log is cut back to once its pages are in the store.
+constexpr qint64 kJournalSizeLimit = 4LL * 1024 * 1024;
 
 QString describe(const QSqlError& error) {
     const QString text = error.databaseText().isEmpty() ? error.driverText() : error.databaseText();
@@ -166,6 +178,90 @@ std::optional<ProviderAccountRow> rowFrom(const QSqlQuery& query) {
                               .sampleDataEnabled = query.value(20).toLongLong() != 0};
 }
 
+// What the engine finds wrong with the file's structure, or nothing. The check reads
+// every page once; on a file so large that it would hold up the start, it stops after its
+// time and the file counts as sound (a damaged page then fails the read or save that
+// meets it, and says so).
+std::optional<QString> damageIn(QSqlDatabase& db) {
+#ifdef TALLYFEN_SQLITE_HANDLE
+    sqlite3* handle = nullptr;
+    const QVariant driverHandle = db.driver()->handle();
+    if (qstrcmp(driverHandle.typeName(), "sqlite3*") == 0) {
+        handle = *static_cast<sqlite3* const*>(driverHandle.constData());
+    }
+    QElapsedTimer clock;
+    clock.start();
+    if (handle) {
+        sqlite3_progress_handler(
+            handle, 1000,
+            [](void* started) { return static_cast<QElapsedTimer*>(started)->elapsed() > kCheckBudget ? 1 : 0; },
+            &clock);
+    }
+    const auto done = qScopeGuard([handle] {
+        if (handle) {
+            sqlite3_progress_handler(handle, 0, nullptr, nullptr);
+        }
+    });
+#endif
+    QSqlQuery check(db);
+    if (!check.exec(QStringLiteral("PRAGMA quick_check(3)"))) {
+        if (check.lastError().nativeErrorCode() == QStringLiteral("9")) {
+            return std::nullopt; // interrupted: out of time
+        }
+        return describe(check.lastError());
+    }
+    QStringList findings;
+    while (check.next()) {
+        findings.append(check.value(0).toString());
+    }
+    if (check.lastError().isValid()) {
+        return describe(check.lastError());
+    }
+    if (findings == QStringList{QStringLiteral("ok")}) {
+        return std::nullopt;
+    }
+    return findings.join(QStringLiteral("; "));
+}
+
+// Turns the checked file into a store: log, syncing and size of the log, the table when
+// it is missing, and this version's schema stamp.
+bool prepareForWriting(QSqlDatabase& db, bool hasTable, QString* errorMessage) {
+    // WAL with full syncs: a committed save survives a crash or power loss, and a
+    // crash in the middle of one leaves the previous state.
+    QSqlQuery journal(db);
+    if (!journal.exec(QStringLiteral("PRAGMA journal_mode=WAL")) || !journal.next()) {
+        *errorMessage = describe(journal.lastError());
+        return false;
+    }
+    journal.finish();
+    if (!run(db, QStringLiteral("PRAGMA synchronous=FULL"), errorMessage)) {
+        return false;
+    }
+    // After a large save the log shrinks back instead of staying the size of the store.
+    run(db, QStringLiteral("PRAGMA journal_size_limit=%1").arg(kJournalSizeLimit), nullptr);
+    if (!hasTable) {
+        QStringList definitions;
+        for (qsizetype i = 0; i < AccountStore::kColumns.size(); ++i) {
+            definitions.append(AccountStore::kColumns.at(i) + u' ' + kColumnTypes.at(i));
+        }
+        const QString create = QStringLiteral("CREATE TABLE %1 (%2)")
+                                   .arg(AccountStore::kTableName, definitions.join(QStringLiteral(", ")));
+        if (!run(db, create, errorMessage)) {
+            return false;
+        }
+    }
+    QSqlQuery version(db);
+    if (!version.exec(QStringLiteral("PRAGMA user_version")) || !version.next()) {
+        *errorMessage = describe(version.lastError());
+        return false;
+    }
+    if (version.value(0).toUInt() < StoreFile::kSchemaVersion) {
+        version.finish();
+        return run(db, QStringLiteral("PRAGMA user_version=%1").arg(StoreFile::kSchemaVersion), errorMessage);
+    }
+    return true;
+}
+
 QString nextConnectionName() {
     static int counter = 0;
     return QStringLiteral("tallyfen-store-%1").arg(++counter);
@@ -192,12 +288,27 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
     QString reason;
     const auto fail = [&](const QString& why) {
         if (errorMessage) {
-            *errorMessage = why;
+            *errorMessage = StoreFile::explain(why, path);
         }
         return nullptr;
     };
     if (QFileInfo(path).isDir()) {
         return fail(QStringLiteral("“%1” is a folder, not a file").arg(path));
+    }
+    // Read from the header before the engine touches the file: a file this version
+    // refuses gets no log or index file beside it.
+    if (const auto version = StoreFile::schemaVersion(path); version && *version > StoreFile::kSchemaVersion) {
+        return fail(QStringLiteral("the file was written by a newer version of Tallyfen (schema %1; this "
+                                   "version reads up to %2) and was left as it was")
+                        .arg(*version)
+                        .arg(StoreFile::kSchemaVersion));
+    }
+    // A store that can't be written would take every change and keep none of them.
+    if (const auto why = StoreFile::whyNotWritable(path)) {
+        return fail(*why);
+    }
+    if (!StoreFile::createPrivately(path)) {
+        return fail(QStringLiteral("the file “%1” could not be created").arg(path));
     }
 
     std::unique_ptr<AccountStore> store(new AccountStore(path, nextConnectionName()));
@@ -210,44 +321,17 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
         }
         // Everything is checked before anything is written: a file this version refuses
         // keeps every byte it had.
-        QSqlQuery tables(db);
-        if (!tables.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"))) {
-            return fail(describe(tables.lastError()));
-        }
         bool hasOurTable = false;
-        QStringList others;
-        while (tables.next()) {
-            const QString name = tables.value(0).toString();
-            if (name == kTableName) {
-                hasOurTable = true;
-            } else if (!name.startsWith(QStringLiteral("sqlite_"))) {
-                others.append(name);
-            }
-        }
-        tables.finish();
-        if (!others.isEmpty()) {
-            return fail(QStringLiteral("the file is another program's database (it holds the table “%1”)")
-                            .arg(others.first()));
+        if (!store->checkTables(&hasOurTable, &reason)) {
+            return fail(reason);
         }
         // Reads through memory mapping (which writes nothing): the last column sits behind
         // each row's large history blob, and following that blob's overflow pages then
         // copies nothing.
         run(db, QStringLiteral("PRAGMA mmap_size=268435456"), nullptr);
         if (hasOurTable) {
-            QSqlQuery columns(db);
-            if (!columns.exec(QStringLiteral("PRAGMA table_info(%1)").arg(kTableName))) {
-                return fail(describe(columns.lastError()));
-            }
-            QStringList existing;
-            while (columns.next()) {
-                existing.append(columns.value(1).toString());
-            }
-            if (existing != kColumns) {
-                // Someone else's table, or a future one: leave it untouched.
-                return fail(
-                    QStringLiteral("the file holds a %1 table with other columns than this version of "
-                                   "Tallyfen knows")
-                        .arg(kTableName));
+            if (const auto damage = damageIn(db)) {
+                return fail(QStringLiteral("the file is damaged (%1); it was left as it was").arg(*damage));
             }
             // Read while the file is still as it was found: a refusal (two accounts with
             // one id) must leave every byte of it.
@@ -255,31 +339,55 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
                 return fail(reason);
             }
         }
-
-        // WAL with full syncs: a committed save survives a crash or power loss, and a
-        // crash in the middle of one leaves the previous state.
-        QSqlQuery journal(db);
-        if (!journal.exec(QStringLiteral("PRAGMA journal_mode=WAL")) || !journal.next()) {
-            return fail(describe(journal.lastError()));
-        }
-        journal.finish();
-        if (!run(db, QStringLiteral("PRAGMA synchronous=FULL"), &reason)) {
+        if (!prepareForWriting(db, hasOurTable, &reason)) {
             return fail(reason);
-        }
-
-        if (!hasOurTable) {
-            QStringList definitions;
-            for (qsizetype i = 0; i < kColumns.size(); ++i) {
-                definitions.append(kColumns.at(i) + u' ' + kColumnTypes.at(i));
-            }
-            const QString create = QStringLiteral("CREATE TABLE %1 (%2)")
-                                       .arg(kTableName, definitions.join(QStringLiteral(", ")));
-            if (!run(db, create, &reason)) {
-                return fail(reason);
-            }
         }
     }
     return store;
+}
+
+bool AccountStore::checkTables(bool* hasOurTable, QString* errorMessage) {
+    QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+    QSqlQuery tables(db);
+    if (!tables.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"))) {
+        *errorMessage = describe(tables.lastError());
+        return false;
+    }
+    QStringList others;
+    while (tables.next()) {
+        const QString name = tables.value(0).toString();
+        if (name == kTableName) {
+            *hasOurTable = true;
+        } else if (!name.startsWith(QStringLiteral("sqlite_"))) {
+            others.append(name);
+        }
+    }
+    tables.finish();
+    if (!others.isEmpty()) {
+        *errorMessage = QStringLiteral("the file is another program's database (it holds the table “%1”)")
+                            .arg(others.first());
+        return false;
+    }
+    if (!*hasOurTable) {
+        return true;
+    }
+    QSqlQuery columns(db);
+    if (!columns.exec(QStringLiteral("PRAGMA table_info(%1)").arg(kTableName))) {
+        *errorMessage = describe(columns.lastError());
+        return false;
+    }
+    QStringList existing;
+    while (columns.next()) {
+        existing.append(columns.value(1).toString());
+    }
+    if (existing != kColumns) {
+        // Someone else's table, or a future one: leave it untouched.
+        *errorMessage = QStringLiteral("the file holds a %1 table with other columns than this version of "
+                                       "Tallyfen knows")
+                            .arg(kTableName);
+        return false;
+    }
+    return true;
 }
 
 bool AccountStore::load(QString* errorMessage) {
@@ -322,6 +430,11 @@ bool AccountStore::load(QString* errorMessage) {
                 return store ? store->readHistory(id) : std::nullopt;
             }));
         }
+    }
+    // A row the engine could not read ends the list early: the rest is not "no more".
+    if (query.lastError().isValid()) {
+        *errorMessage = QStringLiteral("the file could not be read to its end (%1)").arg(describe(query.lastError()));
+        return false;
     }
     return true;
 }
@@ -475,13 +588,13 @@ bool AccountStore::save(QString* errorMessage) {
     const auto fail = [&](const QString& why) {
         run(db, QStringLiteral("ROLLBACK"), nullptr);
         if (errorMessage) {
-            *errorMessage = why;
+            *errorMessage = StoreFile::explain(why, m_path);
         }
         return false;
     };
     if (!run(db, QStringLiteral("BEGIN IMMEDIATE"), &reason)) {
         if (errorMessage) {
-            *errorMessage = reason;
+            *errorMessage = StoreFile::explain(reason, m_path);
         }
         return false;
     }

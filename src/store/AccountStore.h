@@ -70,6 +70,8 @@ signals:
 private:
     AccountStore(QString path, QString connectionName);
 
+    // Whether the file holds our table (and nothing else) with exactly our columns.
+    bool checkTables(bool* hasOurTable, QString* errorMessage);
     bool load(QString* errorMessage);
     // Where an account's row sits and how the file spells its id.
     struct RowKey {

@@ -129,6 +129,10 @@ class TestRefusedWrites final : public QObject {
 
 private slots:
     void init() {
+        // Only this test's items count: the keyring may hold other tests' leftovers.
+        for (const QString& account : keychainAccounts()) {
+            KeychainStore::deleteItem(account);
+        }
         m_folder = m_dir.path() + QStringLiteral("/store");
         QDir().mkpath(m_folder);
         m_preferences = std::make_unique<Preferences>(m_dir.filePath(QStringLiteral("preferences.ini")));
