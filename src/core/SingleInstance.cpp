@@ -65,8 +65,9 @@ Lock lockFile(const QString& path, int* descriptor) {
             return error == EWOULDBLOCK ? Lock::held : Lock::unavailable;
         }
         struct stat opened {};
-        if (::fstat(fd, &opened) == 0 && S_ISREG(opened.st_mode) && ::lstat(native.constData(), &named) == 0 &&
-            opened.st_dev == named.st_dev && opened.st_ino == named.st_ino) {
+        if (::fstat(fd, &opened) == 0 && S_ISREG(opened.st_mode) &&
+            ::lstat(native.constData(), &named) == 0 && opened.st_dev == named.st_dev &&
+            opened.st_ino == named.st_ino) {
             // Who holds it, for a person looking at the file; the lock holds without it.
             const QByteArray pid = QByteArray::number(static_cast<qint64>(::getpid())) + '\n';
             if (::ftruncate(fd, 0) == 0) {

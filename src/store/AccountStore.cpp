@@ -3,16 +3,16 @@
 #include "model/UuidText.h"
 #include "store/StoreFile.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QSet>
 #include <QSqlDatabase>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QSqlDriver>
 #include <QSqlRecord>
-#include <QElapsedTimer>
-#include <QScopeGuard>
 
 #ifdef TALLYFEN_SQLITE_HANDLE
 #include <sqlite3.h>
@@ -194,7 +194,9 @@ std::optional<QString> damageIn(QSqlDatabase& db) {
     if (handle) {
         sqlite3_progress_handler(
             handle, 1000,
-            [](void* started) { return static_cast<QElapsedTimer*>(started)->elapsed() > kCheckBudget ? 1 : 0; },
+            [](void* started) {
+                return static_cast<QElapsedTimer*>(started)->elapsed() > kCheckBudget ? 1 : 0;
+            },
             &clock);
     }
     const auto done = qScopeGuard([handle] {
@@ -297,7 +299,8 @@ std::unique_ptr<AccountStore> AccountStore::open(const QString& path, QString* e
     }
     // Read from the header before the engine touches the file: a file this version
     // refuses gets no log or index file beside it.
-    if (const auto version = StoreFile::schemaVersion(path); version && *version > StoreFile::kSchemaVersion) {
+    if (const auto version = StoreFile::schemaVersion(path);
+        version && *version > StoreFile::kSchemaVersion) {
         return fail(QStringLiteral("the file was written by a newer version of Tallyfen (schema %1; this "
                                    "version reads up to %2) and was left as it was")
                         .arg(*version)
@@ -433,7 +436,8 @@ bool AccountStore::load(QString* errorMessage) {
     }
     // A row the engine could not read ends the list early: the rest is not "no more".
     if (query.lastError().isValid()) {
-        *errorMessage = QStringLiteral("the file could not be read to its end (%1)").arg(describe(query.lastError()));
+        *errorMessage =
+            QStringLiteral("the file could not be read to its end (%1)").arg(describe(query.lastError()));
         return false;
     }
     return true;

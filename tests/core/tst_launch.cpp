@@ -91,6 +91,40 @@ private slots:
         QVERIFY(errors.contains(QStringLiteral("is a folder")));
     }
 
+    void storeOfANewerVersionIsFatalAndUntouched() {
+        const QString folder = m_home->filePath("newer");
+        QVERIFY(QDir().mkpath(folder));
+        const QString store = folder + QStringLiteral("/t.store");
+        // An SQLite header whose user version says a later schema, as a newer build writes.
+        QByteArray header(4096, '\0');
+        header.replace(0, 16, QByteArray("SQLite format 3\0", 16));
+        header[16] = 0x10; // page size 4096
+        header[18] = 1;
+        header[19] = 1;
+        header[21] = 64;
+        header[22] = 32;
+        header[23] = 32;
+        header[63] = 9; // user version 9
+        QFile file(store);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(header);
+        file.close();
+        QProcess app;
+        app.setProcessEnvironment(environment(store));
+        app.start(QStringLiteral(TALLYFEN_BINARY), {});
+        QVERIFY(app.waitForFinished(10000));
+        QVERIFY(app.exitCode() != 0);
+        const QString errors = QString::fromUtf8(app.readAllStandardError());
+        QVERIFY2(
+            errors.startsWith(QStringLiteral("Unable to create the local tracker store: the file was written "
+                                             "by a newer version of Tallyfen (schema 9;")),
+            qPrintable(errors));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), header);
+        // Nothing beside it: no log, no index, no lock.
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::System), QStringList{"t.store"});
+    }
+
     void emptyVariableOpensTheDefaultStore() {
         QProcess app;
         app.setProcessEnvironment(environment(QString()));

@@ -229,7 +229,7 @@ private slots:
         const QString expectedReason =
             refusal == Refusal::writeLockHeld ? QStringLiteral("database is locked")
             : refusal == Refusal::fullDisk    ? QStringLiteral("database or disk is full")
-                                              : QString();
+                                              : QStringLiteral("read-only");
         const QString reason = refused ? refused->reason : editorRefusal.value_or(QString());
         QVERIFY2(refused || editorRefusal, "the change was not refused");
         QVERIFY(!reason.isEmpty());
