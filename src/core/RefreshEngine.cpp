@@ -4,6 +4,7 @@
 #include "model/Clock.h"
 #include "model/UsageJson.h"
 #include "providers/OfficialMetadata.h"
+#include "providers/OpenAIClient.h"
 #include "providers/ProviderFactory.h"
 #include "providers/UsageProviderError.h"
 #include "services/NotificationService.h"
@@ -15,6 +16,14 @@
 namespace {
 // The platform's distant past: earlier than any date the program will see.
 constexpr Timestamp kDistantPast(-63'114'076'800.0);
+// The sentence of a refresh that got no usable response, with why when it is known.
+QString failedRefreshMessage(QString reason) {
+    const QString sentence = QStringLiteral("Refresh failed; existing snapshot was kept");
+    while (reason.endsWith(u'.')) {
+        reason.chop(1);
+    }
+    return reason.isEmpty() ? sentence : sentence + QStringLiteral(". Reason: %1.").arg(reason);
+}
 } // namespace
 
 RefreshEngine::RefreshEngine(AccountStore* store, Preferences* preferences, QObject* parent)
@@ -108,10 +117,16 @@ QCoro::Task<> RefreshEngine::run(ProviderAccount& target) {
 
     std::optional<UsageSnapshot> snapshot;
     std::optional<UsageProviderError> providerError;
+    // Why a request got no usable response, when it can be told.
+    QString failure;
     try {
         snapshot = co_await provider->fetchUsage(target, range);
     } catch (const UsageProviderError& error) {
         providerError = error;
+    } catch (const OpenAIClient::TransportError& error) {
+        failure = error.message;
+    } catch (const OpenAIClient::DecodingError& error) {
+        failure = QStringLiteral("the response could not be read (%1)").arg(error.reason);
     } catch (...) {
         // Cancellation or anything else: the existing snapshot stays.
     }
@@ -135,7 +150,7 @@ QCoro::Task<> RefreshEngine::run(ProviderAccount& target) {
             account->setSyncMessage(providerError->errorDescription());
         } else {
             account->setSyncStatus(SyncStatus::offline);
-            account->setSyncMessage(QStringLiteral("Refresh failed; existing snapshot was kept"));
+            account->setSyncMessage(failedRefreshMessage(failure));
         }
         // In flight until the save that holds the result: no second refresh of the
         // account can start from a state that is not yet stored.

@@ -1,7 +1,7 @@
 #include "editor/AccountEditorContent.h"
 
+#include "model/PlatformWording.h"
 #include "store/ProviderAuthentication.h"
-#include "views/PlatformWording.h"
 
 namespace {
 // The system's texts, as this platform says them.

@@ -1,9 +1,9 @@
 #include "onboarding/OnboardingContent.h"
 
+#include "model/PlatformWording.h"
 #include "onboarding/OnboardingFlow.h"
 #include "onboarding/OnboardingValidation.h"
 #include "views/DisplayFormatters.h"
-#include "views/PlatformWording.h"
 
 namespace {
 // The system's texts, as this platform says them.
@@ -277,9 +277,6 @@ OnboardingContent OnboardingContent::make(const OnboardingFlow& flow) {
             connection.detected = detectedMetadataSummary(*metadata);
         }
         connection.validation = flow.validationMessage();
-        if (connection.validation) {
-            connection.validation = PlatformWording::apply(*connection.validation);
-        }
         content.connection = connection;
         break;
     }

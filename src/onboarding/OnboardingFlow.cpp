@@ -2,6 +2,7 @@
 
 #include "core/ConnectionTest.h"
 #include "model/Clock.h"
+#include "model/PlatformWording.h"
 #include "onboarding/OnboardingSavedDraft.h"
 #include "onboarding/OnboardingValidation.h"
 #include "providers/UsageProviderError.h"
@@ -155,7 +156,7 @@ QString OnboardingFlow::creationRefusalMessage(const Hooks::Refusal& refusal) {
     if (refusal && !refusal->reason.isEmpty()) {
         message += QStringLiteral(" Reason: %1.").arg(refusal->reason);
     }
-    return message;
+    return PlatformWording::apply(message);
 }
 
 void OnboardingFlow::next() {

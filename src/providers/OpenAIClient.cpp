@@ -33,6 +33,11 @@ QString pathSegment(const QString& id) {
     return encoded.isEmpty() ? id : QString::fromLatin1(encoded);
 }
 
+// A duration in seconds as a person reads it: "12", "0.25".
+QString seconds(std::chrono::milliseconds duration) {
+    return QString::number(static_cast<double>(duration.count()) / 1000.0, 'g', 6);
+}
+
 QString seconds(Timestamp moment) {
     return QString::number(static_cast<qint64>(std::trunc(moment.unixSeconds())));
 }
@@ -129,15 +134,16 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
     deadline.stop();
     if (pastDeadline) {
         throw TransportError{QNetworkReply::TimeoutError,
-                             QStringLiteral("The request took longer than %1 ms.").arg(m_deadline.count())};
+                             QStringLiteral("The request took longer than %1 s.").arg(seconds(m_deadline))};
     }
     if (timedOut) {
         throw TransportError{QNetworkReply::TimeoutError,
-                             QStringLiteral("The request timed out after %1 ms.").arg(m_timeout.count())};
+                             QStringLiteral("The request timed out after %1 s.").arg(seconds(m_timeout))};
     }
     if (tooLarge) {
-        throw TransportError{QNetworkReply::UnknownContentError,
-                             QStringLiteral("The response was larger than %1 bytes.").arg(kMaxBodyBytes)};
+        throw TransportError{
+            QNetworkReply::UnknownContentError,
+            QStringLiteral("The response was larger than %1 MiB.").arg(kMaxBodyBytes / (1024 * 1024))};
     }
     const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     // Network and proxy errors are transport failures also after a status arrived: a

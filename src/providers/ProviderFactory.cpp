@@ -3,6 +3,7 @@
 #include "providers/ManualUsageProvider.h"
 #include "providers/MockUsageProvider.h"
 #include "providers/OpenAIUsageProvider.h"
+#include "providers/UnreadableKeyProvider.h"
 #include "providers/UnsupportedUsageProvider.h"
 #include "services/KeychainStore.h"
 #include "store/ProviderAccount.h"
@@ -39,10 +40,17 @@ std::unique_ptr<UsageProvider> ProviderFactory::make(const ProviderAccount& acco
         return std::make_unique<ManualUsageProvider>(provider);
     case ConnectionMode::apiKey:
         if (provider == AIProvider::openAI) {
-            // A key that can't be read counts as no key.
-            const std::optional<QString> key = KeychainStore::read(account.secretReference());
+            // A key that isn't there counts as no key; a keychain that would not answer
+            // says so.
+            qint32 status = 0;
+            std::optional<QString> key = KeychainStore::read(account.secretReference(), &status);
             if (key && !key->isEmpty()) {
-                return makeOpenAI(*key);
+                auto made = makeOpenAI(*key);
+                key->fill(QChar(0));
+                return made;
+            }
+            if (KeychainStore::isUnreachable(status)) {
+                return std::make_unique<UnreadableKeyProvider>(provider, KeychainStore::reason(status));
             }
         }
         return std::make_unique<UnsupportedUsageProvider>(provider);

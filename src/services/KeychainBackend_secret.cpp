@@ -227,7 +227,9 @@ qint32 KeychainBackend::copyMatching(const QString& service, const QString& acco
                 *data = QByteArray(bytes, static_cast<qsizetype>(length));
                 api.secret_value_unref(value);
             } else {
+                // Found but locked: the keychain would have to ask for its password.
                 *data = std::nullopt;
+                status = kInteractionNotAllowed;
             }
         }
         if (item) {

@@ -12,8 +12,8 @@ public:
 
     qint32 status() const noexcept { return m_status; }
     QString errorDescription() const { return QStringLiteral("Keychain operation failed."); }
-    // What went wrong, in words that fit after "Reason:" ("macOS Keychain is locked").
-    // Screens pass it through their platform wording.
+    // What went wrong, in words that fit after "Reason:" and in this platform's terms
+    // ("the system keychain is locked").
     QString reason() const;
 
 private:

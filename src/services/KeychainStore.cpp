@@ -1,5 +1,6 @@
 #include "services/KeychainStore.h"
 
+#include "model/PlatformWording.h"
 #include "services/ApplicationSettings.h"
 #include "services/KeychainBackend.h"
 
@@ -39,20 +40,29 @@ bool deleted(qint32 status) {
 }
 } // namespace
 
+bool KeychainStore::isUnreachable(qint32 status) noexcept {
+    return status == KeychainBackend::kInteractionNotAllowed || status == KeychainBackend::kNotAvailable;
+}
+
 bool KeychainStore::isDeleted(qint32 status) noexcept {
     return status == KeychainBackend::kSuccess || status == KeychainBackend::kItemNotFound;
 }
 
 QString KeychainError::reason() const {
-    switch (m_status) {
+    return KeychainStore::reason(m_status);
+}
+
+QString KeychainStore::reason(qint32 status) {
+    switch (status) {
     case KeychainBackend::kInteractionNotAllowed:
-        return QStringLiteral("macOS Keychain is locked");
+        return PlatformWording::apply(QStringLiteral("macOS Keychain is locked"));
     case KeychainBackend::kNotAvailable:
-        return QStringLiteral("macOS Keychain did not answer");
+        return PlatformWording::apply(QStringLiteral("macOS Keychain did not answer"));
     case KeychainBackend::kItemNotFound:
-        return QStringLiteral("the key is not in macOS Keychain");
+        return PlatformWording::apply(QStringLiteral("the key is not in macOS Keychain"));
     default:
-        return QStringLiteral("macOS Keychain refused the request (status %1)").arg(m_status);
+        return PlatformWording::apply(
+            QStringLiteral("macOS Keychain refused the request (status %1)").arg(status));
     }
 }
 
@@ -97,8 +107,11 @@ void KeychainStore::save(const QString& value, const QString& account) {
     retryPendingDeletions();
 }
 
-std::optional<QString> KeychainStore::read(const QString& account) {
+std::optional<QString> KeychainStore::read(const QString& account, qint32* answer) {
     const QStringList pending = pendingDeletions();
+    if (answer) {
+        *answer = KeychainBackend::kItemNotFound;
+    }
     if (pending.contains(account)) {
         // Deleted as far as anyone is concerned; try again to make it so.
         retryPendingDeletions();
@@ -106,6 +119,9 @@ std::optional<QString> KeychainStore::read(const QString& account) {
     }
     std::optional<QByteArray> bytes;
     const qint32 status = KeychainBackend::copyMatching(service, account, &bytes);
+    if (answer) {
+        *answer = status;
+    }
     if (!pending.isEmpty() && deleted(status)) {
         // The keychain answered: a good moment for the deletions still waiting.
         retryPendingDeletions();

@@ -25,7 +25,12 @@ public:
     static void save(const QString& value, const QString& account);
     // The stored value; absent for a missing item, a locked or unreachable keychain, or
     // bytes that are not UTF-8. An empty string is a stored value.
-    static std::optional<QString> read(const QString& account);
+    static std::optional<QString> read(const QString& account, qint32* status = nullptr);
+    // Whether a status of read means the keychain itself could not be asked (locked,
+    // away), as opposed to having no item.
+    static bool isUnreachable(qint32 status) noexcept;
+    // What a status means, in words that fit after "Reason:" and in this platform's terms.
+    static QString reason(qint32 status);
     // Removes the account's item, if any. Reports nothing; a refusal is retried later.
     // With `status`, the keychain's answer is kept there for a caller that explains it.
     static void deleteItem(const QString& account, qint32* status = nullptr);

@@ -1,8 +1,8 @@
 #include "views/AccountDetailView.h"
 
+#include "model/PlatformWording.h"
 #include "store/ProviderAccount.h"
 #include "views/DisplayFormatters.h"
-#include "views/PlatformWording.h"
 #include "views/SubscriptionCardContent.h"
 
 namespace {

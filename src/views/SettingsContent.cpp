@@ -1,7 +1,7 @@
 #include "views/SettingsContent.h"
 
 #include "core/Preferences.h"
-#include "views/PlatformWording.h"
+#include "model/PlatformWording.h"
 
 #include <cstdlib>
 

@@ -2,6 +2,7 @@
 // keychain the environment gives, and prints what came of it.
 #include "core/ContentView.h"
 #include "onboarding/OnboardingDraft.h"
+#include "onboarding/OnboardingFlow.h"
 
 #include "KeyringControl.h"
 
@@ -27,8 +28,24 @@ int main(int argc, char* argv[]) {
     OnboardingDraft draft;
     draft.connectionMode = ConnectionMode::apiKey;
     draft.apiKey = QStringLiteral("sk-admin-probe");
-    const bool created = content.createOnboardingAccount(draft.accountDraft());
+    std::optional<AccountLifecycle::Refusal> refusal;
+    const bool created = content.createOnboardingAccount(draft.accountDraft(), &refusal);
     std::printf("created=%s accounts=%lld unsaved=%s\n", created ? "true" : "false",
                 static_cast<long long>(content.accounts().size()), store->hasChanges() ? "true" : "false");
+    std::printf("%s\n", qPrintable(OnboardingFlow::creationRefusalMessage(refusal)));
+    if (created && QCoreApplication::arguments().contains(QStringLiteral("--lock-then-refresh"))) {
+        // Signed in while the keychain was open; refreshed after the screen locked.
+        if (!lockDefaultCollection()) {
+            std::printf("lock failed\n");
+            return 2;
+        }
+        ProviderAccount* account = content.accounts().first();
+        content.refresh(account);
+        while (!content.refreshingIDs().isEmpty()) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        std::printf("%s: %s\n", qPrintable(account->syncStatus().rawValue()),
+                    qPrintable(account->syncMessage()));
+    }
     return 0;
 }

@@ -194,15 +194,33 @@ private slots:
         QCOMPARE(content.selection(), SidebarSelection::overview());
     }
 
-    void keychainFailureInsertsNothing_data() {
-        QTest::addColumn<QString>("command");
-        QTest::newRow("locked keyring")
-            << QStringLiteral("exec dbus-run-session -- sh -c '"
+    static QString onAKeyringOfItsOwn(const QString& argument) {
+        return QStringLiteral("exec dbus-run-session -- sh -c '"
                               "eval \"$(printf tallyfen-probe | gnome-keyring-daemon --unlock "
                               "--components=secrets --daemonize)\"; "
-                              "exec \"$PROBE\" --lock'");
+                              "exec \"$PROBE\" %1'")
+            .arg(argument);
+    }
+
+    void keychainFailureInsertsNothing_data() {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QByteArray>("expected");
+        const QByteArray notCreated(
+            "created=false accounts=0 unsaved=false\n"
+            "We couldn’t save your key in the system keychain. Your setup is still here; "
+            "try again. Reason: ");
+        QTest::newRow("locked keyring")
+            << onAKeyringOfItsOwn(QStringLiteral("--lock")) << notCreated + "the system keychain is locked.";
         QTest::newRow("no keychain at all")
-            << QStringLiteral("DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus exec \"$PROBE\"");
+            << QStringLiteral("DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus exec \"$PROBE\"")
+            << notCreated + "the system keychain did not answer.";
+        // Created with the keychain open, refreshed once it is locked: the keychain is named.
+        QTest::newRow("locked before a refresh")
+            << onAKeyringOfItsOwn(QStringLiteral("--lock-then-refresh"))
+            << QByteArray("created=true accounts=1 unsaved=false\n"
+                          "We couldn’t save this account locally. Your setup is still here; try again.\n"
+                          "offline: The API key couldn’t be read, so nothing was fetched. Reason: the system "
+                          "keychain is locked. Unlock it and refresh again.");
     }
     void keychainFailureInsertsNothing() {
         QFETCH(QString, command);
@@ -219,7 +237,8 @@ private slots:
         QVERIFY(probe.waitForFinished(30000));
         const QByteArray output = probe.readAllStandardOutput();
         QVERIFY2(probe.exitCode() == 0, output.constData());
-        QCOMPARE(output.trimmed(), QByteArray("created=false accounts=0 unsaved=false"));
+        QFETCH(QByteArray, expected);
+        QCOMPARE(output.trimmed(), expected);
     }
 
     // ---- samples ----
@@ -554,7 +573,8 @@ private slots:
         const AccountLifecycle::EditorSave refused = fixture.lifecycle->saveEditorAccount(draft, nullptr);
         QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
         QVERIFY(!refused.saved);
-        QVERIFY(refused.refusal->startsWith(QStringLiteral("The account could not be saved locally. Reason: ")));
+        QVERIFY(
+            refused.refusal->startsWith(QStringLiteral("The account could not be saved locally. Reason: ")));
         QVERIFY(!refused.account);
         QVERIFY(fixture.store->accounts().isEmpty());
         QVERIFY(!fixture.store->hasChanges());

@@ -6,10 +6,10 @@
 //
 // Prints "error <message>" or "saved", then "accounts <n>" (in memory) and "label <text>"
 // (what the form still holds).
-#include "views/PlatformWording.h"
 #include "core/AccountLifecycle.h"
 #include "core/Preferences.h"
 #include "editor/AccountEditorForm.h"
+#include "model/PlatformWording.h"
 #include "store/AccountStore.h"
 
 #include "KeyringControl.h"
@@ -46,7 +46,8 @@ int main(int argc, char* argv[]) {
         std::printf("saved\n");
     } else {
         // As the sheet shows it, in this platform's words.
-        std::printf("error %s\n", qPrintable(PlatformWording::apply(form.fields().errorMessage.value_or(QString()))));
+        std::printf("error %s\n",
+                    qPrintable(PlatformWording::apply(form.fields().errorMessage.value_or(QString()))));
     }
     std::printf("accounts %lld\n", static_cast<long long>(store->accounts().size()));
     std::printf("label %s\n", qPrintable(form.fields().label));

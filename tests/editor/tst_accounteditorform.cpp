@@ -808,7 +808,7 @@ private slots:
         QVERIFY(finished.wait(10000));
         QVERIFY(clock.elapsed() < 5000);
         QCOMPARE(form.fields().testMessage,
-                 std::optional<QString>(QStringLiteral("The request timed out after 400 ms.")));
+                 std::optional<QString>(QStringLiteral("The request timed out after 0.4 s.")));
     }
 
     void aTestThatHangsEndsAfterTwelveSeconds() {

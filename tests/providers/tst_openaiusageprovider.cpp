@@ -483,7 +483,33 @@ private slots:
         content.refresh(account);
         QTRY_VERIFY(content.refreshingIDs().isEmpty());
         QCOMPARE(account->syncStatus(), SyncStatus(SyncStatus::offline));
-        QCOMPARE(account->syncMessage(), QStringLiteral("Refresh failed; existing snapshot was kept"));
+        QCOMPARE(
+            account->syncMessage(),
+            QStringLiteral(
+                "Refresh failed; existing snapshot was kept. Reason: The request timed out after 0.3 s."));
+    }
+
+    void anUnknownHostIsNamedInTheStatus() {
+        QTemporaryDir dir;
+        QString error;
+        auto store = AccountStore::open(dir.filePath(QStringLiteral("host.store")), &error);
+        Preferences preferences(dir.filePath(QStringLiteral("p.ini")));
+        auto* account = new ProviderAccount(openAIAccount());
+        store->insert(account);
+        ContentView content(store.get(), &preferences);
+        content.engine().setProviderMaker([](const ProviderAccount&) -> std::unique_ptr<UsageProvider> {
+            return std::make_unique<OpenAIUsageProvider>(
+                QStringLiteral("sk-admin-host"),
+                QUrl(QStringLiteral("http://tallyfen-no-such-host.invalid")));
+        });
+        content.refresh(account);
+        QTRY_VERIFY_WITH_TIMEOUT(content.refreshingIDs().isEmpty(), 15000);
+        QCOMPARE(account->syncStatus(), SyncStatus(SyncStatus::offline));
+        QVERIFY2(account->syncMessage().startsWith(
+                     QStringLiteral("Refresh failed; existing snapshot was kept. Reason: ")),
+                 qPrintable(account->syncMessage()));
+        QVERIFY2(account->syncMessage().contains(QStringLiteral("tallyfen-no-such-host.invalid")),
+                 qPrintable(account->syncMessage()));
     }
 
     void usageStatuses_data() {

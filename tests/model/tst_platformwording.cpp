@@ -1,4 +1,4 @@
-#include "views/PlatformWording.h"
+#include "model/PlatformWording.h"
 
 #include <QTest>
 

@@ -1,4 +1,4 @@
-#include "views/PlatformWording.h"
+#include "model/PlatformWording.h"
 
 PlatformWording::Platform PlatformWording::current() {
 #ifdef Q_OS_MACOS
