@@ -4,12 +4,13 @@
 #include "app/MainWindow.h"
 #include "core/ContentView.h"
 #include "core/Preferences.h"
+#include "core/ProcessHardening.h"
 #include "core/SingleInstance.h"
-#include "store/StoreFile.h"
 #include "core/StartupHeap.h"
 #include "core/StoreLocation.h"
 #include "core/TallyfenApp.h"
 #include "services/KeychainStore.h"
+#include "store/StoreFile.h"
 #include "ui/AppResources.h"
 #include "ui/AppStyle.h"
 #include "ui/Theme.h"
@@ -37,6 +38,8 @@ void setWindowIcon() {
 } // namespace
 
 int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirstShow) {
+    // Keys pass through this process's memory: no core dump of it, no reading it.
+    ProcessHardening::apply();
     StartupHeap::reserve();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tallyfen"));

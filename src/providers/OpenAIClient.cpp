@@ -1,5 +1,6 @@
 #include "providers/OpenAIClient.h"
 
+#include "model/SecretText.h"
 #include "providers/UsageProviderError.h"
 
 #include <QCoreApplication>
@@ -70,7 +71,17 @@ OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds 
     , m_base(std::move(base))
     , m_timeout(timeout)
     , m_deadline(deadline)
-    , m_cancellation(std::make_shared<RequestCancellation>()) {}
+    , m_cancellation(std::make_shared<RequestCancellation>()) {
+    QByteArray key = m_apiKey.toUtf8();
+    m_authorization = QByteArrayLiteral("Bearer ") + key;
+    SecretText::wipe(key);
+}
+
+OpenAIClient::~OpenAIClient() {
+    SecretText::wipe(m_apiKey);
+    // Requests made with it may still hold the header until their replies go.
+    SecretText::wipeWhenLast(std::exchange(m_authorization, {}));
+}
 
 void OpenAIClient::cancel() {
     m_cancellation->cancel();
@@ -87,8 +98,7 @@ void OpenAIClient::addQueryItem(QUrlQuery& query, const QString& key, const QStr
 
 QNetworkRequest OpenAIClient::request(const QUrl& url) const {
     QNetworkRequest request(url);
-    request.setRawHeader(QByteArrayLiteral("Authorization"),
-                         QByteArrayLiteral("Bearer ") + m_apiKey.toUtf8());
+    request.setRawHeader(QByteArrayLiteral("Authorization"), m_authorization);
     request.setRawHeader(QByteArrayLiteral("Accept"), QByteArrayLiteral("application/json"));
     // The key goes to OpenAI's origin and nowhere else: a redirect to another host, port
     // or scheme is not followed, and its status comes back as the response.

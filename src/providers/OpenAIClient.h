@@ -52,6 +52,10 @@ public:
 
     explicit OpenAIClient(QString apiKey, QUrl base = kAPIBase, std::chrono::milliseconds timeout = kTimeout,
                           std::chrono::milliseconds deadline = kDeadline);
+    OpenAIClient(const OpenAIClient&) = default;
+    OpenAIClient& operator=(const OpenAIClient&) = default;
+    // The key and the header made from it are overwritten, not merely freed.
+    ~OpenAIClient();
 
     // Adds a query item whose value reaches the server exactly as given.
     static void addQueryItem(QUrlQuery& query, const QString& key, const QString& value);
@@ -84,6 +88,8 @@ public:
 
 private:
     QString m_apiKey;
+    // "Bearer " and the key, made once and shared by every request of this client.
+    QByteArray m_authorization;
     QUrl m_base;
     std::chrono::milliseconds m_timeout;
     std::chrono::milliseconds m_deadline;

@@ -1,5 +1,7 @@
 #include "providers/OpenAIUsageProvider.h"
 
+#include "model/SecretText.h"
+
 #include "model/Clock.h"
 #include "model/NaturalOrder.h"
 #include "providers/UsageProviderError.h"
@@ -135,6 +137,10 @@ QList<UsageModelSummary> modelSummaries(const QList<OpenAIRecords::UsageResult>&
 OpenAIUsageProvider::OpenAIUsageProvider(QString apiKey, QUrl base, std::chrono::milliseconds timeout)
     : m_client(apiKey, std::move(base), timeout)
     , m_apiKey(std::move(apiKey)) {}
+
+OpenAIUsageProvider::~OpenAIUsageProvider() {
+    SecretText::wipe(m_apiKey);
+}
 
 QStringList OpenAIUsageProvider::selectedModels(const ProviderAccount& account) {
     return trimmedPieces(account.modelScopeText());

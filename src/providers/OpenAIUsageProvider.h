@@ -12,6 +12,7 @@ class OpenAIUsageProvider final : public UsageProvider {
 public:
     explicit OpenAIUsageProvider(QString apiKey, QUrl base = OpenAIClient::kAPIBase,
                                  std::chrono::milliseconds timeout = OpenAIClient::kTimeout);
+    ~OpenAIUsageProvider() override;
 
     // What the first request of a connection found.
     struct ConnectionProbe {

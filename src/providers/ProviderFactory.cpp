@@ -1,5 +1,7 @@
 #include "providers/ProviderFactory.h"
 
+#include "model/SecretText.h"
+
 #include "providers/ManualUsageProvider.h"
 #include "providers/MockUsageProvider.h"
 #include "providers/OpenAIUsageProvider.h"
@@ -46,7 +48,7 @@ std::unique_ptr<UsageProvider> ProviderFactory::make(const ProviderAccount& acco
             std::optional<QString> key = KeychainStore::read(account.secretReference(), &status);
             if (key && !key->isEmpty()) {
                 auto made = makeOpenAI(*key);
-                key->fill(QChar(0));
+                SecretText::wipe(*key);
                 return made;
             }
             if (KeychainStore::isUnreachable(status)) {

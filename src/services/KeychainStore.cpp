@@ -1,9 +1,11 @@
 #include "services/KeychainStore.h"
 
 #include "model/PlatformWording.h"
+#include "model/SecretText.h"
 #include "services/ApplicationSettings.h"
 #include "services/KeychainBackend.h"
 
+#include <QScopeGuard>
 #include <QStringDecoder>
 
 const QString KeychainStore::service = QStringLiteral("Tallyfen.credentials");
@@ -90,7 +92,8 @@ void KeychainStore::retryPendingDeletions() {
 }
 
 void KeychainStore::save(const QString& value, const QString& account) {
-    const QByteArray bytes = value.toUtf8();
+    QByteArray bytes = value.toUtf8();
+    const auto wipeBytes = qScopeGuard([&bytes] { SecretText::wipe(bytes); });
     const qint32 existing = KeychainBackend::copyMatching(service, account);
     qint32 status = existing;
     if (existing == KeychainBackend::kSuccess) {
@@ -133,6 +136,7 @@ std::optional<QString> KeychainStore::read(const QString& account, qint32* answe
     QStringDecoder decoder(QStringDecoder::Utf8,
                            QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
     QString text = decoder.decode(*bytes);
+    SecretText::wipe(*bytes);
     if (decoder.hasError()) {
         return std::nullopt;
     }
