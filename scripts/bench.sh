@@ -14,3 +14,4 @@ done
 "$build_dir/bench/bench_startup" 21 2>/dev/null
 "$build_dir/bench/bench_refreshstorm" --idle
 "$build_dir/bench/bench_parsermemory"
+"$build_dir/bench/bench_bigbody"

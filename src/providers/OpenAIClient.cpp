@@ -128,20 +128,38 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
     QTimer deadline;
     abortOnTimeout(idle, m_timeout, pending, timedOut);
     abortOnTimeout(deadline, m_deadline, pending, pastDeadline);
+    // The body is taken as it arrives, a bounded buffer at a time, and counted: Qt's
+    // network thread would otherwise keep reading a fast server's endless body into
+    // memory before the count could stop it.
+    pending->setReadBufferSize(kReadBufferBytes);
+    QByteArray body;
     bool tooLarge = false;
+    const auto take = [pending, &body, &tooLarge] {
+        if (tooLarge) {
+            return;
+        }
+        const qint64 available = pending->bytesAvailable();
+        if (body.size() + available > kMaxBodyBytes) {
+            tooLarge = true;
+            body = QByteArray();
+            pending->abort();
+            return;
+        }
+        body.append(pending->read(available));
+    };
+    QObject::connect(pending, &QNetworkReply::readyRead, pending, [take, &idle] {
+        idle.start();
+        take();
+    });
     QObject::connect(pending, &QNetworkReply::downloadProgress, pending,
-                     [pending, &tooLarge, &idle](qint64 received, qint64) {
-                         idle.start();
-                         if (received > kMaxBodyBytes) {
-                             tooLarge = true;
-                             pending->abort();
-                         }
-                     });
+                     [&idle](qint64, qint64) { idle.start(); });
     idle.start();
     deadline.start();
     co_await reply.get();
     idle.stop();
     deadline.stop();
+    take();
+    QObject::disconnect(pending, &QNetworkReply::readyRead, nullptr, nullptr);
     if (pastDeadline) {
         throw TransportError{QNetworkReply::TimeoutError,
                              QStringLiteral("The request took longer than %1 s.").arg(seconds(m_deadline))};
@@ -169,7 +187,6 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
     if (!status.isValid()) {
         throw UsageProviderError::malformedResponse(); // not an HTTP response
     }
-    QByteArray body = reply->readAll();
     // Qt does not always report a connection that closed mid-body: fewer bytes than the
     // server announced are a broken transfer, not a body to judge. (A compressed body is
     // announced at its compressed size, so only a plain one is measured.)

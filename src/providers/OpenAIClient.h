@@ -33,6 +33,8 @@ public:
     // A body larger than this is no real response (a month of usage grouped by model,
     // user and key is well under 2 MiB); it is cut off and fails like a broken connection.
     static constexpr qint64 kMaxBodyBytes = 16LL * 1024 * 1024;
+    // How much of a body the network layer holds before it waits for us to take it.
+    static constexpr qint64 kReadBufferBytes = 256LL * 1024;
 
     // What the network layer reports when a request gets no complete response.
     struct TransportError {

@@ -1,0 +1,105 @@
+// Peak resident memory while a fast local server sends a 512 MiB body to the OpenAI
+// client, which must stop at its 16 MiB cap. The server is a child process writing as
+// fast as the socket takes it. "bench_bigbody [MiB]" (512 by default).
+#include "providers/OpenAIClient.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+
+#include <QCoro/QCoroTask>
+
+#include <cstdio>
+#include <cstdlib>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+double statusMiB(const QByteArray& field) {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly)) {
+        return -1;
+    }
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith(QByteArray(field + ':'))) {
+            return line.mid(field.size() + 1).trimmed().split(' ').first().toDouble() / 1024.0;
+        }
+    }
+    return -1;
+}
+
+// Accepts one connection and answers with a body of `bytes` as fast as it can.
+[[noreturn]] void serve(int listener, long long bytes) {
+    const int connection = ::accept(listener, nullptr, nullptr);
+    char request[4096];
+    [[maybe_unused]] const ssize_t got = ::read(connection, request, sizeof request);
+    const QByteArray head =
+        "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + QByteArray::number(bytes) +
+        "\r\n\r\n";
+    [[maybe_unused]] ssize_t sent = ::write(connection, head.constData(), static_cast<size_t>(head.size()));
+    const QByteArray block(1024 * 1024, ' ');
+    for (long long left = bytes; left > 0;) {
+        const auto chunk = static_cast<size_t>(std::min<long long>(left, block.size()));
+        sent = ::write(connection, block.constData(), chunk);
+        if (sent <= 0) {
+            break; // the client hung up at its cap
+        }
+        left -= sent;
+    }
+    ::close(connection);
+    _exit(0);
+}
+} // namespace
+
+int main(int argc, char* argv[]) {
+    const long long mib = argc > 1 ? std::atoll(argv[1]) : 512;
+    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    if (::bind(listener, reinterpret_cast<sockaddr*>(&address), length) != 0 || ::listen(listener, 1) != 0 ||
+        ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+        return 1;
+    }
+    signal(SIGPIPE, SIG_IGN);
+    const pid_t server = ::fork();
+    if (server == 0) {
+        serve(listener, mib * 1024 * 1024);
+    }
+    ::close(listener);
+
+    QCoreApplication app(argc, argv);
+    const double before = statusMiB("VmRSS");
+    const QUrl base(QStringLiteral("http://127.0.0.1:%1").arg(ntohs(address.sin_port)));
+    OpenAIClient client(QStringLiteral("sk-admin-bench"), base);
+    QElapsedTimer clock;
+    clock.start();
+    QString outcome;
+    bool done = false;
+    auto run = [&]() -> QCoro::Task<> {
+        try {
+            const OpenAIClient::Response response =
+                co_await client.get(base.resolved(QUrl(QStringLiteral("/v1"))));
+            outcome = QStringLiteral("a body of %1 bytes").arg(response.body.size());
+        } catch (const OpenAIClient::TransportError& error) {
+            outcome = error.message;
+        }
+        done = true;
+    };
+    run();
+    while (!done) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    const qint64 elapsed = clock.elapsed();
+    ::kill(server, SIGTERM);
+    ::waitpid(server, nullptr, 0);
+    std::printf("body %lld MiB: %s after %lld ms\n", mib, qPrintable(outcome),
+                static_cast<long long>(elapsed));
+    std::printf("resident before %.1f MiB, peak %.1f MiB (%.1f MiB above the start)\n", before,
+                statusMiB("VmHWM"), statusMiB("VmHWM") - before);
+    return 0;
+}
