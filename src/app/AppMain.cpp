@@ -6,7 +6,6 @@
 #include "core/Preferences.h"
 #include "core/ProcessHardening.h"
 #include "core/SingleInstance.h"
-#include "core/StartupHeap.h"
 #include "core/StoreLocation.h"
 #include "core/TallyfenApp.h"
 #include "services/KeychainStore.h"
@@ -40,7 +39,6 @@ void setWindowIcon() {
 int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirstShow) {
     // Keys pass through this process's memory: no core dump of it, no reading it.
     ProcessHardening::apply();
-    StartupHeap::reserve();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tallyfen"));
     QApplication::setOrganizationName(QStringLiteral("Tallyfen"));
@@ -78,7 +76,6 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     Preferences preferences;
     ContentView content(store.get(), &preferences);
     MainWindow window(&content);
-    QObject::connect(&window, &MainWindow::firstShown, &window, &StartupHeap::release, Qt::QueuedConnection);
     if (afterFirstShow) {
         QObject::connect(&window, &MainWindow::firstShown, &window, afterFirstShow, Qt::QueuedConnection);
     }
