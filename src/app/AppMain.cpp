@@ -89,14 +89,16 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
         });
     }
     // What the first frame doesn't need waits until it is drawn.
-    QObject::connect(&window, &MainWindow::firstPainted, &window, [guard = instance.get()] {
+    QObject::connect(&window, &MainWindow::firstPainted, &window, [guard = instance.get(), &content] {
         setWindowIcon();
         // Later launches on this store wait up to a second for this.
         if (guard) {
             guard->listen();
         }
-        // A key whose deletion the keychain refused last time goes now, if it lets us.
+        // A key whose deletion the keychain refused last time goes now, if it lets us, and
+        // what a killed process still owed the keychain is settled.
         KeychainStore::retryPendingDeletions();
+        content.lifecycle().settleKeyJournal();
     });
     window.show();
     AppActivation::raise(&window);

@@ -2,11 +2,13 @@
 
 #include "core/AccountLabel.h"
 #include "model/Clock.h"
+#include "model/SecretText.h"
 #include "providers/MockDataFactory.h"
 #include "services/CredentialLifecycle.h"
 #include "services/KeychainError.h"
 #include "services/KeychainStore.h"
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -192,19 +194,29 @@ AccountLifecycle::Outcome AccountLifecycle::createOnboardingAccount(const Accoun
 
     const QString reference = account->secretReference();
     const QUuid id = account->id();
+    const bool usesKey = draft.connectionMode == ConnectionMode::apiKey;
+    const QList<KeyJournal::Entry> owed =
+        usesKey ? QList<KeyJournal::Entry>{{KeyJournal::Change::createKey, reference}}
+                : QList<KeyJournal::Entry>{};
+    journal().note(owed);
     m_store->insert(account);
     if (auto refusal = commit(point)) {
+        journal().crossOut(owed);
         return Outcome{.refusal = std::move(refusal)};
     }
-    if (draft.connectionMode == ConnectionMode::apiKey) {
+    if (usesKey) {
         try {
             KeychainStore::save(draft.apiKey, reference);
         } catch (const KeychainError& error) {
-            // No account without its key: the saved record goes again.
-            undoSaved(point);
+            // No account without its key: the saved record goes again (or, should the
+            // store refuse that, at the next start).
+            if (undoSaved(point)) {
+                journal().crossOut(owed);
+            }
             return Outcome{.refusal = Refusal{Refusal::Source::keychain, error.reason()}};
         }
     }
+    journal().crossOut(owed);
     return Outcome{.done = true, .account = id};
 }
 
@@ -346,7 +358,16 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
     fillEditorData(*target, draft, effectiveSample, now);
 
     const QString reference = target->secretReference();
+    QList<KeyJournal::Entry> owed;
+    if (!draft.apiKey.isEmpty()) {
+        owed.append({KeyJournal::Change::createKey, reference});
+    }
+    for (const QString& stale : std::as_const(staleKeys)) {
+        owed.append({KeyJournal::Change::deleteKey, stale});
+    }
+    journal().note(owed);
     if (const auto refusal = commit(point)) {
+        journal().crossOut(owed);
         return EditorSave{.account = existing,
                           .refusal = QStringLiteral("The account could not be saved locally.") +
                                      reasonSentence(refusal->reason)};
@@ -355,13 +376,17 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
         try {
             KeychainStore::save(draft.apiKey, reference);
         } catch (const KeychainError& error) {
-            undoSaved(point);
+            if (undoSaved(point)) {
+                journal().crossOut(owed);
+            }
             return EditorSave{.account = existing,
                               .refusal = QStringLiteral("The credential could not be saved in Keychain.") +
                                          reasonSentence(error.reason())};
         }
     }
-    return EditorSave{.account = target, .saved = true, .keyKept = deleteKeys(staleKeys)};
+    std::optional<QString> keyKept = deleteKeys(staleKeys);
+    journal().crossOut(owed);
+    return EditorSave{.account = target, .saved = true, .keyKept = std::move(keyKept)};
 }
 
 std::optional<AccountLifecycle::Refusal> AccountLifecycle::commit(const AccountStore::Savepoint& point) {
@@ -373,11 +398,11 @@ std::optional<AccountLifecycle::Refusal> AccountLifecycle::commit(const AccountS
     return Refusal{Refusal::Source::store, reason};
 }
 
-void AccountLifecycle::undoSaved(const AccountStore::Savepoint& point) {
+bool AccountLifecycle::undoSaved(const AccountStore::Savepoint& point) {
     m_store->rollBack(point);
     // The file holds what memory no longer does. Should this save fail as well, the
     // changes wait for the next one, which writes memory as it now stands.
-    (void)m_store->save();
+    return m_store->save();
 }
 
 std::optional<QString> AccountLifecycle::deleteKeys(const QStringList& references) {
@@ -394,10 +419,58 @@ std::optional<QString> AccountLifecycle::deleteKeys(const QStringList& reference
 
 AccountLifecycle::Outcome AccountLifecycle::commitThenDeleteKeys(const AccountStore::Savepoint& point,
                                                                  const QStringList& references) {
+    QList<KeyJournal::Entry> owed;
+    for (const QString& reference : references) {
+        owed.append({KeyJournal::Change::deleteKey, reference});
+    }
+    journal().note(owed);
     if (auto refusal = commit(point)) {
+        journal().crossOut(owed);
         return Outcome{.refusal = std::move(refusal)};
     }
-    return Outcome{.done = true, .keyKept = deleteKeys(references)};
+    Outcome outcome{.done = true, .keyKept = deleteKeys(references)};
+    journal().crossOut(owed);
+    return outcome;
+}
+
+void AccountLifecycle::settleKeyJournal() {
+    const QList<KeyJournal::Entry> owed = journal().entries();
+    QList<KeyJournal::Entry> settled;
+    for (const KeyJournal::Entry& entry : owed) {
+        const auto record = std::find_if(
+            m_store->accounts().cbegin(), m_store->accounts().cend(),
+            [&](const ProviderAccount* account) { return account->secretReference() == entry.reference; });
+        ProviderAccount* account = record == m_store->accounts().cend() ? nullptr : *record;
+        const bool keyInUse = account && account->connectionMode() == ConnectionMode::apiKey;
+        if (entry.change == KeyJournal::Change::deleteKey || !account) {
+            // A key whose record is gone, or no longer signed in, goes; one still in use
+            // stays (the change that would have let it go was never saved).
+            if (!keyInUse) {
+                KeychainStore::deleteItem(entry.reference);
+            }
+            settled.append(entry);
+            continue;
+        }
+        qint32 status = 0;
+        std::optional<QString> key = KeychainStore::read(entry.reference, &status);
+        if (KeychainStore::isUnreachable(status)) {
+            continue; // asked again at the next start
+        }
+        if (key) {
+            SecretText::wipe(*key);
+        } else if (keyInUse) {
+            // Saved for a key that never reached the keychain: signed out, data kept.
+            const AccountStore::Savepoint point = m_store->savepoint();
+            account->setDetectedMetadata(std::nullopt);
+            account->setConnectionMode(ConnectionMode::manual);
+            setStatus(*account, SyncStatus::needsAttention, kSignedOut);
+            if (commit(point)) {
+                continue;
+            }
+        }
+        settled.append(entry);
+    }
+    journal().crossOut(settled);
 }
 
 // ---- signing out and removing ----

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/AccountDraft.h"
+#include "core/KeyJournal.h"
 #include "core/Preferences.h"
 #include "model/UsageSnapshot.h"
 #include "model/UsageWindow.h"
@@ -82,6 +83,9 @@ public:
     Outcome clearSampleData();
     // Turns records of the retired browser mode into manual ones.
     Outcome migrateLegacyBrowserConnections();
+    // Settles keychain changes a killed process still owed (see KeyJournal): at start,
+    // once the window is up. Entries the keychain can't settle now wait for next time.
+    void settleKeyJournal();
 
     // ---- keys ----
     // The key stored for an account, if any.
@@ -108,8 +112,9 @@ private:
     // Saves the changes made since `point`; a refusal puts memory back as it was then.
     std::optional<Refusal> commit(const AccountStore::Savepoint& point);
     // Takes back changes made since `point` that were already saved: the keychain
-    // refused what had to follow them.
-    void undoSaved(const AccountStore::Savepoint& point);
+    // refused what had to follow them. False when the store refused that too.
+    bool undoSaved(const AccountStore::Savepoint& point);
+    KeyJournal journal() const { return KeyJournal(&m_preferences->settings()); }
     // Saves the changes made since `point`, then lets the keys go.
     Outcome commitThenDeleteKeys(const AccountStore::Savepoint& point, const QStringList& references);
     // Deletes the keys; the keychain's reason when one of them stays for now.
