@@ -28,6 +28,13 @@ public:
     // Wipes bytes once every other owner has let them go (a network request may hold a
     // copy until its reply is deleted, a turn or two of the event loop later). Gives up
     // after a few seconds, letting them go unwiped, rather than keep them for ever.
+    // While a secret is in use, memory the allocator gets back (from any thread, the
+    // network thread's request buffers included) is overwritten as it is freed; a few
+    // seconds after the last holder lets go, freeing is plain again. Where the C library
+    // offers no such setting, these do nothing.
+    static void holdFreedMemoryWipe();
+    static void releaseFreedMemoryWipe();
+
     static void wipeWhenLast(QByteArray bytes, int triesLeft = 40) {
         if (bytes.isDetached() || triesLeft <= 0) {
             wipe(bytes);

@@ -27,6 +27,12 @@ QNetworkAccessManager& sharedManager() {
     return *manager;
 }
 
+// Clients alive now, across every refresh and connection test.
+int& liveClients() {
+    static int count = 0;
+    return count;
+}
+
 // A project id as a path segment: percent-encoded as a URL path allows.
 QString pathSegment(const QString& id) {
     // The characters a URL path allows stay as they are, "/" among them.
@@ -65,6 +71,17 @@ T decoded(JsonResult<T>&& result) {
 }
 } // namespace
 
+OpenAIClient::OpenAIClient(const OpenAIClient& other)
+    : m_apiKey(other.m_apiKey)
+    , m_authorization(other.m_authorization)
+    , m_base(other.m_base)
+    , m_timeout(other.m_timeout)
+    , m_deadline(other.m_deadline)
+    , m_cancellation(other.m_cancellation) {
+    ++liveClients();
+    SecretText::holdFreedMemoryWipe();
+}
+
 OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds timeout,
                            std::chrono::milliseconds deadline)
     : m_apiKey(std::move(apiKey))
@@ -72,6 +89,8 @@ OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds 
     , m_timeout(timeout)
     , m_deadline(deadline)
     , m_cancellation(std::make_shared<RequestCancellation>()) {
+    ++liveClients();
+    SecretText::holdFreedMemoryWipe();
     QByteArray key = m_apiKey.toUtf8();
     m_authorization = QByteArrayLiteral("Bearer ") + key;
     SecretText::wipe(key);
@@ -79,8 +98,16 @@ OpenAIClient::OpenAIClient(QString apiKey, QUrl base, std::chrono::milliseconds 
 
 OpenAIClient::~OpenAIClient() {
     SecretText::wipe(m_apiKey);
-    // Requests made with it may still hold the header until their replies go.
+    // Requests made with it may still hold the header until their replies go. The
+    // connections the requests went over keep their last request in a buffer: they go
+    // too (the next refresh opens its own), freed while freed memory is still wiped.
     SecretText::wipeWhenLast(std::exchange(m_authorization, {}));
+    // Only once no client is left: clearing the cache would cut a running request's
+    // connection.
+    if (--liveClients() == 0) {
+        sharedManager().clearConnectionCache();
+    }
+    SecretText::releaseFreedMemoryWipe();
 }
 
 void OpenAIClient::cancel() {

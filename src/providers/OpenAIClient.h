@@ -54,8 +54,8 @@ public:
 
     explicit OpenAIClient(QString apiKey, QUrl base = kAPIBase, std::chrono::milliseconds timeout = kTimeout,
                           std::chrono::milliseconds deadline = kDeadline);
-    OpenAIClient(const OpenAIClient&) = default;
-    OpenAIClient& operator=(const OpenAIClient&) = default;
+    OpenAIClient(const OpenAIClient& other);
+    OpenAIClient& operator=(const OpenAIClient&) = delete;
     // The key and the header made from it are overwritten, not merely freed.
     ~OpenAIClient();
 
