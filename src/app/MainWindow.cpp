@@ -30,6 +30,7 @@
 #include <QShowEvent>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QStyle>
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
@@ -74,7 +75,10 @@ MainWindow::MainWindow(ContentView* content, QWidget* parent)
     m_noticeSlot = new QWidget(detailColumn);
     m_noticeSlot->setObjectName(QStringLiteral("noticeSlot"));
     auto* noticeLayout = new QVBoxLayout(m_noticeSlot);
-    noticeLayout->setContentsMargins(16, 12, 16, 0);
+    // Lined up with the page below it, whose scroll bar stands beside it.
+    noticeLayout->setContentsMargins(
+        Theme::kSpaceXXL, Theme::kSpaceXL,
+        Theme::kSpaceXXL + m_noticeSlot->style()->pixelMetric(QStyle::PM_ScrollBarExtent), 0);
     m_noticeSlot->hide();
     detailLayout->addWidget(m_noticeSlot);
     m_detailStack = new QStackedWidget(detailColumn);

@@ -1,5 +1,6 @@
 // Renders the application's screens offscreen into PNG files, for people to look at.
 // Usage: render_screens <output folder>
+#include "FileProtection.h"
 #include "app/MainWindow.h"
 #include "core/ContentView.h"
 #include "core/Preferences.h"
@@ -409,6 +410,21 @@ int main(int argc, char* argv[]) {
             if (QMessageBox* dialog = window.deleteDialog()) {
                 ok &= save(*dialog, file("delete-dialog"));
                 dialog->reject();
+            }
+            // A delete the local database refused: the notice above the overview.
+            (void)store.save();
+            const QString path = store.path();
+            if (makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true)) {
+                scenario.content->requestDelete(store.accounts().at(0)->id());
+                QApplication::processEvents();
+                if (QMessageBox* dialog = window.deleteDialog()) {
+                    dialog->reject();
+                }
+                scenario.content->deleteSelectedAccount();
+                makeReadOnly(path, false);
+                makeReadOnly(path + QStringLiteral("-wal"), false);
+                ok &= shoot(window, file("overview-notice"));
+                scenario.content->dismissNotice();
             }
         }
         {
