@@ -1,8 +1,10 @@
 // Creates an API-key account from a draft in a process of its own, on whatever
 // keychain the environment gives, and prints what came of it.
 #include "core/ContentView.h"
+#include "model/PlatformWording.h"
 #include "onboarding/OnboardingDraft.h"
 #include "onboarding/OnboardingFlow.h"
+#include "services/KeychainStore.h"
 
 #include "KeyringControl.h"
 
@@ -33,6 +35,20 @@ int main(int argc, char* argv[]) {
     std::printf("created=%s accounts=%lld unsaved=%s\n", created ? "true" : "false",
                 static_cast<long long>(content.accounts().size()), store->hasChanges() ? "true" : "false");
     std::printf("%s\n", qPrintable(OnboardingFlow::creationRefusalMessage(refusal)));
+    if (created && QCoreApplication::arguments().contains(QStringLiteral("--lock-then-delete"))) {
+        // Deleted while the keychain is locked: the account goes, the window says the key
+        // stays for now, and the key is still to be deleted.
+        if (!lockDefaultCollection()) {
+            std::printf("lock failed\n");
+            return 2;
+        }
+        const QString reference = content.accounts().first()->secretReference();
+        content.requestDelete(content.accounts().first()->id());
+        content.deleteSelectedAccount();
+        std::printf("accounts=%lld pending=%s\n%s\n", static_cast<long long>(content.accounts().size()),
+                    KeychainStore::pendingDeletions().contains(reference) ? "true" : "false",
+                    qPrintable(PlatformWording::apply(content.notice().value_or(QString()))));
+    }
     if (created && QCoreApplication::arguments().contains(QStringLiteral("--lock-then-refresh"))) {
         // Signed in while the keychain was open; refreshed after the screen locked.
         if (!lockDefaultCollection()) {

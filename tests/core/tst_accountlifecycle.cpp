@@ -221,6 +221,15 @@ private slots:
                           "We couldn’t save this account locally. Your setup is still here; try again.\n"
                           "offline: The API key couldn’t be read, so nothing was fetched. Reason: the system "
                           "keychain is locked. Unlock it and refresh again.");
+        // Deleted while the keychain is locked: gone, and the person is told the key stays.
+        QTest::newRow("locked before a delete")
+            << onAKeyringOfItsOwn(QStringLiteral("--lock-then-delete"))
+            << QByteArray(
+                   "created=true accounts=1 unsaved=false\n"
+                   "We couldn’t save this account locally. Your setup is still here; try again.\n"
+                   "accounts=0 pending=true\n"
+                   "The key couldn’t be removed from the system keychain yet; Tallyfen removes it at the "
+                   "next chance. Reason: the system keychain is locked.");
     }
     void keychainFailureInsertsNothing() {
         QFETCH(QString, command);
