@@ -31,14 +31,15 @@ double statusMiB(const QByteArray& field) {
     return -1;
 }
 
-// Accepts one connection and answers with a body of `bytes` as fast as it can.
-[[noreturn]] void serve(int listener, long long bytes) {
+// Accepts one connection and answers with a body of `bytes` as fast as it can, its length
+// announced or, with `announced` false, ended only by closing the connection.
+[[noreturn]] void serve(int listener, long long bytes, bool announced) {
     const int connection = ::accept(listener, nullptr, nullptr);
     char request[4096];
     [[maybe_unused]] const ssize_t got = ::read(connection, request, sizeof request);
-    const QByteArray head =
-        "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: " + QByteArray::number(bytes) +
-        "\r\n\r\n";
+    const QByteArray length = announced ? "Content-Length: " + QByteArray::number(bytes) + "\r\n"
+                                        : QByteArray("Connection: close\r\n");
+    const QByteArray head = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n" + length + "\r\n";
     [[maybe_unused]] ssize_t sent = ::write(connection, head.constData(), static_cast<size_t>(head.size()));
     const QByteArray block(1024 * 1024, ' ');
     for (long long left = bytes; left > 0;) {
@@ -52,10 +53,10 @@ double statusMiB(const QByteArray& field) {
     ::close(connection);
     _exit(0);
 }
-} // namespace
 
-int main(int argc, char* argv[]) {
-    const long long mib = argc > 1 ? std::atoll(argv[1]) : 512;
+// One request against a fresh server; prints what came of it and the peak memory of the
+// process while it ran.
+void measure(long long mib, bool announced) {
     const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -63,43 +64,58 @@ int main(int argc, char* argv[]) {
     socklen_t length = sizeof address;
     if (::bind(listener, reinterpret_cast<sockaddr*>(&address), length) != 0 || ::listen(listener, 1) != 0 ||
         ::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-        return 1;
+        std::printf("no server\n");
+        return;
     }
-    signal(SIGPIPE, SIG_IGN);
     const pid_t server = ::fork();
     if (server == 0) {
-        serve(listener, mib * 1024 * 1024);
+        serve(listener, mib * 1024 * 1024, announced);
     }
     ::close(listener);
-
-    QCoreApplication app(argc, argv);
+    // The peak so far is forgotten: what follows is this request's.
+    QFile reset(QStringLiteral("/proc/self/clear_refs"));
+    if (reset.open(QIODevice::WriteOnly)) {
+        reset.write("5");
+    }
     const double before = statusMiB("VmRSS");
     const QUrl base(QStringLiteral("http://127.0.0.1:%1").arg(ntohs(address.sin_port)));
-    OpenAIClient client(QStringLiteral("sk-admin-bench"), base);
     QElapsedTimer clock;
     clock.start();
     QString outcome;
-    bool done = false;
-    auto run = [&]() -> QCoro::Task<> {
-        try {
-            const OpenAIClient::Response response =
-                co_await client.get(base.resolved(QUrl(QStringLiteral("/v1"))));
-            outcome = QStringLiteral("a body of %1 bytes").arg(response.body.size());
-        } catch (const OpenAIClient::TransportError& error) {
-            outcome = error.message;
+    {
+        OpenAIClient client(QStringLiteral("sk-admin-bench"), base);
+        bool done = false;
+        auto run = [&]() -> QCoro::Task<> {
+            try {
+                const OpenAIClient::Response response =
+                    co_await client.get(base.resolved(QUrl(QStringLiteral("/v1"))));
+                outcome = QStringLiteral("a body of %1 bytes").arg(response.body.size());
+            } catch (const OpenAIClient::TransportError& error) {
+                outcome = error.message;
+            }
+            done = true;
+        };
+        run();
+        while (!done) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
-        done = true;
-    };
-    run();
-    while (!done) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     const qint64 elapsed = clock.elapsed();
     ::kill(server, SIGTERM);
     ::waitpid(server, nullptr, 0);
-    std::printf("body %lld MiB: %s after %lld ms\n", mib, qPrintable(outcome),
+    std::printf("body of %lld MiB, %s: %s after %lld ms\n", mib,
+                announced ? "its length announced" : "its length not announced", qPrintable(outcome),
                 static_cast<long long>(elapsed));
-    std::printf("resident before %.1f MiB, peak %.1f MiB (%.1f MiB above the start)\n", before,
-                statusMiB("VmHWM"), statusMiB("VmHWM") - before);
+    std::printf("  resident before %.1f MiB, peak %.1f MiB (%.1f MiB above)\n", before, statusMiB("VmHWM"),
+                statusMiB("VmHWM") - before);
+}
+} // namespace
+
+int main(int argc, char* argv[]) {
+    const long long mib = argc > 1 ? std::atoll(argv[1]) : 512;
+    signal(SIGPIPE, SIG_IGN);
+    QCoreApplication app(argc, argv);
+    measure(mib, false);
+    measure(mib, true);
     return 0;
 }

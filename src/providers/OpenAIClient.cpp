@@ -62,6 +62,76 @@ void abortOnTimeout(QTimer& timer, std::chrono::milliseconds interval, QNetworkR
     });
 }
 
+// A body taken as it arrives, a bounded buffer at a time, and counted: Qt's network
+// thread would otherwise keep reading a fast server's endless body into memory before a
+// count could stop it. Past the cap the reply is aborted and what came is dropped.
+class CappedBody final {
+public:
+    CappedBody(QNetworkReply* reply, QTimer& idle)
+        : m_reply(reply) {
+        reply->setReadBufferSize(OpenAIClient::kReadBufferBytes);
+        m_arrived = QObject::connect(reply, &QNetworkReply::readyRead, reply, [this, &idle] {
+            idle.start();
+            read();
+        });
+        m_progressed = QObject::connect(reply, &QNetworkReply::downloadProgress, reply,
+                                        [&idle](qint64, qint64) { idle.start(); });
+        // A body announced larger than the cap is refused before a byte of it is read.
+        m_announced = QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [this] {
+            const QVariant length =
+                m_reply ? m_reply->header(QNetworkRequest::ContentLengthHeader) : QVariant();
+            if (length.isValid() && length.toLongLong() > OpenAIClient::kMaxBodyBytes) {
+                refuse();
+            }
+        });
+    }
+    CappedBody(const CappedBody&) = delete;
+    CappedBody& operator=(const CappedBody&) = delete;
+    ~CappedBody() { finish(); }
+
+    // Takes what is left once the reply has finished, and stops listening.
+    void finish() {
+        if (m_reply) {
+            read();
+            // Only our own connections: the reply's others drive the transfer itself.
+            QObject::disconnect(m_arrived);
+            QObject::disconnect(m_progressed);
+            QObject::disconnect(m_announced);
+            m_reply = nullptr;
+        }
+    }
+    bool tooLarge() const noexcept { return m_tooLarge; }
+    QByteArray take() { return std::exchange(m_body, {}); }
+
+private:
+    void read() {
+        if (m_tooLarge || !m_reply) {
+            return;
+        }
+        const qint64 available = m_reply->bytesAvailable();
+        if (m_body.size() + available > OpenAIClient::kMaxBodyBytes) {
+            refuse();
+            return;
+        }
+        m_body.append(m_reply->read(available));
+    }
+    void refuse() {
+        if (m_tooLarge) {
+            return;
+        }
+        m_tooLarge = true;
+        m_body = QByteArray();
+        m_reply->abort();
+    }
+
+    QNetworkReply* m_reply;
+    QMetaObject::Connection m_arrived;
+    QMetaObject::Connection m_progressed;
+    QMetaObject::Connection m_announced;
+    QByteArray m_body;
+    bool m_tooLarge = false;
+};
+
 template <typename T>
 T decoded(JsonResult<T>&& result) {
     if (!result) {
@@ -155,38 +225,13 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
     QTimer deadline;
     abortOnTimeout(idle, m_timeout, pending, timedOut);
     abortOnTimeout(deadline, m_deadline, pending, pastDeadline);
-    // The body is taken as it arrives, a bounded buffer at a time, and counted: Qt's
-    // network thread would otherwise keep reading a fast server's endless body into
-    // memory before the count could stop it.
-    pending->setReadBufferSize(kReadBufferBytes);
-    QByteArray body;
-    bool tooLarge = false;
-    const auto take = [pending, &body, &tooLarge] {
-        if (tooLarge) {
-            return;
-        }
-        const qint64 available = pending->bytesAvailable();
-        if (body.size() + available > kMaxBodyBytes) {
-            tooLarge = true;
-            body = QByteArray();
-            pending->abort();
-            return;
-        }
-        body.append(pending->read(available));
-    };
-    QObject::connect(pending, &QNetworkReply::readyRead, pending, [take, &idle] {
-        idle.start();
-        take();
-    });
-    QObject::connect(pending, &QNetworkReply::downloadProgress, pending,
-                     [&idle](qint64, qint64) { idle.start(); });
+    CappedBody body(pending, idle);
     idle.start();
     deadline.start();
     co_await reply.get();
     idle.stop();
     deadline.stop();
-    take();
-    QObject::disconnect(pending, &QNetworkReply::readyRead, nullptr, nullptr);
+    body.finish();
     if (pastDeadline) {
         throw TransportError{QNetworkReply::TimeoutError,
                              QStringLiteral("The request took longer than %1 s.").arg(seconds(m_deadline))};
@@ -195,21 +240,25 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
         throw TransportError{QNetworkReply::TimeoutError,
                              QStringLiteral("The request timed out after %1 s.").arg(seconds(m_timeout))};
     }
-    if (tooLarge) {
+    if (body.tooLarge()) {
         throw TransportError{
             QNetworkReply::UnknownContentError,
             QStringLiteral("The response was larger than %1 MiB.").arg(kMaxBodyBytes / (1024 * 1024))};
     }
-    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    co_return responseOf(*reply, body.take());
+}
+
+OpenAIClient::Response OpenAIClient::responseOf(QNetworkReply& reply, QByteArray body) {
+    const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
     // Network and proxy errors are transport failures also after a status arrived: a
     // connection that drops in the middle of a body leaves no response to judge.
     // A redirect that was not followed is a response of its own, judged by its status.
-    const QNetworkReply::NetworkError error = reply->error();
+    const QNetworkReply::NetworkError error = reply.error();
     const bool transportFailure = error != QNetworkReply::NoError &&
                                   (!status.isValid() || (error < QNetworkReply::ContentAccessDenied &&
                                                          error != QNetworkReply::InsecureRedirectError));
     if (transportFailure) {
-        throw TransportError{reply->error(), reply->errorString()};
+        throw TransportError{reply.error(), reply.errorString()};
     }
     if (!status.isValid()) {
         throw UsageProviderError::malformedResponse(); // not an HTTP response
@@ -217,13 +266,13 @@ QCoro::Task<OpenAIClient::Response> OpenAIClient::get(QUrl url) const {
     // Qt does not always report a connection that closed mid-body: fewer bytes than the
     // server announced are a broken transfer, not a body to judge. (A compressed body is
     // announced at its compressed size, so only a plain one is measured.)
-    const QVariant announced = reply->header(QNetworkRequest::ContentLengthHeader);
-    if (announced.isValid() && reply->rawHeader(QByteArrayLiteral("Content-Encoding")).isEmpty() &&
+    const QVariant announced = reply.header(QNetworkRequest::ContentLengthHeader);
+    if (announced.isValid() && reply.rawHeader(QByteArrayLiteral("Content-Encoding")).isEmpty() &&
         body.size() < announced.toLongLong()) {
         throw TransportError{QNetworkReply::RemoteHostClosedError,
                              QStringLiteral("The connection closed before the whole response arrived.")};
     }
-    co_return Response{status.toInt(), std::move(body), HeaderValues(reply->rawHeaderPairs())};
+    return Response{status.toInt(), std::move(body), HeaderValues(reply.rawHeaderPairs())};
 }
 
 void OpenAIClient::judge(const Response& response, const QString& otherStatusText) {

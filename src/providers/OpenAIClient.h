@@ -63,6 +63,9 @@ public:
     static void addQueryItem(QUrlQuery& query, const QString& key, const QString& value);
 
     QNetworkRequest request(const QUrl& url) const;
+    // The response of a finished reply and its body; throws TransportError for a
+    // transfer that did not complete.
+    static Response responseOf(QNetworkReply& reply, QByteArray body);
     // Sends the GET and waits for the whole response. Throws TransportError.
     QCoro::Task<Response> get(QUrl url) const;
     // Aborts the request in flight, if any, and fails every later one at once: the
