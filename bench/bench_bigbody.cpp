@@ -33,17 +33,26 @@ double statusMiB(const QByteArray& field) {
 
 // Accepts one connection and answers with a body of `bytes` as fast as it can, its length
 // announced or, with `announced` false, ended only by closing the connection.
-[[noreturn]] void serve(int listener, long long bytes, bool announced) {
+enum class Framing { closed, chunked, announced };
+
+[[noreturn]] void serve(int listener, long long bytes, Framing framing) {
     const int connection = ::accept(listener, nullptr, nullptr);
     char request[4096];
     [[maybe_unused]] const ssize_t got = ::read(connection, request, sizeof request);
-    const QByteArray length = announced ? "Content-Length: " + QByteArray::number(bytes) + "\r\n"
-                                        : QByteArray("Connection: close\r\n");
+    const QByteArray length = framing == Framing::announced
+                                  ? "Content-Length: " + QByteArray::number(bytes) + "\r\n"
+                              : framing == Framing::chunked ? QByteArray("Transfer-Encoding: chunked\r\n")
+                                                            : QByteArray("Connection: close\r\n");
     const QByteArray head = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n" + length + "\r\n";
     [[maybe_unused]] ssize_t sent = ::write(connection, head.constData(), static_cast<size_t>(head.size()));
-    const QByteArray block(1024 * 1024, ' ');
+    QByteArray block(1024 * 1024, ' ');
+    if (framing == Framing::chunked) {
+        block = QByteArray::number(1024 * 1024, 16) + "\r\n" + block + "\r\n";
+    }
     for (long long left = bytes; left > 0;) {
-        const auto chunk = static_cast<size_t>(std::min<long long>(left, block.size()));
+        const auto chunk = framing == Framing::chunked
+                               ? static_cast<size_t>(block.size())
+                               : static_cast<size_t>(std::min<long long>(left, block.size()));
         sent = ::write(connection, block.constData(), chunk);
         if (sent <= 0) {
             break; // the client hung up at its cap
@@ -56,7 +65,7 @@ double statusMiB(const QByteArray& field) {
 
 // One request against a fresh server; prints what came of it and the peak memory of the
 // process while it ran.
-void measure(long long mib, bool announced) {
+void measure(long long mib, Framing framing) {
     const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -69,7 +78,7 @@ void measure(long long mib, bool announced) {
     }
     const pid_t server = ::fork();
     if (server == 0) {
-        serve(listener, mib * 1024 * 1024, announced);
+        serve(listener, mib * 1024 * 1024, framing);
     }
     ::close(listener);
     // The peak so far is forgotten: what follows is this request's.
@@ -103,8 +112,10 @@ void measure(long long mib, bool announced) {
     const qint64 elapsed = clock.elapsed();
     ::kill(server, SIGTERM);
     ::waitpid(server, nullptr, 0);
-    std::printf("body of %lld MiB, %s: %s after %lld ms\n", mib,
-                announced ? "its length announced" : "its length not announced", qPrintable(outcome),
+    const char* const how = framing == Framing::announced ? "its length announced"
+                            : framing == Framing::chunked ? "sent in chunks"
+                                                          : "ended by closing the connection";
+    std::printf("body of %lld MiB, %s: %s after %lld ms\n", mib, how, qPrintable(outcome),
                 static_cast<long long>(elapsed));
     std::printf("  resident before %.1f MiB, peak %.1f MiB (%.1f MiB above)\n", before, statusMiB("VmHWM"),
                 statusMiB("VmHWM") - before);
@@ -115,7 +126,8 @@ int main(int argc, char* argv[]) {
     const long long mib = argc > 1 ? std::atoll(argv[1]) : 512;
     signal(SIGPIPE, SIG_IGN);
     QCoreApplication app(argc, argv);
-    measure(mib, false);
-    measure(mib, true);
+    measure(mib, Framing::closed);
+    measure(mib, Framing::chunked);
+    measure(mib, Framing::announced);
     return 0;
 }

@@ -113,7 +113,14 @@ private:
             refuse();
             return;
         }
-        m_body.append(m_reply->read(available));
+        if (m_body.capacity() < OpenAIClient::kMaxBodyBytes) {
+            // Address space only: pages count once written, and the body never moves.
+            m_body.reserve(OpenAIClient::kMaxBodyBytes);
+        }
+        const qsizetype start = m_body.size();
+        m_body.resize(start + available);
+        const qint64 got = m_reply->read(m_body.data() + start, available);
+        m_body.truncate(start + std::max<qint64>(got, 0));
     }
     void refuse() {
         if (m_tooLarge) {
