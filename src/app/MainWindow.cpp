@@ -140,10 +140,10 @@ void MainWindow::showNotice() {
         return;
     }
     QPushButton* dismiss = nullptr;
-    m_notice = BlockParts::actionCallout(
-        QStringLiteral("exclamationmark.triangle.fill"), QStringLiteral("Not everything was saved"),
-        PlatformWording::apply(*notice), Tone::caution, QStringLiteral("Dismiss"),
-        Theme::ButtonRole::standard, dismiss, m_noticeSlot);
+    m_notice =
+        BlockParts::actionCallout(QStringLiteral("exclamationmark.triangle.fill"), ContentView::noticeTitle(),
+                                  PlatformWording::apply(*notice), Tone::caution, QStringLiteral("Dismiss"),
+                                  Theme::ButtonRole::standard, dismiss, m_noticeSlot);
     m_notice->setObjectName(QStringLiteral("windowNotice"));
     m_noticeSlot->layout()->addWidget(m_notice);
     connect(dismiss, &QPushButton::clicked, m_content, &ContentView::dismissNotice);

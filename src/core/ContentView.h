@@ -97,6 +97,8 @@ public:
     // not take, or a save in the background that failed, each with its reason. Absent
     // when there is nothing to tell. A later successful save ends a background notice.
     const std::optional<QString>& notice() const noexcept { return m_notice; }
+    // The notice's heading, whatever it says.
+    static QString noticeTitle() { return QStringLiteral("Not everything was saved"); }
     void dismissNotice() { setNotice(std::nullopt); }
 
 signals:

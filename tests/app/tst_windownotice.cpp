@@ -64,6 +64,7 @@ private slots:
         QWidget* notice = window.findChild<QWidget*>(QStringLiteral("windowNotice"));
         QVERIFY(notice && notice->isVisible());
         QVERIFY(texts(notice).contains(*content.notice()));
+        QVERIFY(texts(notice).contains(ContentView::noticeTitle()));
         QVERIFY(shownAccessibleNames(notice).contains(*content.notice()));
         QVERIFY(shown<QPushButton>(notice, QStringLiteral("Dismiss")));
         // Nothing was lost: the refresh waits in memory and goes with the next save.
