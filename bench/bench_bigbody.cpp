@@ -1,6 +1,7 @@
 // Peak resident memory while a fast local server sends a 512 MiB body to the OpenAI
 // client, which must stop at its 16 MiB cap. The server is a child process writing as
 // fast as the socket takes it. "bench_bigbody [MiB]" (512 by default).
+#include "ProcessMemory.h"
 #include "providers/OpenAIClient.h"
 
 #include <QCoreApplication>
@@ -18,18 +19,6 @@
 #include <unistd.h>
 
 namespace {
-double statusMiB(const QByteArray& field) {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) {
-        return -1;
-    }
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith(QByteArray(field + ':'))) {
-            return line.mid(field.size() + 1).trimmed().split(' ').first().toDouble() / 1024.0;
-        }
-    }
-    return -1;
-}
 
 // Accepts one connection and answers with a body of `bytes` as fast as it can, its length
 // announced or, with `announced` false, ended only by closing the connection.

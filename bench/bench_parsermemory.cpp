@@ -1,5 +1,6 @@
 // Resident memory around one very large response: before, at the peak of decoding a
 // 30 MB usage body, and settled afterwards, when the parser has given its buffers back.
+#include "ProcessMemory.h"
 #include "providers/OpenAIRecords.h"
 
 #include <QByteArray>
@@ -8,19 +9,6 @@
 #include <cstdio>
 
 namespace {
-// A memory figure of the process from /proc, in MiB: "VmRSS" now, "VmHWM" at its peak.
-double statusMiB(const QByteArray& field) {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) {
-        return -1;
-    }
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith(QByteArray(field + ':'))) {
-            return line.mid(field.size() + 1).trimmed().split(' ').first().toDouble() / 1024.0;
-        }
-    }
-    return -1;
-}
 
 double residentMiB() {
     return statusMiB("VmRSS");

@@ -27,7 +27,8 @@ struct Flow {
         }
         flow = std::make_unique<OnboardingFlow>(
             &settings, QStringList{QStringLiteral("Taken")},
-            OnboardingFlow::Hooks{.createAccount = [](const OnboardingDraft&, OnboardingFlow::Hooks::Refusal*) { return true; }});
+            OnboardingFlow::Hooks{.createAccount = [](const OnboardingDraft&,
+                                                      OnboardingFlow::Hooks::Refusal*) { return true; }});
         flow->appear();
     }
     OnboardingContent content() const { return OnboardingContent::make(*flow); }
