@@ -17,10 +17,19 @@ class TestSecretMemory final : public QObject {
     }
 
 private slots:
-    void noCopyOfTheKeyOutlivesTheRefresh() { QCOMPARE(run({}), QByteArray("copies 0")); }
+    void noCopyOfTheKeyOutlivesTheRefresh() {
+        const QByteArray output = run({});
+        if (output.startsWith("skipped")) {
+            QSKIP(output.constData());
+        }
+        QCOMPARE(output, QByteArray("copies 0"));
+    }
 
     void aCopyKeptOnPurposeIsFound() {
         const QByteArray output = run({QStringLiteral("--keep-a-copy")});
+        if (output.startsWith("skipped")) {
+            QSKIP(output.constData());
+        }
         QVERIFY2(output.startsWith("copies ") && output.mid(7).toInt() >= 1, output.constData());
     }
 };
