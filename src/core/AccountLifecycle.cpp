@@ -3,12 +3,12 @@
 #include "core/AccountLabel.h"
 #include "model/Clock.h"
 #include "model/SecretText.h"
+#include "model/UuidText.h"
 #include "providers/MockDataFactory.h"
 #include "services/CredentialLifecycle.h"
 #include "services/KeychainError.h"
 #include "services/KeychainStore.h"
 
-#include <algorithm>
 #include <array>
 
 namespace {
@@ -71,6 +71,14 @@ QString reasonSentence(const QString& reason) {
 
 const QString kSignedOut =
     QStringLiteral("Signed out — enter manual limits or reconnect an official API key");
+
+// A manual account from now on, its key's metadata gone, its data kept.
+void signOut(ProviderAccount& account) {
+    account.setSampleDataEnabled(false);
+    account.setDetectedMetadata(std::nullopt);
+    account.setConnectionMode(ConnectionMode::manual);
+    setStatus(account, SyncStatus::needsAttention, kSignedOut);
+}
 } // namespace
 
 AccountLifecycle::AccountLifecycle(AccountStore* store, Preferences* preferences)
@@ -437,10 +445,8 @@ void AccountLifecycle::settleKeyJournal() {
     const QList<KeyJournal::Entry> owed = journal().entries();
     QList<KeyJournal::Entry> settled;
     for (const KeyJournal::Entry& entry : owed) {
-        const auto record = std::find_if(
-            m_store->accounts().cbegin(), m_store->accounts().cend(),
-            [&](const ProviderAccount* account) { return account->secretReference() == entry.reference; });
-        ProviderAccount* account = record == m_store->accounts().cend() ? nullptr : *record;
+        const std::optional<QUuid> id = UuidText::fromText(entry.reference);
+        ProviderAccount* account = id ? m_store->account(*id) : nullptr;
         const bool keyInUse = account && account->connectionMode() == ConnectionMode::apiKey;
         if (entry.change == KeyJournal::Change::deleteKey || !account) {
             // A key whose record is gone, or no longer signed in, goes; one still in use
@@ -461,9 +467,7 @@ void AccountLifecycle::settleKeyJournal() {
         } else if (keyInUse) {
             // Saved for a key that never reached the keychain: signed out, data kept.
             const AccountStore::Savepoint point = m_store->savepoint();
-            account->setDetectedMetadata(std::nullopt);
-            account->setConnectionMode(ConnectionMode::manual);
-            setStatus(*account, SyncStatus::needsAttention, kSignedOut);
+            signOut(*account);
             if (commit(point)) {
                 continue;
             }
@@ -480,10 +484,7 @@ AccountLifecycle::Outcome AccountLifecycle::logout(ProviderAccount* account) {
         return {};
     }
     const AccountStore::Savepoint point = m_store->savepoint();
-    account->setSampleDataEnabled(false);
-    account->setDetectedMetadata(std::nullopt);
-    account->setConnectionMode(ConnectionMode::manual);
-    setStatus(*account, SyncStatus::needsAttention, kSignedOut);
+    signOut(*account);
     return commitThenDeleteKeys(point, {account->secretReference()});
 }
 
