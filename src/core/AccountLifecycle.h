@@ -114,7 +114,7 @@ private:
     // Takes back changes made since `point` that were already saved: the keychain
     // refused what had to follow them. False when the store refused that too.
     bool undoSaved(const AccountStore::Savepoint& point);
-    KeyJournal journal() const { return KeyJournal(&m_preferences->settings()); }
+    KeyJournal journal() const { return KeyJournal(m_store->path()); }
     // Saves the changes made since `point`, then lets the keys go.
     Outcome commitThenDeleteKeys(const AccountStore::Savepoint& point, const QStringList& references);
     // Deletes the keys; the keychain's reason when one of them stays for now.

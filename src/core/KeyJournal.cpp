@@ -1,6 +1,7 @@
 #include "core/KeyJournal.h"
 
-const QString KeyJournal::kKey = QStringLiteral("keyJournal");
+#include <QFile>
+#include <QSaveFile>
 
 namespace {
 QString line(const KeyJournal::Entry& entry) {
@@ -10,9 +11,17 @@ QString line(const KeyJournal::Entry& entry) {
 }
 } // namespace
 
+QStringList KeyJournal::lines() const {
+    QFile file(m_path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+}
+
 QList<KeyJournal::Entry> KeyJournal::entries() const {
     QList<Entry> entries;
-    for (const QString& text : m_settings->value(kKey).toStringList()) {
+    for (const QString& text : lines()) {
         if (text.startsWith(QStringLiteral("create "))) {
             entries.append(Entry{Change::createKey, text.mid(7)});
         } else if (text.startsWith(QStringLiteral("delete "))) {
@@ -26,31 +35,40 @@ void KeyJournal::note(const QList<Entry>& entries) {
     if (entries.isEmpty()) {
         return;
     }
-    QStringList lines = m_settings->value(kKey).toStringList();
+    QStringList all = lines();
     for (const Entry& entry : entries) {
-        if (!lines.contains(line(entry))) {
-            lines.append(line(entry));
+        if (!all.contains(line(entry))) {
+            all.append(line(entry));
         }
     }
-    write(lines);
+    write(all);
 }
 
 void KeyJournal::crossOut(const QList<Entry>& entries) {
     if (entries.isEmpty()) {
         return;
     }
-    QStringList lines = m_settings->value(kKey).toStringList();
+    QStringList all = lines();
+    qsizetype crossed = 0;
     for (const Entry& entry : entries) {
-        lines.removeAll(line(entry));
+        crossed += all.removeAll(line(entry));
     }
-    write(lines);
+    if (crossed > 0) {
+        write(all);
+    }
 }
 
 void KeyJournal::write(const QStringList& lines) {
     if (lines.isEmpty()) {
-        m_settings->remove(kKey);
-    } else {
-        m_settings->setValue(kKey, lines);
+        QFile::remove(m_path);
+        return;
     }
-    m_settings->sync();
+    // Written aside and renamed over the old note, synced first: whole or not at all.
+    QSaveFile file(m_path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return;
+    }
+    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    file.write((lines.join(u'\n') + u'\n').toUtf8());
+    file.commit();
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QSettings>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -10,6 +10,10 @@
 // deleted goes, a key whose record never came to be goes, and a record saved for a key
 // that never reached the keychain is signed out. So records and keys agree whatever
 // moment the process was killed at.
+//
+// The note is a small file beside the store (a journal belongs to one store, as the
+// records it is settled against), replaced whole on every change, so a kill leaves either
+// the old note or the new one and never a lock behind.
 class KeyJournal final {
 public:
     enum class Change { createKey, deleteKey };
@@ -19,8 +23,8 @@ public:
         friend bool operator==(const Entry&, const Entry&) = default;
     };
 
-    explicit KeyJournal(QSettings* settings)
-        : m_settings(settings) {}
+    explicit KeyJournal(QString storePath)
+        : m_path(std::move(storePath) + QStringLiteral(".keys")) {}
 
     // Writes the entries down, durably, before the change they belong to is saved.
     void note(const QList<Entry>& entries);
@@ -28,9 +32,11 @@ public:
     void crossOut(const QList<Entry>& entries);
     QList<Entry> entries() const;
 
-    static const QString kKey;
+    const QString& path() const noexcept { return m_path; }
 
 private:
+    QStringList lines() const;
     void write(const QStringList& lines);
-    QSettings* m_settings;
+
+    QString m_path;
 };

@@ -49,7 +49,7 @@ private slots:
         // A record that was never saved, its key written: the key goes.
         const QString neverSaved = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
         KeychainStore::save(QStringLiteral("sk-admin-never"), neverSaved);
-        KeyJournal(&preferences.settings())
+        KeyJournal(store->path())
             .note({{KeyJournal::Change::createKey, keyless->secretReference()},
                    {KeyJournal::Change::deleteKey, signedOut->secretReference()},
                    {KeyJournal::Change::deleteKey, kept->secretReference()},
@@ -57,7 +57,7 @@ private slots:
 
         AccountLifecycle lifecycle(store.get(), &preferences);
         lifecycle.settleKeyJournal();
-        QVERIFY(KeyJournal(&preferences.settings()).entries().isEmpty());
+        QVERIFY(KeyJournal(store->path()).entries().isEmpty());
         QCOMPARE(keychainAccounts(), QStringList{kept->secretReference()});
         QCOMPARE(keyless->connectionMode(), ConnectionMode(ConnectionMode::manual));
         QCOMPARE(keyless->syncMessage(),
@@ -83,7 +83,7 @@ private slots:
             QProcess writer;
             writer.start(QStringLiteral(LIFECYCLE_WRITER), {storePath, preferencesPath});
             QVERIFY(writer.waitForStarted(5000));
-            QVERIFY2(writer.waitForReadyRead(10000), writer.readAllStandardError().constData());
+            QVERIFY2(writer.waitForReadyRead(30000), writer.readAllStandardError().constData());
             QTest::qWait(static_cast<int>(random.bounded(5, 120)));
             writer.kill();
             QVERIFY(writer.waitForFinished(5000));
@@ -98,7 +98,7 @@ private slots:
             Preferences preferences(preferencesPath);
             AccountLifecycle lifecycle(store.get(), &preferences);
             lifecycle.settleKeyJournal();
-            QVERIFY(KeyJournal(&preferences.settings()).entries().isEmpty());
+            QVERIFY(KeyJournal(store->path()).entries().isEmpty());
             QStringList signedIn;
             for (const ProviderAccount* account : store->accounts()) {
                 if (account->connectionMode() == ConnectionMode::apiKey) {
