@@ -13,6 +13,7 @@
 #include "ui/AppResources.h"
 #include "ui/AppStyle.h"
 #include "ui/Theme.h"
+#include "ui/WheelGuard.h"
 
 #include <QApplication>
 #include <QDir>
@@ -45,6 +46,7 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     QApplication::setApplicationDisplayName(QStringLiteral("Tallyfen"));
     // Light or dark as the desktop is, in the app's own palette and controls.
     AppStyle::apply(Theme::appearance(QApplication::palette()));
+    WheelGuard::install();
     // The bundled face and icons, so the app reads the same on every machine.
     AppResources::load();
     QGuiApplication::setDesktopFileName(QStringLiteral("com.harrowmere.Tallyfen"));
