@@ -106,6 +106,13 @@ void OnboardingFlow::setDuplicateNameConfirmed(bool confirmed) {
     assign(m_duplicateNameConfirmed, confirmed);
 }
 
+void OnboardingFlow::useNameAnyway() {
+    m_duplicateNameConfirmed = true;
+    // The person has answered the message: it goes with the answer.
+    m_validationMessage.reset();
+    Q_EMIT changed();
+}
+
 // ---- derived ----
 
 std::optional<double> OnboardingFlow::manualShortLimit() const {

@@ -91,6 +91,8 @@ public:
     void setManualOverageConfirmed(bool confirmed);
     void setOverdueResetConfirmed(bool confirmed);
     void setDuplicateNameConfirmed(bool confirmed);
+    // "Use anyway": the duplicate name is confirmed and the message about it goes.
+    void useNameAnyway();
 
     // ---- derived ----
     std::optional<double> manualShortLimit() const;

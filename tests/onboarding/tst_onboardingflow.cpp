@@ -153,7 +153,10 @@ private slots:
         QCOMPARE(h.flow->validationMessage(),
                  std::optional<QString>(QStringLiteral("Choose a different name so you can tell these "
                                                        "subscriptions apart, or choose Use anyway.")));
-        h.flow->setDuplicateNameConfirmed(true);
+        // "Use anyway" confirms the name and takes the message away with it.
+        h.flow->useNameAnyway();
+        QVERIFY(h.flow->duplicateNameConfirmed());
+        QVERIFY(!h.flow->validationMessage());
         // Typing after "Use anyway" withdraws it.
         h.flow->setLabel(QStringLiteral(" claude · WORK  "));
         QVERIFY(!h.flow->duplicateNameConfirmed());

@@ -289,7 +289,7 @@ QWidget* OnboardingView::buildName() {
     useAnyway->setObjectName(QStringLiteral("useAnywayButton"));
     duplicateLayout->addWidget(useAnyway, 0, Qt::AlignLeft);
     layout->addWidget(m_duplicate);
-    connect(useAnyway, &QPushButton::clicked, this, [this] { m_flow->setDuplicateNameConfirmed(true); });
+    connect(useAnyway, &QPushButton::clicked, this, [this] { m_flow->useNameAnyway(); });
 
     auto* preview = BlockParts::card(page);
     preview->setObjectName(QStringLiteral("namePreview"));
