@@ -1,5 +1,7 @@
 #include "views/SidebarModel.h"
 
+#include "model/TextSearch.h"
+
 #include "core/ContentView.h"
 #include "model/AIProvider.h"
 #include "views/Tone.h"
@@ -66,7 +68,7 @@ QList<ProviderAccount*> SidebarModel::filteredAccounts(const QList<ProviderAccou
     }
     QList<ProviderAccount*> found;
     for (ProviderAccount* account : accounts) {
-        if (haystack(*account).contains(query, Qt::CaseInsensitive)) {
+        if (TextSearch::containsIgnoringCase(haystack(*account), query)) {
             found.append(account);
         }
     }

@@ -169,7 +169,7 @@ private slots:
     void search_data() {
         QTest::addColumn<QString>("query");
         QTest::addColumn<QStringList>("found");
-        const QStringList all{"Work Team", "Claude home", "Labs", "Ids"};
+        const QStringList all{"Work Team", "Claude home", "Labs", "Ids", "Straße Café"};
         QTest::newRow("empty") << "" << all;
         QTest::newRow("spaces only") << "   \n\t" << all;
         QTest::newRow("capitals find a provider name") << "ANTHROPIC / CLAUDE" << QStringList{"Claude home"};
@@ -179,6 +179,9 @@ private slots:
         QTest::newRow("the digit 3: agents or any field") << "3" << QStringList{"Labs", "Ids"};
         QTest::newRow("short identifier start") << "3bbb" << QStringList{"Ids"};
         QTest::newRow("plan name") << "enterprise" << QStringList{"Work Team"};
+        QTest::newRow("full case folding") << "STRASSE" << QStringList{"Straße Café"};
+        QTest::newRow("decomposed accent") << "CAFE\u0301" << QStringList{"Straße Café"};
+        QTest::newRow("a letter without its accent") << "cafe" << QStringList{};
     }
     void search() {
         QFETCH(QString, query);
@@ -193,6 +196,8 @@ private slots:
                   3);
         addWithID(f.core, QStringLiteral("Ids"), AIProvider::gemini, 4,
                   "3bbbbbbb-aaaa-4aaa-8aaa-aaaaaaaaaaa5");
+        addWithID(f.core, QStringLiteral("Straße Café"), AIProvider::gemini, 5,
+                  "aaaaaaaa-aaaa-4aaa-8aaa-aaaaaaaaaaa6");
         f.model.setSearchText(query);
         QCOMPARE(f.accountNames(), found);
         QCOMPARE(SidebarModel::filteredAccounts(f.content.accounts(), query).size(), found.size());
