@@ -86,7 +86,7 @@ AccountDetailView::Header AccountDetailView::header(const ProviderAccount& accou
     }
     if (const qint64 agents = account.configuredAgentCount(); agents > 0) {
         header.chips.append(
-            Chip{QStringLiteral("person.3.fill"), QString::number(agents) + QStringLiteral(" agents")});
+            Chip{QStringLiteral("person.3.fill"), locale.toString(agents) + QStringLiteral(" agents")});
     }
     header.status = Badge::status(account.effectiveSyncStatus());
     if (const std::optional<UsageSnapshot> snapshot = account.snapshot()) {

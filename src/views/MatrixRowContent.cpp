@@ -20,7 +20,8 @@ MatrixRowContent::Cell MatrixRowContent::cell(const QList<UsageWindow>& windows,
                                                            : QStringLiteral("No limit")});
     }
     if (windows.size() > 3) {
-        cell.more = QStringLiteral("+%1 more").arg(windows.size() - 3);
+        cell.more =
+            QStringLiteral("+%1 more").arg(locale.toString(static_cast<qlonglong>(windows.size() - 3)));
     }
     return cell;
 }

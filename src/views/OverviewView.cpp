@@ -52,7 +52,7 @@ OverviewView::Screen OverviewView::make(const QString& title, const QList<Provid
         return screen;
     }
     screen.attention = attentionSection(accounts);
-    screen.monitoring = monitoringSection(accounts, sort, viewMode);
+    screen.monitoring = monitoringSection(accounts, sort, viewMode, locale);
     return screen;
 }
 
@@ -172,7 +172,8 @@ OverviewView::attentionSection(const QList<ProviderAccount*>& accounts) {
 
 OverviewView::MonitoringSection OverviewView::monitoringSection(const QList<ProviderAccount*>& accounts,
                                                                 MonitoringSort sort,
-                                                                MonitoringViewMode viewMode) {
+                                                                MonitoringViewMode viewMode,
+                                                                const QLocale& locale) {
     MonitoringSection section;
     section.heading = SectionHeading{
         QStringLiteral("Subscription monitoring"),
@@ -196,7 +197,7 @@ OverviewView::MonitoringSection OverviewView::monitoringSection(const QList<Prov
                 continue;
             }
             const qsizetype size = group.accounts.size();
-            group.count = QString::number(size) +
+            group.count = count(size, locale) +
                           (size == 1 ? QStringLiteral(" subscription") : QStringLiteral(" subscriptions"));
             section.groups.append(group);
         }

@@ -113,7 +113,8 @@ public:
     static StatusCardsContent::EmptyState emptyState();
     static std::optional<AttentionSection> attentionSection(const QList<ProviderAccount*>& accounts);
     static MonitoringSection monitoringSection(const QList<ProviderAccount*>& accounts, MonitoringSort sort,
-                                               MonitoringViewMode viewMode);
+                                               MonitoringViewMode viewMode,
+                                               const QLocale& locale = QLocale());
     static QList<ProviderAccount*> sortedAccounts(const QList<ProviderAccount*>& accounts,
                                                   MonitoringSort sort);
     static int statusPriority(SyncStatus status);

@@ -33,7 +33,7 @@ SubscriptionCardContent SubscriptionCardContent::make(const ProviderAccount& acc
     if (const qint64 count = account.configuredAgentCount(); count > 0) {
         // The plural also for one agent, as the card has always read.
         card.chips.append(
-            Chip{QStringLiteral("person.3.fill"), QString::number(count) + QStringLiteral(" agents")});
+            Chip{QStringLiteral("person.3.fill"), locale.toString(count) + QStringLiteral(" agents")});
     }
     if (const std::optional<Timestamp> renewal = account.renewalDate()) {
         card.chips.append(
