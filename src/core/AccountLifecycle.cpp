@@ -2,6 +2,7 @@
 
 #include "core/AccountLabel.h"
 #include "model/Clock.h"
+#include "model/ReasonText.h"
 #include "model/SecretText.h"
 #include "model/UuidText.h"
 #include "providers/MockDataFactory.h"
@@ -62,11 +63,6 @@ void forgetData(ProviderAccount& account) {
 void loadSample(ProviderAccount& account, Timestamp now) {
     start(account, MockDataFactory::snapshot(account, now), now);
     setStatus(account, SyncStatus::current, QStringLiteral("Sample snapshot loaded locally"));
-}
-
-// The store's or the keychain's reason, after the screen's own sentence.
-QString reasonSentence(const QString& reason) {
-    return reason.isEmpty() ? QString() : QStringLiteral(" Reason: %1.").arg(reason);
 }
 
 const QString kSignedOut =
@@ -138,6 +134,13 @@ bool AccountLifecycle::showsSampleData(const AccountDraft& draft) {
     const ConnectionMode mode = draft.connectionMode;
     const bool usesLiveMode = mode == ConnectionMode::apiKey || mode == ConnectionMode::browser;
     return !usesLiveMode && (draft.sampleDataEnabled || mode == ConnectionMode::mock);
+}
+
+QString AccountLifecycle::keyKeptMessage(const QString& reason) {
+    return withReason(
+        QStringLiteral("The key couldn’t be removed from macOS Keychain yet; Tallyfen removes it at "
+                       "the next chance."),
+        reason);
 }
 
 QString AccountLifecycle::providerPageMessage() {
@@ -377,8 +380,8 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
     if (const auto refusal = commit(point)) {
         journal().crossOut(owed);
         return EditorSave{.account = existing,
-                          .refusal = QStringLiteral("The account could not be saved locally.") +
-                                     reasonSentence(refusal->reason)};
+                          .refusal = withReason(QStringLiteral("The account could not be saved locally."),
+                                                refusal->reason)};
     }
     if (!draft.apiKey.isEmpty()) {
         try {
@@ -388,8 +391,9 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
                 journal().crossOut(owed);
             }
             return EditorSave{.account = existing,
-                              .refusal = QStringLiteral("The credential could not be saved in Keychain.") +
-                                         reasonSentence(error.reason())};
+                              .refusal =
+                                  withReason(QStringLiteral("The credential could not be saved in Keychain."),
+                                             error.reason())};
         }
     }
     std::optional<QString> keyKept = deleteKeys(staleKeys);

@@ -107,6 +107,12 @@ public:
     static bool showsSampleData(const AccountDraft& draft);
     // The status sentence of an account that only links to the provider's page.
     static QString providerPageMessage();
+    // What the person is told when a change was made but a key stays in the keychain
+    // for now (`Outcome::keyKept`), and of a sign-out the store refused.
+    static QString keyKeptMessage(const QString& reason);
+    static QString signOutRefusedMessage() {
+        return QStringLiteral("The account wasn’t signed out: the local database couldn’t save the change.");
+    }
 
 private:
     // Saves the changes made since `point`; a refusal puts memory back as it was then.

@@ -3,6 +3,7 @@
 #include "core/AccountLabel.h"
 #include "core/CommandCenter.h"
 #include "model/Clock.h"
+#include "model/ReasonText.h"
 #include "services/NotificationService.h"
 
 #include <QTimer>
@@ -20,10 +21,11 @@ ContentView::ContentView(AccountStore* store, Preferences* preferences, QObject*
     connect(&m_engine, &RefreshEngine::ticked, this, &ContentView::heartbeatTicked);
     connect(&m_engine, &RefreshEngine::saved, this, [this](const std::optional<QString>& failure) {
         if (failure) {
-            setNotice(QStringLiteral("Recent changes couldn’t be saved to the local database; they stay "
-                                     "in this window and are saved with the next change. Reason: %1.")
-                          .arg(*failure),
-                      true);
+            setNotice(
+                withReason(QStringLiteral("Recent changes couldn’t be saved to the local database; they "
+                                          "stay in this window and are saved with the next change."),
+                           *failure),
+                true);
         } else if (m_noticeFromBackground) {
             setNotice(std::nullopt);
         }
@@ -75,11 +77,9 @@ void ContentView::setNotice(const std::optional<QString>& notice, bool fromBackg
 
 void ContentView::report(const AccountLifecycle::Outcome& outcome, const QString& refused) {
     if (outcome.refusal) {
-        setNotice(refused + QStringLiteral(" Reason: %1.").arg(outcome.refusal->reason));
+        setNotice(withReason(refused, outcome.refusal->reason));
     } else if (outcome.keyKept) {
-        setNotice(QStringLiteral("The key couldn’t be removed from macOS Keychain yet; Tallyfen removes it "
-                                 "at the next chance. Reason: %1.")
-                      .arg(*outcome.keyKept));
+        setNotice(AccountLifecycle::keyKeptMessage(*outcome.keyKept));
     } else if (outcome.done && m_noticeFromBackground) {
         setNotice(std::nullopt); // what waited was saved with this change
     }
@@ -198,8 +198,7 @@ void ContentView::createDemoAccounts() {
 }
 
 void ContentView::logout(ProviderAccount* account) {
-    report(m_lifecycle.logout(account),
-           QStringLiteral("The account wasn’t signed out: the local database couldn’t save the change."));
+    report(m_lifecycle.logout(account), AccountLifecycle::signOutRefusedMessage());
 }
 
 void ContentView::deleteSelectedAccount() {

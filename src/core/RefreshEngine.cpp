@@ -2,6 +2,7 @@
 
 #include "core/UrgentNotification.h"
 #include "model/Clock.h"
+#include "model/ReasonText.h"
 #include "model/UsageJson.h"
 #include "providers/OfficialMetadata.h"
 #include "providers/OpenAIClient.h"
@@ -16,14 +17,6 @@
 namespace {
 // The platform's distant past: earlier than any date the program will see.
 constexpr Timestamp kDistantPast(-63'114'076'800.0);
-// The sentence of a refresh that got no usable response, with why when it is known.
-QString failedRefreshMessage(QString reason) {
-    const QString sentence = QStringLiteral("Refresh failed; existing snapshot was kept");
-    while (reason.endsWith(u'.')) {
-        reason.chop(1);
-    }
-    return reason.isEmpty() ? sentence : sentence + QStringLiteral(". Reason: %1.").arg(reason);
-}
 } // namespace
 
 RefreshEngine::RefreshEngine(AccountStore* store, Preferences* preferences, QObject* parent)
@@ -150,7 +143,9 @@ QCoro::Task<> RefreshEngine::run(ProviderAccount& target) {
             account->setSyncMessage(providerError->errorDescription());
         } else {
             account->setSyncStatus(SyncStatus::offline);
-            account->setSyncMessage(failedRefreshMessage(failure));
+            // The sentence of a refresh that got no usable response, with why when it is known.
+            account->setSyncMessage(
+                withReason(QStringLiteral("Refresh failed; existing snapshot was kept"), failure));
         }
         // In flight until the save that holds the result: no second refresh of the
         // account can start from a state that is not yet stored.

@@ -4,6 +4,7 @@
 #include "core/ConnectionTest.h"
 #include "core/Preferences.h"
 #include "model/Clock.h"
+#include "model/ReasonText.h"
 #include "store/ProviderAccount.h"
 #include "store/ProviderAuthentication.h"
 
@@ -504,9 +505,7 @@ void AccountEditorForm::refreshConnection() {
 void AccountEditorForm::logoutConnection() {
     const AccountLifecycle::Outcome outcome = m_lifecycle->logoutConnection(m_existing.data());
     if (outcome.refusal) {
-        refuse(QStringLiteral("The account wasn’t signed out: the local database couldn’t save the change. "
-                              "Reason: %1.")
-                   .arg(outcome.refusal->reason));
+        refuse(withReason(AccountLifecycle::signOutRefusedMessage(), outcome.refusal->reason));
         return;
     }
     m_fields.secretInput.fill(QChar(0));
@@ -517,10 +516,7 @@ void AccountEditorForm::logoutConnection() {
     m_fields.testMessage =
         QStringLiteral("Signed out. Choose Manual tracking, or reconnect the official OpenAI API key.");
     if (outcome.keyKept) {
-        *m_fields.testMessage +=
-            QStringLiteral(" The key couldn’t be removed from macOS Keychain yet; Tallyfen "
-                           "removes it at the next chance. Reason: %1.")
-                .arg(*outcome.keyKept);
+        *m_fields.testMessage += u' ' + AccountLifecycle::keyKeptMessage(*outcome.keyKept);
     }
     Q_EMIT changed();
 }

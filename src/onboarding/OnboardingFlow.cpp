@@ -3,6 +3,7 @@
 #include "core/ConnectionTest.h"
 #include "model/Clock.h"
 #include "model/PlatformWording.h"
+#include "model/ReasonText.h"
 #include "onboarding/OnboardingSavedDraft.h"
 #include "onboarding/OnboardingValidation.h"
 #include "providers/UsageProviderError.h"
@@ -155,15 +156,12 @@ void OnboardingFlow::setPage(OnboardingPage page) {
 QString OnboardingFlow::creationRefusalMessage(const Hooks::Refusal& refusal) {
     const bool keychain = refusal && refusal->source == AccountLifecycle::Refusal::Source::keychain;
     // The keychain, not the local database, is what refused a key.
-    QString message =
+    const QString message =
         keychain
             ? QStringLiteral(
                   "We couldn’t save your key in macOS Keychain. Your setup is still here; try again.")
             : QStringLiteral("We couldn’t save this account locally. Your setup is still here; try again.");
-    if (refusal && !refusal->reason.isEmpty()) {
-        message += QStringLiteral(" Reason: %1.").arg(refusal->reason);
-    }
-    return PlatformWording::apply(message);
+    return PlatformWording::apply(refusal ? withReason(message, refusal->reason) : message);
 }
 
 void OnboardingFlow::next() {

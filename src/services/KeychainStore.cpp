@@ -37,9 +37,6 @@ void rememberPending(const QString& account) {
     }
 }
 
-bool deleted(qint32 status) {
-    return KeychainStore::isDeleted(status);
-}
 } // namespace
 
 bool KeychainStore::isUnreachable(qint32 status) noexcept {
@@ -79,7 +76,7 @@ void KeychainStore::retryPendingDeletions() {
     }
     QStringList still;
     for (qsizetype i = 0; i < pending.size(); ++i) {
-        if (!deleted(KeychainBackend::deleteItem(service, pending[i]))) {
+        if (!isDeleted(KeychainBackend::deleteItem(service, pending[i]))) {
             // The keychain is locked or away: the rest would fare no better, and each
             // try could cost a whole time-out.
             still += pending.mid(i);
@@ -125,7 +122,7 @@ std::optional<QString> KeychainStore::read(const QString& account, qint32* answe
     if (answer) {
         *answer = status;
     }
-    if (!pending.isEmpty() && deleted(status)) {
+    if (!pending.isEmpty() && isDeleted(status)) {
         // The keychain answered: a good moment for the deletions still waiting.
         retryPendingDeletions();
     }
@@ -148,7 +145,7 @@ void KeychainStore::deleteItem(const QString& account, qint32* status) {
     if (status) {
         *status = answer;
     }
-    if (deleted(answer)) {
+    if (isDeleted(answer)) {
         forgetPending(account);
         retryPendingDeletions(); // the keychain answered: the others may go too
     } else {
