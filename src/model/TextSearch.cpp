@@ -60,11 +60,13 @@ QString TextSearch::folded(const QString& text, const QLocale& locale) {
 }
 
 bool TextSearch::containsIgnoringCase(const QString& text, const QString& query, const QLocale& locale) {
-    if (query.isEmpty()) {
+    return query.isEmpty() || containsFolded(folded(text, locale), folded(query, locale));
+}
+
+bool TextSearch::containsFolded(const QString& haystack, const QString& needle) {
+    if (needle.isEmpty()) {
         return true;
     }
-    const QString haystack = folded(text, locale);
-    const QString needle = folded(query, locale);
     // A match counts only where it ends at the end of a letter: "e" is not found in the
     // "e" that a combining accent follows.
     for (qsizetype at = haystack.indexOf(needle); at >= 0; at = haystack.indexOf(needle, at + 1)) {

@@ -16,4 +16,6 @@ public:
                                      const QLocale& locale = QLocale());
     // The form both sides are compared in: canonical, folded, decomposed.
     static QString folded(const QString& text, const QLocale& locale = QLocale());
+    // The same test on texts already folded, for a query asked of many texts.
+    static bool containsFolded(const QString& foldedText, const QString& foldedQuery);
 };

@@ -67,8 +67,9 @@ QList<ProviderAccount*> SidebarModel::filteredAccounts(const QList<ProviderAccou
         return accounts;
     }
     QList<ProviderAccount*> found;
+    const QString folded = TextSearch::folded(query);
     for (ProviderAccount* account : accounts) {
-        if (TextSearch::containsIgnoringCase(haystack(*account), query)) {
+        if (TextSearch::containsFolded(TextSearch::folded(haystack(*account)), folded)) {
             found.append(account);
         }
     }
