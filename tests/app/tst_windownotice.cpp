@@ -50,10 +50,10 @@ private slots:
         window.show();
         QVERIFY(!window.findChild<QWidget*>(QStringLiteral("noticeSlot"))->isVisible());
 
-        QVERIFY(makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true));
+        QVERIFY(makeStoreReadOnly(path, true));
         content.refresh(account);
         QTRY_VERIFY(content.refreshingIDs().isEmpty());
-        QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
+        QVERIFY(makeStoreReadOnly(path, false));
         QVERIFY(content.notice());
         QVERIFY2(content.notice()->startsWith(
                      QStringLiteral("Recent changes couldn’t be saved to the local database; "
@@ -88,9 +88,9 @@ private slots:
         window.show();
         content.setSelection(SidebarSelection::account(account->id()));
         content.requestDelete(account->id());
-        QVERIFY(makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true));
+        QVERIFY(makeStoreReadOnly(path, true));
         content.deleteSelectedAccount();
-        QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
+        QVERIFY(makeStoreReadOnly(path, false));
         QCOMPARE(content.accounts(), QList<ProviderAccount*>{account});
         QCOMPARE(content.selection(), SidebarSelection::account(account->id()));
         QVERIFY(content.notice());

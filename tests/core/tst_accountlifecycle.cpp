@@ -168,7 +168,7 @@ private slots:
         CoreFixture fixture;
         const QString path = fixture.store->path();
         QVERIFY(fixture.store->save());
-        QVERIFY(makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true));
+        QVERIFY(makeStoreReadOnly(path, true));
         ContentView content(fixture.store.get(), fixture.preferences.get());
         OnboardingDraft draft;
         draft.connectionMode = ConnectionMode::apiKey;
@@ -182,7 +182,7 @@ private slots:
         });
         std::optional<AccountLifecycle::Refusal> refusal;
         QVERIFY(!content.createOnboardingAccount(draft.accountDraft(), &refusal));
-        QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
+        QVERIFY(makeStoreReadOnly(path, false));
         QVERIFY(!reference.isEmpty());
         // The record went first and was refused: the key never reached the keychain.
         QVERIFY(!keychainAccounts().contains(reference));
@@ -572,7 +572,7 @@ private slots:
         CoreFixture fixture;
         const QString path = fixture.dir.filePath(QStringLiteral("accounts.store"));
         QVERIFY(fixture.store->save());
-        QVERIFY(makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true));
+        QVERIFY(makeStoreReadOnly(path, true));
         AccountDraft draft{.provider = AIProvider::openAI,
                            .label = QStringLiteral("Refused"),
                            .connectionMode = ConnectionMode::apiKey,
@@ -580,7 +580,7 @@ private slots:
                            .sampleDataEnabled = false};
         const QStringList keysBefore = keychainAccounts();
         const AccountLifecycle::EditorSave refused = fixture.lifecycle->saveEditorAccount(draft, nullptr);
-        QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
+        QVERIFY(makeStoreReadOnly(path, false));
         QVERIFY(!refused.saved);
         QVERIFY(
             refused.refusal->startsWith(QStringLiteral("The account could not be saved locally. Reason: ")));
@@ -602,13 +602,13 @@ private slots:
         const ProviderAccountRow signedInRow = signedIn->row();
         const ProviderAccountRow sampleRow = sample->row();
         const QString path = fixture.dir.filePath(QStringLiteral("accounts.store"));
-        QVERIFY(makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true));
+        QVERIFY(makeStoreReadOnly(path, true));
         const QString signedInKey = signedIn->secretReference();
         const QString sampleKey = sample->secretReference();
         const QList<AccountLifecycle::Outcome> outcomes{
             fixture.lifecycle->logoutConnection(signedIn), fixture.lifecycle->logout(signedIn),
             fixture.lifecycle->clearSampleData(), fixture.lifecycle->deleteAccount(signedIn->id())};
-        QVERIFY(makeReadOnly(path, false) && makeReadOnly(path + QStringLiteral("-wal"), false));
+        QVERIFY(makeStoreReadOnly(path, false));
         for (const AccountLifecycle::Outcome& outcome : outcomes) {
             QVERIFY(!outcome.done);
             QVERIFY(outcome.refusal);

@@ -17,8 +17,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <sys/mount.h>
-
 #include <functional>
 
 namespace {
@@ -95,22 +93,10 @@ class TestRefusedWrites final : public QObject {
     std::function<void()> refuse(Refusal refusal) {
         switch (refusal) {
         case Refusal::readOnlyFile:
-            makeReadOnly(path(), true);
-            makeReadOnly(path() + QStringLiteral("-wal"), true);
-            return [this] {
-                makeReadOnly(path(), false);
-                makeReadOnly(path() + QStringLiteral("-wal"), false);
-            };
-        case Refusal::fullDisk: {
-            // Fill what is left of the small disk.
-            QFile filler(m_folder + QStringLiteral("/filler"));
-            filler.open(QIODevice::WriteOnly);
-            const QByteArray block(4096, 'x');
-            while (filler.write(block) == block.size() && filler.flush()) {
-            }
-            filler.close();
-            return [this] { QFile::remove(m_folder + QStringLiteral("/filler")); };
-        }
+            makeStoreReadOnly(path(), true);
+            return [this] { makeStoreReadOnly(path(), false); };
+        case Refusal::fullDisk:
+            return [filler = fillDisk(m_folder)] { QFile::remove(filler); };
         case Refusal::writeLockHeld: {
             m_locker = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("locker"));
             m_locker.setDatabaseName(path());
@@ -145,7 +131,7 @@ private slots:
         m_lifecycle.reset();
         m_store.reset();
         if (m_mounted) {
-            ::umount(QFile::encodeName(m_folder).constData());
+            unmountSmallDisk(m_folder);
             m_mounted = false;
         }
         QDir(m_folder).removeRecursively();
@@ -178,8 +164,7 @@ private slots:
             if (geteuid() != 0) {
                 QSKIP("a small tmpfs for the full disk can only be mounted as root");
             }
-            m_mounted =
-                ::mount("tmpfs", QFile::encodeName(m_folder).constData(), "tmpfs", 0, "size=64k") == 0;
+            m_mounted = mountSmallDisk(m_folder);
             QVERIFY(m_mounted);
         }
         open();

@@ -632,9 +632,7 @@ private slots:
         // Changes go to the write-ahead log first: both files refuse.
         const QString path = fixture.dir.filePath(QStringLiteral("accounts.store"));
         QVERIFY(fixture.store->save());
-        const auto refuse = [&](bool readOnly) {
-            return makeReadOnly(path, readOnly) && makeReadOnly(path + QStringLiteral("-wal"), readOnly);
-        };
+        const auto refuse = [&](bool readOnly) { return makeStoreReadOnly(path, readOnly); };
         {
             AccountEditorForm form(fixture.lifecycle.get(), nullptr);
             form.edit().label = QStringLiteral("Typed");

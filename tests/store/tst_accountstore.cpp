@@ -408,7 +408,7 @@ private slots:
         store->insert(new ProviderAccount(accountInit(QStringLiteral("before"))));
         QVERIFY(store->save());
         // Made read-only while open (a backup tool, a full quota): the save is refused.
-        QVERIFY(makeReadOnly(m_path, true) && makeReadOnly(m_path + QStringLiteral("-wal"), true));
+        QVERIFY(makeStoreReadOnly(m_path, true));
         const QByteArray before = digest(m_path);
         store->accounts().first()->setLabel(QStringLiteral("after"));
         QVERIFY(!store->save(&error));
@@ -420,7 +420,7 @@ private slots:
         QVERIFY(!AccountStore::open(m_path, &error));
         QVERIFY2(error.contains(QStringLiteral("is read-only, so nothing could be kept")), qPrintable(error));
         QCOMPARE(digest(m_path), before);
-        QVERIFY(makeReadOnly(m_path, false) && makeReadOnly(m_path + QStringLiteral("-wal"), false));
+        QVERIFY(makeStoreReadOnly(m_path, false));
         auto reopened = AccountStore::open(m_path, &error);
         QVERIFY2(reopened, qPrintable(error));
         QCOMPARE(reopened->accounts().first()->label(), QStringLiteral("before"));

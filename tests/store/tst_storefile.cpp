@@ -16,7 +16,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <sys/mount.h>
 #include <sys/stat.h>
 
 namespace {
@@ -173,14 +172,9 @@ private slots:
         }
         const QString folder = m_dir.filePath(QStringLiteral("small"));
         QVERIFY(QDir().mkpath(folder));
-        QVERIFY(::mount("tmpfs", QFile::encodeName(folder).constData(), "tmpfs", 0, "size=64k") == 0);
-        const auto unmount = qScopeGuard([&] { ::umount(QFile::encodeName(folder).constData()); });
-        QFile filler(folder + QStringLiteral("/filler"));
-        QVERIFY(filler.open(QIODevice::WriteOnly));
-        const QByteArray block(4096, 'x');
-        while (filler.write(block) == block.size() && filler.flush()) {
-        }
-        filler.close();
+        QVERIFY(mountSmallDisk(folder));
+        const auto unmount = qScopeGuard([&] { unmountSmallDisk(folder); });
+        fillDisk(folder);
         QString error;
         QVERIFY(!AccountStore::open(folder + QStringLiteral("/accounts.store"), &error));
         QVERIFY2(error.startsWith(QStringLiteral("the disk is full (")), qPrintable(error));

@@ -414,15 +414,14 @@ int main(int argc, char* argv[]) {
             // A delete the local database refused: the notice above the overview.
             (void)store.save();
             const QString path = store.path();
-            if (makeReadOnly(path, true) && makeReadOnly(path + QStringLiteral("-wal"), true)) {
+            if (makeStoreReadOnly(path, true)) {
                 scenario.content->requestDelete(store.accounts().at(0)->id());
                 QApplication::processEvents();
                 if (QMessageBox* dialog = window.deleteDialog()) {
                     dialog->reject();
                 }
                 scenario.content->deleteSelectedAccount();
-                makeReadOnly(path, false);
-                makeReadOnly(path + QStringLiteral("-wal"), false);
+                makeStoreReadOnly(path, false);
                 ok &= shoot(window, file("overview-notice"));
                 scenario.content->dismissNotice();
             }
