@@ -66,7 +66,12 @@ private slots:
         QVERIFY(texts(notice).contains(*content.notice()));
         QVERIFY(texts(notice).contains(ContentView::noticeTitle()));
         QVERIFY(shownAccessibleNames(notice).contains(*content.notice()));
-        QVERIFY(shown<QPushButton>(notice, QStringLiteral("Dismiss")));
+        // Its one control is a button a screen reader can name and press.
+        QPushButton* dismissButton = shown<QPushButton>(notice, QStringLiteral("Dismiss"));
+        QVERIFY(dismissButton);
+        QAccessibleInterface* node = QAccessible::queryAccessibleInterface(dismissButton);
+        QCOMPARE(node->role(), QAccessible::Button);
+        QVERIFY(node->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()));
         // Nothing was lost: the refresh waits in memory and goes with the next save.
         QVERIFY(storedMessage(path, account->id()) != account->syncMessage());
 
