@@ -92,3 +92,23 @@ inline void type(QLineEdit* field, const QString& text) {
     QTest::keyClick(field, Qt::Key_Backspace);
     QTest::keyClicks(field, text);
 }
+
+// Replaces a field's whole text the way assistive technology does (dictation, switch access,
+// voice control): through the accessibility interface, without a keystroke.
+inline void setByAssistiveTechnology(QWidget* field, const QString& text) {
+    QVERIFY(field);
+    QAccessibleInterface* node = QAccessible::queryAccessibleInterface(field);
+    QAccessibleEditableTextInterface* editable = node ? node->editableTextInterface() : nullptr;
+    QAccessibleTextInterface* shownText = node ? node->textInterface() : nullptr;
+    QVERIFY(editable && shownText);
+    if (editable && shownText) {
+        editable->replaceText(0, shownText->characterCount(), text);
+    }
+}
+
+// What a field shows, as a screen reader reads it back.
+inline QString accessibleText(QWidget* field) {
+    QAccessibleInterface* node = QAccessible::queryAccessibleInterface(field);
+    QAccessibleTextInterface* shownText = node ? node->textInterface() : nullptr;
+    return shownText ? shownText->text(0, shownText->characterCount()) : QString();
+}

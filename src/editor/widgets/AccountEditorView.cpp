@@ -4,6 +4,7 @@
 #include "editor/widgets/EditorParts.h"
 #include "editor/widgets/ManualHorizonEditor.h"
 #include "ui/BlockParts.h"
+#include "ui/BoundText.h"
 #include "ui/FormField.h"
 #include "ui/SectionCard.h"
 #include "ui/SelectableTile.h"
@@ -109,8 +110,7 @@ void AccountEditorView::buildSubscription(QWidget* page) {
     m_label->setObjectName(QStringLiteral("accountLabel"));
     m_label->setText(fields.label);
     card->add(FormField::labelled(m_content.label.title, m_label, card));
-    connect(m_label, &QLineEdit::textEdited, this,
-            [this](const QString& text) { m_form->edit().label = text; });
+    BoundText::bind(m_label, this, [this](const QString& text) { m_form->edit().label = text; });
 
     auto* grid = new QWidget(card);
     auto* gridLayout = new QGridLayout(grid);
@@ -252,8 +252,7 @@ QWidget* AccountEditorView::buildKeyPanel(QWidget* parent) {
     keyButtons->addWidget(m_logout);
     keyButtons->addStretch(1);
     keyLayout->addLayout(keyButtons);
-    connect(m_key, &QLineEdit::textEdited, this,
-            [this](const QString& text) { m_form->edit().secretInput = text; });
+    BoundText::bind(m_key, this, [this](const QString& text) { m_form->edit().secretInput = text; });
     connect(m_test, &QPushButton::clicked, m_form, &AccountEditorForm::testConnection);
     connect(m_keyRefresh, &QPushButton::clicked, m_form, &AccountEditorForm::refreshConnection);
     connect(m_logout, &QPushButton::clicked, m_form, &AccountEditorForm::logoutConnection);
@@ -299,10 +298,10 @@ void AccountEditorView::buildManual(QWidget* page) {
         editor->limitField()->setText(values.*limit);
         editor->usedField()->setText(values.*used);
         editor->resetPicker()->setDateTime(localTime(values.*reset));
-        connect(editor->limitField(), &QLineEdit::textEdited, this,
-                [this, limit](const QString& text) { m_form->edit().*limit = text; });
-        connect(editor->usedField(), &QLineEdit::textEdited, this,
-                [this, used](const QString& text) { m_form->edit().*used = text; });
+        BoundText::bind(editor->limitField(), this,
+                        [this, limit](const QString& text) { m_form->edit().*limit = text; });
+        BoundText::bind(editor->usedField(), this,
+                        [this, used](const QString& text) { m_form->edit().*used = text; });
         connect(editor->resetSwitch(), &ToggleSwitch::toggled, this, [this, hasReset](bool on) {
             if (!m_syncing) {
                 m_form->edit().*hasReset = on;
@@ -344,8 +343,7 @@ void AccountEditorView::buildAdvanced(QWidget* page) {
         QLineEdit* edit = lineEdit(content.prompt, card);
         edit->setObjectName(objectName);
         edit->setText(value);
-        connect(edit, &QLineEdit::textEdited, this,
-                [this, bound](const QString& text) { m_form->edit().*bound = text; });
+        BoundText::bind(edit, this, [this, bound](const QString& text) { m_form->edit().*bound = text; });
         QWidget* row = FormField::labelled(content.title, edit, card);
         card->add(row);
         return std::pair{edit, row};
@@ -378,8 +376,7 @@ void AccountEditorView::buildAdvanced(QWidget* page) {
     card->add(m_planOverrideRow);
     for (QLineEdit* plan : {m_detectedOverride, m_planOverride}) {
         plan->setText(fields.planName);
-        connect(plan, &QLineEdit::textEdited, this,
-                [this](const QString& text) { m_form->edit().planName = text; });
+        BoundText::bind(plan, this, [this](const QString& text) { m_form->edit().planName = text; });
     }
     card->add(note(m_content.advancedNote, card));
 }
@@ -533,7 +530,7 @@ void AccountEditorView::sync() {
         m_keyRefresh->setEnabled(panel->refreshEnabled);
         m_logout->setVisible(panel->showsLogout);
     }
-    setTextIfChanged(m_key, fields.secretInput);
+    BoundText::show(m_key, fields.secretInput);
 
     m_testMessage->setVisible(m_content.testMessage.has_value());
     m_testMessage->setFullText(m_content.testMessage.value_or(QString()));
@@ -562,8 +559,8 @@ void AccountEditorView::sync() {
         m_detectedSignals->setFullText(detected->signalLine);
     }
     m_planOverrideRow->setVisible(m_content.planOverride.has_value());
-    setTextIfChanged(m_detectedOverride, fields.planName);
-    setTextIfChanged(m_planOverride, fields.planName);
+    BoundText::show(m_detectedOverride, fields.planName);
+    BoundText::show(m_planOverride, fields.planName);
 
     m_errorRow->setVisible(m_content.error.has_value());
     m_error->setFullText(m_content.error ? m_content.error->text : QString());

@@ -30,12 +30,6 @@ QLineEdit* lineEdit(const QString& prompt, QWidget* parent) {
     return field;
 }
 
-void setTextIfChanged(QLineEdit* field, const QString& text) {
-    if (field->text() != text) {
-        field->setText(text);
-    }
-}
-
 QDateTime localTime(Timestamp moment) {
     return moment.clamped().toDateTime().toLocalTime();
 }

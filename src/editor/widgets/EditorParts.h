@@ -18,8 +18,6 @@ QPushButton* sheetButton(const QString& title, Theme::ButtonRole role, const QSt
 ElidedLabel* note(const QString& text, QWidget* parent);
 ElidedLabel* paragraph(const QString& text, QWidget* parent);
 QLineEdit* lineEdit(const QString& prompt, QWidget* parent);
-// Sets a field's text only when it differs, so the caret stays where the operator left it.
-void setTextIfChanged(QLineEdit* field, const QString& text);
 QDateTime localTime(Timestamp moment);
 // The sheet's title above its page; the title's label goes into `title`.
 QWidget* sheetHeader(const QString& text, ElidedLabel*& title, QWidget* parent);

@@ -4,6 +4,7 @@
 #include "onboarding/widgets/ManualEntryPair.h"
 #include "onboarding/widgets/OnboardingParts.h"
 #include "ui/BlockParts.h"
+#include "ui/BoundText.h"
 #include "ui/FormField.h"
 #include "ui/SelectableTile.h"
 #include "ui/Theme.h"
@@ -101,12 +102,11 @@ QWidget* OnboardingConnectionPage::buildKeyPanel() {
     QPushButton* manual = BlockParts::button(keyTexts.manualLink, Theme::ButtonRole::link, m_keyPanel);
     manual->setObjectName(QStringLiteral("setUpManuallyButton"));
     keyLayout->addWidget(manual, 0, Qt::AlignLeft);
-    connect(m_key, &QLineEdit::textEdited, m_flow, &OnboardingFlow::setAPIKey);
+    BoundText::bind(m_key, m_flow, [flow = m_flow](const QString& key) { flow->setAPIKey(key); });
     connect(paste, &QPushButton::clicked, this, [this] {
         const QString clip = QGuiApplication::clipboard()->text();
         if (!clip.isEmpty()) {
             m_key->setText(clip);
-            m_flow->setAPIKey(clip);
         }
     });
     connect(m_test, &QPushButton::clicked, m_flow, &OnboardingFlow::testConnection);
@@ -182,8 +182,10 @@ void OnboardingConnectionPage::bindManualPanel() {
                                  void (OnboardingFlow::*limit)(const QString&),
                                  void (OnboardingFlow::*mode)(OnboardingResetMode),
                                  void (OnboardingFlow::*date)(Timestamp)) {
-        connect(pair->usedField(), &QLineEdit::textEdited, m_flow, used);
-        connect(pair->limitField(), &QLineEdit::textEdited, m_flow, limit);
+        BoundText::bind(pair->usedField(), m_flow,
+                        [flow = m_flow, used](const QString& text) { (flow->*used)(text); });
+        BoundText::bind(pair->limitField(), m_flow,
+                        [flow = m_flow, limit](const QString& text) { (flow->*limit)(text); });
         connect(pair->resetPicker(), &QComboBox::activated, this, [this, pair, mode](int index) {
             if (const auto chosen =
                     OnboardingResetMode::fromRawValue(pair->resetPicker()->itemData(index).toString())) {
@@ -269,9 +271,7 @@ void OnboardingConnectionPage::sync(const OnboardingContent::ConnectionPage& con
 }
 
 void OnboardingConnectionPage::followKey() {
-    if (m_key->text() != m_flow->apiKey()) {
-        m_key->setText(m_flow->apiKey());
-    }
+    BoundText::show(m_key, m_flow->apiKey());
 }
 
 void OnboardingConnectionPage::syncKeyPanel(const OnboardingContent::KeyFields& key) {
@@ -293,12 +293,8 @@ void OnboardingConnectionPage::syncManualPanel(const OnboardingContent::ManualFi
     m_weeklyPair->setContent(manual.weekly);
     const auto fill = [](ManualEntryPair* pair, const QString& used, const QString& limit,
                          OnboardingResetMode mode, Timestamp date) {
-        if (pair->usedField()->text() != used) {
-            pair->usedField()->setText(used);
-        }
-        if (pair->limitField()->text() != limit) {
-            pair->limitField()->setText(limit);
-        }
+        BoundText::show(pair->usedField(), used);
+        BoundText::show(pair->limitField(), limit);
         pair->resetPicker()->setCurrentIndex(pair->resetPicker()->findData(mode.rawValue()));
         const QDateTime shown = date.clamped().toDateTime().toLocalTime();
         if (pair->datePicker()->dateTime() != shown) {

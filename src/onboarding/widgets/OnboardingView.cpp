@@ -8,6 +8,7 @@
 #include "onboarding/widgets/StepCapsules.h"
 #include "services/MotionPreference.h"
 #include "ui/BlockParts.h"
+#include "ui/BoundText.h"
 #include "ui/BrandMark.h"
 #include "ui/FormField.h"
 #include "ui/SelectableTile.h"
@@ -303,7 +304,7 @@ QWidget* OnboardingView::buildName() {
         BlockParts::icon(QStringLiteral("checkmark.circle.fill"), 16, preview, Tone::positive));
     layout->addWidget(preview);
     layout->addStretch(1);
-    connect(m_label, &QLineEdit::textEdited, m_flow, &OnboardingFlow::setLabel);
+    BoundText::bind(m_label, m_flow, [flow = m_flow](const QString& label) { flow->setLabel(label); });
     return frame;
 }
 
@@ -417,9 +418,7 @@ void OnboardingView::sync() {
     }
     // The fields follow the flow on every page: a new provider or another subscription
     // empties them while they are out of sight.
-    if (m_label->text() != m_flow->label()) {
-        m_label->setText(m_flow->label());
-    }
+    BoundText::show(m_label, m_flow->label());
     m_connection->followKey();
     if (const auto& name = c.name) {
         m_label->setPlaceholderText(name->placeholder);
