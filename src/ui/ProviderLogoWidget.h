@@ -7,6 +7,8 @@
 
 // A provider's logo in a square: the bundled mark, taking the text colour around it
 // (xAI's keeps its own colours), or the provider's symbol, inset, when no mark loads.
+// Decoration beside the provider's name, hidden from assistive technology, unless it is
+// given an accessible name where it stands alone.
 class ProviderLogoWidget final : public QWidget {
     Q_OBJECT
 

@@ -4,6 +4,7 @@
 #include "ui/BlockParts.h"
 #include "ui/Theme.h"
 
+#include <QAbstractButton>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -13,6 +14,7 @@
 namespace {
 using Ink = ElidedLabel::Ink;
 constexpr std::array<int, 4> kStretch{3, 2, 2, 2};
+constexpr int kRing = 2;
 
 QWidget* cellWidget(const MatrixRowContent::Cell& cell, QWidget* parent) {
     auto* box = new QWidget(parent);
@@ -37,16 +39,19 @@ QWidget* cellWidget(const MatrixRowContent::Cell& cell, QWidget* parent) {
     return box;
 }
 
-// One row: a flat button over the whole width that selects its account.
-class MatrixRow final : public QWidget {
+// One row: a flat button over the whole width that selects its account. A click (press
+// and release on the same row), Return, Enter or Space opens it.
+class MatrixRow final : public QAbstractButton {
 public:
     MatrixRow(const MatrixRowContent& content, SubscriptionMatrixWidget* matrix, QWidget* parent)
-        : QWidget(parent)
-        , m_id(content.id)
-        , m_matrix(matrix) {
+        : QAbstractButton(parent) {
+        setObjectName(QStringLiteral("matrixRow"));
         setAccessibleName(content.name);
+        setAccessibleDescription(content.statusLine());
         setCursor(Qt::PointingHandCursor);
         setFocusPolicy(Qt::StrongFocus);
+        connect(this, &QAbstractButton::clicked, matrix,
+                [matrix, id = content.id] { Q_EMIT matrix->selected(id); });
         auto* layout = new QHBoxLayout(this);
         layout->setContentsMargins(Theme::kSpaceM, Theme::kSpaceM, Theme::kSpaceM, Theme::kSpaceM);
         layout->setSpacing(Theme::kSpaceL);
@@ -85,29 +90,33 @@ public:
         }
     }
 
+    QSize sizeHint() const override { return layout()->sizeHint(); }
+    QSize minimumSizeHint() const override { return layout()->minimumSize(); }
+
 protected:
     void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        const Theme::Appearance look = Theme::appearance(palette());
         if (!m_first) {
-            QPainter(this).fillRect(QRect(0, 0, width(), 1), Theme::separator(Theme::appearance(palette())));
+            painter.fillRect(QRect(0, 0, width(), 1), Theme::separator(look));
         }
-    }
-    void mouseReleaseEvent(QMouseEvent* event) override {
-        if (rect().contains(event->position().toPoint())) {
-            Q_EMIT m_matrix->selected(m_id);
+        if (hasFocus()) {
+            painter.setRenderHint(QPainter::Antialiasing);
+            painter.setPen(QPen(Theme::colors(Tone::accent, look).foreground, kRing));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRoundedRect(QRectF(rect()).adjusted(kRing, kRing, -kRing, -kRing), Theme::kRadiusCard,
+                                    Theme::kRadiusCard);
         }
     }
     void keyPressEvent(QKeyEvent* event) override {
-        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter ||
-            event->key() == Qt::Key_Space) {
-            Q_EMIT m_matrix->selected(m_id);
+        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+            click();
             return;
         }
-        QWidget::keyPressEvent(event);
+        QAbstractButton::keyPressEvent(event);
     }
 
 private:
-    QUuid m_id;
-    SubscriptionMatrixWidget* m_matrix;
     bool m_first = false;
 };
 } // namespace

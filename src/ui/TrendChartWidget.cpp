@@ -38,6 +38,7 @@ void TrendChartWidget::setContent(const TrendChartContent& content) {
     m_picture = QPixmap();
     setAccessibleName(isSparkline() ? content.accessibleName
                                     : (content.isEmpty() ? content.emptyText : content.yAxisLabel));
+    setAccessibleDescription(content.accessibleDescription);
     if (isSparkline()) {
         setFixedSize(kSparkline);
     } else {
@@ -88,13 +89,15 @@ void TrendChartWidget::draw(QPainter& painter) {
 
     const QFontMetrics metrics(caption);
     QRectF plot = QRectF(rect());
-    const auto [minY, maxY] = padded(m_content.minY, m_content.maxY);
+    const auto [minY, maxY] = padded(m_content.axisMinY, m_content.axisMaxY);
     const auto [minX, maxX] = padded(m_content.minX, m_content.maxX);
-    const QLocale locale;
     if (!isSparkline()) {
         // Room for the y marks on the leading side, the x marks and the axis labels.
-        const QString widest = locale.toString(maxY, 'g', 4);
-        const int leading = metrics.horizontalAdvance(widest) + Theme::kSpaceS + metrics.height();
+        int widest = 0;
+        for (const TrendChartContent::YMark& mark : m_content.yMarks) {
+            widest = std::max(widest, metrics.horizontalAdvance(mark.text));
+        }
+        const int leading = widest + Theme::kSpaceS + metrics.height();
         plot.adjust(leading, Theme::kSpaceS, -Theme::kSpaceS, -(metrics.height() * 2 + Theme::kSpaceS));
     } else {
         plot.adjust(kPointRadius, kPointRadius, -kPointRadius, -kPointRadius);
@@ -111,22 +114,24 @@ void TrendChartWidget::draw(QPainter& painter) {
 
     if (!isSparkline()) {
         // Quiet grid and marks: three y values, the x marks every second day.
-        for (int i = 0; i <= 2; ++i) {
-            const double value = minY + (maxY - minY) * i / 2.0;
-            const double y = plot.bottom() - plot.height() * i / 2.0;
+        for (const TrendChartContent::YMark& mark : m_content.yMarks) {
+            const double y = map(QPointF(minX, mark.value)).y();
             painter.setPen(QPen(Theme::separator(look), 1));
             painter.drawLine(QPointF(plot.left(), y), QPointF(plot.right(), y));
             painter.setPen(secondary);
             painter.drawText(QRectF(metrics.height(), y - metrics.height() / 2.0,
                                     plot.left() - metrics.height() - Theme::kSpaceXS, metrics.height()),
-                             Qt::AlignRight | Qt::AlignVCenter, locale.toString(value, 'g', 4));
+                             Qt::AlignRight | Qt::AlignVCenter, mark.text);
         }
         // A mark every second day; a label only where it has room after the last one, so
         // a long history reads as a calm row of dates rather than a smudge.
-        const double labelWidth = metrics.horizontalAdvance(QStringLiteral("Mmm 00")) + Theme::kSpaceS;
+        double labelWidth = 0;
+        for (const TrendChartContent::XMark& mark : m_content.xMarks) {
+            labelWidth = std::max(labelWidth, metrics.horizontalAdvance(mark.text) + double(Theme::kSpaceS));
+        }
         double lastLabelEnd = -1e9;
-        for (const Timestamp mark : m_content.xMarks) {
-            const double x = map(QPointF(mark.secondsSinceReference(), minY)).x();
+        for (const TrendChartContent::XMark& mark : m_content.xMarks) {
+            const double x = map(QPointF(mark.at.secondsSinceReference(), minY)).x();
             if (x < plot.left() - 0.5 || x > plot.right() + 0.5) {
                 continue;
             }
@@ -137,10 +142,9 @@ void TrendChartWidget::draw(QPainter& painter) {
             }
             lastLabelEnd = x + labelWidth / 2;
             painter.setPen(secondary);
-            const QString label = locale.toString(mark.toDateTime().date(), QStringLiteral("MMM d"));
             painter.drawText(
                 QRectF(x - labelWidth / 2, plot.bottom() + Theme::kSpaceXS, labelWidth, metrics.height()),
-                Qt::AlignHCenter | Qt::AlignTop, label);
+                Qt::AlignHCenter | Qt::AlignTop, mark.text);
         }
         painter.setPen(secondary);
         // The axis labels.
@@ -159,9 +163,11 @@ void TrendChartWidget::draw(QPainter& painter) {
     for (const CatmullRom::Segment& segment : CatmullRom::bezierSegments(mapped)) {
         line.cubicTo(segment.control1, segment.control2, segment.end);
     }
+    // The area stands on 0 where the axis holds it, else on the axis's bottom.
+    const double base = std::clamp(map(QPointF(minX, 0)).y(), plot.top(), plot.bottom());
     QPainterPath area = line;
-    area.lineTo(mapped.last().x(), plot.bottom());
-    area.lineTo(mapped.first().x(), plot.bottom());
+    area.lineTo(mapped.last().x(), base);
+    area.lineTo(mapped.first().x(), base);
     area.closeSubpath();
     QColor fill = accent;
     fill.setAlphaF(isSparkline() ? 0.10F : 0.12F);

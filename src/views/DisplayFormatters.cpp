@@ -4,6 +4,7 @@
 
 #include <unicode/ucal.h>
 #include <unicode/udat.h>
+#include <unicode/udatpg.h>
 #include <unicode/unum.h>
 #include <unicode/ureldatefmt.h>
 
@@ -12,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace {
 QByteArray icuLocale(const QLocale& locale) {
@@ -22,12 +24,18 @@ QString fromICU(const UChar* text, int32_t length) {
     return QString(reinterpret_cast<const QChar*>(text), length);
 }
 
-// Runs an ICU formatting call into a buffer and gives its text, or the empty text.
+// Runs an ICU formatting call into a buffer, a larger one when the text needs it, and gives
+// its text, or the empty text when ICU fails: every caller then has a plainer text of its own.
 template <typename Format>
 QString formatted(Format format) {
-    std::array<UChar, 256> buffer{};
+    std::vector<UChar> buffer(256);
     UErrorCode status = U_ZERO_ERROR;
-    const int32_t length = format(buffer.data(), static_cast<int32_t>(buffer.size()), &status);
+    int32_t length = format(buffer.data(), static_cast<int32_t>(buffer.size()), &status);
+    if (status == U_BUFFER_OVERFLOW_ERROR && length > 0) {
+        buffer.resize(static_cast<std::size_t>(length) + 1);
+        status = U_ZERO_ERROR;
+        length = format(buffer.data(), static_cast<int32_t>(buffer.size()), &status);
+    }
     if (U_FAILURE(status) || length > static_cast<int32_t>(buffer.size())) {
         return QString();
     }
@@ -82,12 +90,11 @@ UNumberFormat* numberFormat(int fractionDigits, const QLocale& locale) {
 
 QString number(double value, int fractionDigits, const QLocale& locale) {
     UNumberFormat* format = numberFormat(fractionDigits, locale);
-    if (!format) {
-        return locale.toString(value, 'f', fractionDigits);
-    }
-    return formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
+    const QString text = format ? formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
         return unum_formatDouble(format, value, buffer, capacity, nullptr, error);
-    });
+    })
+                                : QString();
+    return text.isEmpty() ? locale.toString(value, 'f', fractionDigits) : text;
 }
 
 // Milliseconds since the Unix epoch, as ICU counts time; clamped like every calendar date.
@@ -135,12 +142,48 @@ QString DisplayFormatters::dateTime(std::optional<Timestamp> date, const QTimeZo
                              reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
                              nullptr, 0, status);
         });
-    if (!format) {
-        return date->toDateTime().toTimeZone(timeZone).toString(Qt::ISODate);
-    }
-    return formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
+    const QString text = format ? formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
         return udat_format(format, icuDate(*date), buffer, capacity, nullptr, error);
-    });
+    })
+                                : QString();
+    return text.isEmpty() ? date->toDateTime().toTimeZone(timeZone).toString(Qt::ISODate) : text;
+}
+
+QString DisplayFormatters::decimal(double value, int fractionDigits, const QLocale& locale) {
+    return number(value, fractionDigits, locale);
+}
+
+QString DisplayFormatters::monthDay(Timestamp date, const QTimeZone& timeZone, const QLocale& locale) {
+    const QByteArray name = icuLocale(locale);
+    UDateFormat* format = cached<UDateFormat, DateFormatCloser>(
+        "MMMd/" + name.toStdString() + '/' + timeZone.id().toStdString(),
+        [&](UErrorCode* status) -> UDateFormat* {
+            // The locale's own pattern for a month's short name and a day.
+            UDateTimePatternGenerator* generator = udatpg_open(name.constData(), status);
+            if (U_FAILURE(*status)) {
+                return nullptr;
+            }
+            std::array<UChar, 64> pattern{};
+            const std::u16string skeleton = u"MMMd";
+            const int32_t length =
+                udatpg_getBestPattern(generator, skeleton.data(), static_cast<int32_t>(skeleton.size()),
+                                      pattern.data(), static_cast<int32_t>(pattern.size()), status);
+            udatpg_close(generator);
+            if (U_FAILURE(*status)) {
+                return nullptr;
+            }
+            const QString zone = QString::fromLatin1(timeZone.id());
+            return udat_open(UDAT_PATTERN, UDAT_PATTERN, name.constData(),
+                             reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
+                             pattern.data(), length, status);
+        });
+    const QString text = format ? formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
+        return udat_format(format, icuDate(date), buffer, capacity, nullptr, error);
+    })
+                                : QString();
+    return text.isEmpty() ? locale.toString(date.clamped().toDateTime().toTimeZone(timeZone).date(),
+                                            QLocale::ShortFormat)
+                          : text;
 }
 
 QString DisplayFormatters::relative(std::optional<Timestamp> date) {
@@ -152,6 +195,13 @@ QString DisplayFormatters::relative(std::optional<Timestamp> date, Timestamp now
     if (!date) {
         return QStringLiteral("Never");
     }
+    // Where ICU can't say it relatively, the date itself is said: never nothing.
+    const QString text = relativeText(*date, now, locale, timeZone);
+    return text.isEmpty() ? dateTime(date, timeZone, locale) : text;
+}
+
+QString DisplayFormatters::relativeText(Timestamp date, Timestamp now, const QLocale& locale,
+                                        const QTimeZone& timeZone) {
     // The largest calendar unit in which the two moments differ, counted in the user's
     // calendar and time zone, as the platform's relative formatter does.
     const QByteArray name = icuLocale(locale);
@@ -172,7 +222,7 @@ QString DisplayFormatters::relative(std::optional<Timestamp> date, Timestamp now
     UErrorCode status = U_ZERO_ERROR;
     // The cached calendar is set afresh for every call; the differences below move it.
     ucal_setMillis(calendar, icuDate(now), &status);
-    const UDate target = icuDate(*date);
+    const UDate target = icuDate(date);
     struct Step {
         UCalendarDateFields field;
         URelativeDateTimeUnit unit;

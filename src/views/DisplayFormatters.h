@@ -27,6 +27,12 @@ public:
     static QString remaining(const UsageWindow& window, const QLocale& locale = QLocale());
     // The ceiling line of a window with a limit: "of 60 requests".
     static QString ofLimit(const UsageWindow& window, const QLocale& locale = QLocale());
+    // A number with the locale's digits and grouping and exactly `fractionDigits` decimals,
+    // never in exponent form: "100,000", "0.25".
+    static QString decimal(double value, int fractionDigits, const QLocale& locale = QLocale());
+    // A day of the month and the month's short name in the locale's order: "Apr 9", "9 Apr".
+    static QString monthDay(Timestamp date, const QTimeZone& timeZone = QTimeZone::systemTimeZone(),
+                            const QLocale& locale = QLocale());
     // Medium date and short time: "Apr 2, 2026, 9:30 AM"; "Not available" when absent.
     static QString dateTime(std::optional<Timestamp> date,
                             const QTimeZone& timeZone = QTimeZone::systemTimeZone(),
@@ -42,4 +48,9 @@ public:
     // The colour of a status and of a health, as a tone the palette maps.
     static Tone statusColor(SyncStatus status) { return Tones::forStatus(status); }
     static Tone healthColor(UsageHealth health) { return Tones::forHealth(health); }
+
+private:
+    // ICU's relative text, or the empty text when ICU fails.
+    static QString relativeText(Timestamp date, Timestamp now, const QLocale& locale,
+                                const QTimeZone& timeZone);
 };

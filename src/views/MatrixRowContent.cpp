@@ -26,6 +26,16 @@ MatrixRowContent::Cell MatrixRowContent::cell(const QList<UsageWindow>& windows,
     return cell;
 }
 
+QString MatrixRowContent::statusLine() const {
+    QStringList parts;
+    for (const QString& part : {subtitle, status, source, billingOnly, countdown}) {
+        if (!part.isEmpty()) {
+            parts.append(part);
+        }
+    }
+    return parts.join(QStringLiteral(" · "));
+}
+
 MatrixRowContent MatrixRowContent::make(const ProviderAccount& account, Timestamp now,
                                         const QLocale& locale) {
     const std::optional<UsageSnapshot> snapshot = account.snapshot();

@@ -43,6 +43,10 @@ struct MatrixRowContent {
     QString billingOnly; // "Billing only" when the card's billing-only rule holds
     QString countdown;
 
+    // What the row says beside its name and cells, for a screen reader: the second line,
+    // then the status and what stands under it, " · " between.
+    QString statusLine() const;
+
     static MatrixRowContent make(const ProviderAccount& account, Timestamp now,
                                  const QLocale& locale = QLocale());
     static Cell cell(const QList<UsageWindow>& windows, const QLocale& locale = QLocale());

@@ -1,11 +1,11 @@
 #include "views/SidebarModel.h"
 
-#include "model/TextSearch.h"
-
 #include "core/ContentView.h"
 #include "model/AIProvider.h"
+#include "model/TextSearch.h"
 #include "views/Tone.h"
 
+#include <QLocale>
 #include <QSet>
 
 const QString SidebarModel::kOverviewSymbol = QStringLiteral("rectangle.3.group.fill");
@@ -329,6 +329,9 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
             return provider.rawValue();
         case CountRole:
             return count > 0 ? QVariant(count) : QVariant();
+        // The count beside the name, in the reader's digits, as it is drawn.
+        case Qt::AccessibleDescriptionRole:
+            return count > 0 ? QVariant(QLocale().toString(count)) : QVariant();
         default:
             return {};
         }
@@ -341,15 +344,15 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
             return account->displayName();
         case SymbolRole:
             return account->provider().rawValue();
+        // The row's second line, which a screen reader reads after the name.
         case SubtitleRole:
+        case Qt::AccessibleDescriptionRole:
             return QString(account->provider().shortName() + QStringLiteral(" · #") +
                            account->shortIdentifier() + QStringLiteral(" · ") +
                            account->effectiveSyncStatus().title());
         case StatusToneRole:
             return static_cast<int>(Tones::forStatus(account->effectiveSyncStatus()));
         case StatusTitleRole:
-        // The status dot's name, for a screen reader reading the row.
-        case Qt::AccessibleDescriptionRole:
             return account->effectiveSyncStatus().title();
         case ConnectionTitleRole:
             return account->connectionMode().title();

@@ -18,8 +18,10 @@
 
 #include <QSignalSpy>
 
+#include <QApplication>
 #include <QImage>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QTest>
 
 #include <algorithm>
@@ -172,15 +174,18 @@ private slots:
         card.show();
         const QStringList texts = childAccessibleNames(card);
         for (const QString& expected :
-             {QStringLiteral("Grok · Labs"), QStringLiteral("xAI / Grok"), QStringLiteral("1 agents"),
-              QStringLiteral("Short term"), QStringLiteral("Weekly"),
-              QStringLiteral("Not available from provider"),
+             {QStringLiteral("Grok · Labs"), QStringLiteral("1 agents"), QStringLiteral("Short term"),
+              QStringLiteral("Weekly"), QStringLiteral("Not available from provider"),
               QStringLiteral("Billing-only signal — no short-term or weekly quota is published"),
               QStringLiteral("Other tracked signals"), QStringLiteral("Historical model usage"),
               QStringLiteral("Daily trend"), QStringLiteral("Next reset"),
               QStringLiteral("Recent usage trend")}) {
             QVERIFY2(texts.contains(expected), qPrintable(expected + u" in " + texts.join(u'|')));
         }
+        // The logo is decoration: the provider's name is in the line under the account's.
+        QVERIFY(std::any_of(texts.cbegin(), texts.cend(), [](const QString& text) {
+            return text.startsWith(QStringLiteral("xAI / Grok · #"));
+        }));
         QVERIFY(std::any_of(texts.cbegin(), texts.cend(), [](const QString& text) {
             return text.startsWith(QStringLiteral("Usage pulse: "));
         }));
@@ -215,11 +220,44 @@ private slots:
         QCOMPARE(selected.first().first().toUuid(), second.id());
         QTest::keyClick(row, Qt::Key_Return);
         QCOMPARE(selected.count(), 2);
+        QTest::keyClick(row, Qt::Key_Space);
+        QCOMPARE(selected.count(), 3);
+        // A press that began elsewhere and merely ends on the row opens nothing.
+        QWidget* firstRow = nullptr;
+        for (QWidget* child : matrix.findChildren<QWidget*>()) {
+            if (child->accessibleName() == QStringLiteral("First") &&
+                child->focusPolicy() == Qt::StrongFocus) {
+                firstRow = child;
+            }
+        }
+        QTest::mousePress(firstRow, Qt::LeftButton, {}, QPoint(10, 10));
+        QMouseEvent release(QEvent::MouseButtonRelease, QPointF(10, 10), row->mapToGlobal(QPointF(10, 10)),
+                            Qt::LeftButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(row, &release);
+        QCOMPARE(selected.count(), 3);
+        // A screen reader meets a button named by the account, its status line as description,
+        // and presses it.
+        QAccessibleInterface* node = QAccessible::queryAccessibleInterface(row);
+        QCOMPARE(node->role(), QAccessible::Button);
+        QCOMPARE(node->text(QAccessible::Name), QStringLiteral("Second"));
+        QCOMPARE(node->text(QAccessible::Description),
+                 MatrixRowContent::make(second, kNow, kEnglish).statusLine());
+        QVERIFY(node->text(QAccessible::Description).startsWith(QStringLiteral("Gemini · #")));
+        QVERIFY(node->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()));
+        node->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QTRY_COMPARE(selected.count(), 4);
+        QCOMPARE(selected.last().first().toUuid(), second.id());
     }
 
-    void logosAreNamedAndXAIKeepsItsColours() {
-        const ProviderLogoWidget logo(AIProvider::anthropic, 22);
-        QCOMPARE(logo.accessibleName(), QStringLiteral("Anthropic / Claude"));
+    void logosAreDecorationUnlessNamedAndXAIKeepsItsColours() {
+        ProviderLogoWidget logo(AIProvider::anthropic, 22);
+        logo.show();
+        QAccessibleInterface* node = QAccessible::queryAccessibleInterface(&logo);
+        QCOMPARE(node->role(), QAccessible::Graphic);
+        QVERIFY(node->state().invisible); // beside the provider's name, it says nothing
+        logo.setAccessibleName(QStringLiteral("Anthropic / Claude"));
+        QVERIFY(!node->state().invisible); // named, where it stands alone
+        QCOMPARE(node->text(QAccessible::Name), QStringLiteral("Anthropic / Claude"));
         QCOMPARE(logo.sizeHint(), QSize(22, 22));
         QVERIFY(ProviderLogoWidget::isTemplate(AIProvider::openAI));
         QVERIFY(!ProviderLogoWidget::isTemplate(AIProvider::xAI));
@@ -274,6 +312,15 @@ private slots:
             {UsagePoint{.date = kNow, .value = 1, .unit = UsageUnit::requests}}));
         QCOMPARE(spark.accessibleName(), QStringLiteral("Recent usage trend"));
         QCOMPARE(spark.sizeHint(), QSize(150, 44));
+        // What it shows is read out after its name.
+        const TrendChartWidget trend(TrendChartContent::trend(
+            {UsagePoint{.date = kNow.addingSeconds(-86400), .value = 90000, .unit = UsageUnit::tokens},
+             UsagePoint{.date = kNow, .value = 100000, .unit = UsageUnit::tokens}},
+            QTimeZone(QByteArrayLiteral("UTC")), kEnglish));
+        QAccessibleInterface* node =
+            QAccessible::queryAccessibleInterface(const_cast<TrendChartWidget*>(&trend));
+        QCOMPARE(node->text(QAccessible::Name), QStringLiteral("Usage"));
+        QVERIFY(node->text(QAccessible::Description).contains(QStringLiteral("the last value is 100,000")));
         const TrendChartWidget empty(TrendChartContent::trend({}));
         QCOMPARE(empty.accessibleName(), QStringLiteral("No history available"));
         QCOMPARE(empty.height(), 150);

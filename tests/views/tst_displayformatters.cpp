@@ -185,6 +185,23 @@ private slots:
         QCOMPARE(DisplayFormatters::resetCountdown(date, kNow), text);
     }
 
+    void noLocaleLeavesATextBlank() {
+        // "Updated " with nothing after it must not happen in any language: every locale
+        // says a moment, a date, an amount and a day.
+        const QList<QLocale> locales =
+            QLocale::matchingLocales(QLocale::AnyLanguage, QLocale::AnyScript, QLocale::AnyTerritory);
+        QVERIFY(locales.size() > 100);
+        for (const QLocale& locale : locales) {
+            const QString name = locale.name();
+            QVERIFY2(!DisplayFormatters::relative(kNow.addingSeconds(-7200), kNow, locale, kUTC).isEmpty(),
+                     qPrintable(name));
+            QVERIFY2(!DisplayFormatters::dateTime(kNow, kUTC, locale).isEmpty(), qPrintable(name));
+            QVERIFY2(!DisplayFormatters::metric(1234.5, UsageUnit::tokens, locale).startsWith(u' '),
+                     qPrintable(name));
+            QVERIFY2(!DisplayFormatters::monthDay(kNow, kUTC, locale).isEmpty(), qPrintable(name));
+        }
+    }
+
     void coloursAreTones() {
         QCOMPARE(DisplayFormatters::statusColor(SyncStatus::current), Tone::positive);
         QCOMPARE(DisplayFormatters::statusColor(SyncStatus::partial), Tone::caution);

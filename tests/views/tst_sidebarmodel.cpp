@@ -236,7 +236,9 @@ private slots:
                  QStringLiteral("OpenAI · #") + account->shortIdentifier() + QStringLiteral(" · ") +
                      account->effectiveSyncStatus().title());
         QCOMPARE(row.data(SidebarModel::StatusTitleRole).toString(), account->effectiveSyncStatus().title());
-        QCOMPARE(row.data(Qt::AccessibleDescriptionRole).toString(), account->effectiveSyncStatus().title());
+        // A screen reader reads the second line after the name.
+        QCOMPARE(row.data(Qt::AccessibleDescriptionRole).toString(),
+                 row.data(SidebarModel::SubtitleRole).toString());
         QCOMPARE(row.data(SidebarModel::StatusToneRole).toInt(), static_cast<int>(Tone::critical));
         QCOMPARE(row.data(SidebarModel::ConnectionTitleRole).toString(),
                  ConnectionMode(ConnectionMode::mock).title());

@@ -43,6 +43,10 @@ ManualHorizonEditor::ManualHorizonEditor(const ManualHorizonFields& fields, QWid
 
 void ManualHorizonEditor::setContent(const ManualHorizonFields& fields) {
     m_title->setFullText(fields.title);
+    // Both sections have a "Limit" and a "Used": the section's title tells them apart.
+    for (QWidget* control : std::initializer_list<QWidget*>{m_limit, m_used, m_hasReset, m_reset}) {
+        control->setAccessibleDescription(fields.title);
+    }
     m_hasReset->setChecked(fields.hasReset);
     m_resetRow->setVisible(fields.hasReset);
     m_noReset->setVisible(!fields.hasReset);

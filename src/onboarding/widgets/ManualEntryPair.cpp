@@ -44,5 +44,9 @@ ManualEntryPair::ManualEntryPair(const OnboardingContent::ManualPair& pair, QWid
 
 void ManualEntryPair::setContent(const OnboardingContent::ManualPair& pair) {
     m_title->setFullText(pair.title);
+    // Both pairs have a "Used" and a "Limit": the pair's title tells them apart.
+    for (QWidget* control : std::initializer_list<QWidget*>{m_used, m_limit, m_reset, m_date}) {
+        control->setAccessibleDescription(pair.title);
+    }
     m_dateRow->setVisible(pair.resetsTitle.has_value());
 }

@@ -61,7 +61,6 @@ void showLogo(QWidget* holder, AIProvider provider, int size) {
     holder->setProperty("provider", raw);
     delete holder->findChild<ProviderLogoWidget*>();
     auto* logo = new ProviderLogoWidget(provider, size, holder);
-    logo->setAccessibleName(provider.displayName());
     holder->layout()->addWidget(logo);
 }
 

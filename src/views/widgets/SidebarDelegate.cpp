@@ -6,6 +6,7 @@
 #include "ui/Theme.h"
 #include "views/SidebarModel.h"
 
+#include <QLocale>
 #include <QPainter>
 
 namespace {
@@ -113,7 +114,7 @@ void SidebarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     const QVariant count = index.data(SidebarModel::CountRole);
     if (count.isValid()) {
         const QFont figures = Theme::tabular(Theme::font(option.font, Theme::kFootnote, QFont::Medium));
-        const QString number = QString::number(count.toInt());
+        const QString number = QLocale().toString(count.toInt());
         const int width = QFontMetrics(figures).horizontalAdvance(number);
         painter->setFont(figures);
         painter->setPen(Theme::secondaryText(look));

@@ -1,6 +1,7 @@
 #include "views/widgets/SidebarView.h"
 
 #include "core/ContentView.h"
+#include "ui/SearchField.h"
 #include "ui/SymbolIcon.h"
 #include "ui/Theme.h"
 #include "views/SidebarModel.h"
@@ -55,29 +56,8 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
 
 // "Find subscriptions", with its magnifier and its own clear button.
 void SidebarView::buildSearch() {
-    m_search = new QLineEdit(this);
+    m_search = new SearchField(QStringLiteral("Find subscriptions"), this);
     m_search->setObjectName(QStringLiteral("sidebarSearch"));
-    m_search->setPlaceholderText(QStringLiteral("Find subscriptions"));
-    m_search->setAccessibleName(QStringLiteral("Find subscriptions"));
-    const Theme::Appearance look = Theme::appearance(QWidget::palette());
-    m_search->addAction(QIcon(SymbolIcon::pixmap(QStringLiteral("magnifyingglass"),
-                                                 Theme::secondaryText(look), 14, devicePixelRatioF())),
-                        QLineEdit::LeadingPosition);
-    // Our own clear button in the bundled symbols: Qt's would look its icon up in the
-    // desktop's icon theme, which costs a walk through the theme folders at start.
-    // Its icon is drawn when it first shows, with the first letter typed.
-    QAction* clearSearch = m_search->addAction(QIcon(), QLineEdit::TrailingPosition);
-    clearSearch->setText(QStringLiteral("Clear search"));
-    clearSearch->setVisible(false);
-    connect(clearSearch, &QAction::triggered, m_search, &QLineEdit::clear);
-    connect(m_search, &QLineEdit::textChanged, this, [this, clearSearch](const QString& text) {
-        if (!text.isEmpty() && clearSearch->icon().isNull()) {
-            clearSearch->setIcon(QIcon(SymbolIcon::pixmap(QStringLiteral("xmark.circle.fill"),
-                                                          Theme::secondaryText(Theme::appearance(palette())),
-                                                          14, devicePixelRatioF())));
-        }
-        clearSearch->setVisible(!text.isEmpty());
-    });
     connect(m_search, &QLineEdit::textChanged, m_model, &SidebarModel::setSearchText);
 }
 
