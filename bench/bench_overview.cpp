@@ -6,6 +6,7 @@
 #include "app/MainWindow.h"
 #include "core/ContentView.h"
 #include "core/Preferences.h"
+#include "core/SidebarSelection.h"
 #include "model/Clock.h"
 #include "store/AccountStore.h"
 #include "ui/AppResources.h"
@@ -126,6 +127,30 @@ void snapshotChangesInTheMatrix(benchmark::State& state) {
     w.window->overview()->setViewMode(MonitoringViewMode::cards);
 }
 BENCHMARK(snapshotChangesInTheMatrix)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(40);
+
+// A heartbeat on one account's page (its allowances, 90-day history, provenance), a minute
+// later each time: from the beat to the painted window.
+void heartbeatOnTheDetailScreen(benchmark::State& state) {
+    Workspace& w = workspace();
+    const ProviderAccount* account = w.store->accounts().first();
+    w.content->setSelection(SidebarSelection::account(account->id()));
+    Workspace::settle();
+    const Timestamp start = Clock::now();
+    for (auto _ : state) {
+        const Timestamp now = start.addingSeconds(60.0 * nextRound());
+        Clock::setFixedNow(now);
+        QElapsedTimer timer;
+        timer.start();
+        Q_EMIT w.content->heartbeatTicked(now);
+        QApplication::processEvents();
+        w.window->repaint();
+        state.SetIterationTime(static_cast<double>(timer.nsecsElapsed()) / 1e9);
+    }
+    Clock::setFixedNow(std::nullopt);
+    w.content->setSelection(SidebarSelection::overview());
+    Workspace::settle();
+}
+BENCHMARK(heartbeatOnTheDetailScreen)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(40);
 } // namespace
 
 int main(int argc, char** argv) {
