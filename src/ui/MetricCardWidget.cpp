@@ -58,10 +58,9 @@ MetricCardWidget::MetricCardWidget(const MetricCardContent& content, QWidget* pa
 
     QHBoxLayout* reset = BlockParts::row(Theme::kSpaceXS);
     reset->addWidget(BlockParts::icon(content.resetSymbol, 12, this));
-    ElidedLabel* countdown =
-        BlockParts::value(content.countdown, Theme::kFootnote, QFont::Normal, Ink::secondary, this);
-    countdown->setObjectName(QStringLiteral("metricCountdown"));
-    reset->addWidget(countdown);
+    m_countdown = BlockParts::value(content.countdown, Theme::kFootnote, QFont::Normal, Ink::secondary, this);
+    m_countdown->setObjectName(QStringLiteral("metricCountdown"));
+    reset->addWidget(m_countdown);
     reset->addStretch(1);
     if (!content.resetDate.isEmpty()) {
         ElidedLabel* date =
@@ -82,4 +81,15 @@ MetricCardWidget::MetricCardWidget(const MetricCardContent& content, QWidget* pa
 
 void MetricCardWidget::paintEvent(QPaintEvent*) {
     Theme::paintCard(this);
+}
+
+bool MetricCardWidget::follow(const MetricCardContent& content) {
+    MetricCardContent sameTime = content;
+    sameTime.countdown = m_content.countdown;
+    if (!(sameTime == m_content)) {
+        return false;
+    }
+    m_countdown->setFullText(content.countdown);
+    m_content = content;
+    return true;
 }

@@ -39,6 +39,7 @@ public:
         QString title;
         QString message;
         QString emptyMessage;
+        friend bool operator==(const ConnectionStyle&, const ConnectionStyle&) = default;
     };
     static ConnectionStyle connectionStyle(ConnectionMode mode);
 
@@ -60,6 +61,7 @@ public:
         Badge status;
         std::optional<Badge> source;
         QString updated; // "Updated 5 min. ago"
+        friend bool operator==(const Header&, const Header&) = default;
     };
 
     struct Toolbar {
@@ -67,6 +69,7 @@ public:
         QString refreshIcon;
         bool refreshEnabled = true;
         QString editTitle;
+        friend bool operator==(const Toolbar&, const Toolbar&) = default;
     };
 
     struct ConnectionPanel {
@@ -77,6 +80,7 @@ public:
         bool refreshEnabled = true;
         std::optional<QString> editTitle;    // "Edit connection", for every mode but mock
         std::optional<QString> signOutTitle; // "Sign out", for apiKey only
+        friend bool operator==(const ConnectionPanel&, const ConnectionPanel&) = default;
     };
 
     struct SignOutDialog {
@@ -90,6 +94,7 @@ public:
         QString symbol;
         QString label;
         QStringList lines;
+        friend bool operator==(const WarningCallout&, const WarningCallout&) = default;
     };
 
     struct BillingOnlyCallout {
@@ -98,6 +103,7 @@ public:
         QString message;
         Badge pulse;
         Tone tone = Tone::muted;
+        friend bool operator==(const BillingOnlyCallout&, const BillingOnlyCallout&) = default;
     };
 
     struct Metrics {
@@ -109,6 +115,7 @@ public:
         // remainder and its ceiling ("81,760 tokens remaining", "of 150,000 tokens") on
         // one line without cutting either.
         static constexpr int kMinimumColumnWidth = 320;
+        friend bool operator==(const Metrics&, const Metrics&) = default;
     };
 
     struct History {
@@ -116,12 +123,14 @@ public:
         QString leading;  // the unit's title, capitalised, or "Usage"
         QString trailing; // "Persisted daily view · up to 90 days" or "Selected range"
         QList<UsagePoint> points;
+        friend bool operator==(const History&, const History&) = default;
     };
 
     struct Provenance {
         SectionHeading heading;
         QList<QPair<QString, QString>> rows;
         std::optional<QString> note;
+        friend bool operator==(const Provenance&, const Provenance&) = default;
     };
 
     struct Screen {
@@ -136,6 +145,7 @@ public:
         std::optional<History> history;
         std::optional<History> billingHistory;
         std::optional<Provenance> provenance;
+        friend bool operator==(const Screen&, const Screen&) = default;
     };
 
     static Screen make(const ProviderAccount& account, bool isRefreshing, Timestamp now,

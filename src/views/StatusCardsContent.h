@@ -28,6 +28,7 @@ public:
         // Present only when both a title and an action were given.
         std::optional<QString> actionTitle;
         static constexpr int kMessageWidth = 420;
+        friend bool operator==(const EmptyState&, const EmptyState&) = default;
     };
     static EmptyState emptyState(const QString& title, const QString& message,
                                  const std::optional<QString>& actionTitle, bool hasAction);

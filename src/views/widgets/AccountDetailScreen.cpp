@@ -113,34 +113,6 @@ QWidget* billingOnlyCallout(const AccountDetailView::BillingOnlyCallout& billing
     return callout;
 }
 
-// The allowances as metric cards, then the models and the agents' budgets.
-QWidget* metricsBody(const AccountDetailView::Metrics& metrics) {
-    const Timestamp now = Clock::now();
-    auto* body = new QWidget;
-    auto* stack = new QVBoxLayout(body);
-    stack->setContentsMargins(0, 0, 0, 0);
-    stack->setSpacing(Theme::kSpaceM);
-    auto* grid = new CardGrid(AccountDetailView::Metrics::kMinimumColumnWidth, body);
-    grid->setObjectName(QStringLiteral("allowances"));
-    QList<QWidget*> cards;
-    for (const UsageWindow& window : metrics.windows) {
-        cards.append(new MetricCardWidget(MetricCardContent::make(window, now)));
-    }
-    grid->setCards(cards);
-    stack->addWidget(grid);
-    if (!metrics.models.isEmpty()) {
-        QWidget* card = BlockParts::card(body);
-        BlockParts::addModelBreakdown(column(card), ModelBreakdownContent::make(metrics.models), card);
-        stack->addWidget(card);
-    }
-    if (!metrics.budgets.isEmpty()) {
-        QWidget* card = BlockParts::card(body);
-        BlockParts::addAgentBudgets(column(card), AgentBudgetPanelContent::make(metrics.budgets), card);
-        stack->addWidget(card);
-    }
-    return body;
-}
-
 // Where the numbers come from, a row each.
 QWidget* provenanceCard(const AccountDetailView::Provenance& provenance, QWidget* page) {
     QWidget* card = BlockParts::card(page);
@@ -175,21 +147,16 @@ AccountDetailScreen::AccountDetailScreen(QWidget* parent)
 }
 
 void AccountDetailScreen::setAccount(ProviderAccount* account, bool isRefreshing) {
-    const bool same = account == m_account;
+    const bool same = account == m_account && m_page;
     m_account = account;
     m_refreshing = isRefreshing;
-    const int scrolled = same ? verticalScrollBar()->value() : 0;
-    // Drawn again (a change, a minute passing): the keyboard focus stays on its button.
-    QString focused;
-    if (QWidget* focus = QApplication::focusWidget(); same && m_page && m_page->isAncestorOf(focus)) {
-        focused = focus->objectName();
-    }
-    build(AccountDetailView::make(*account, isRefreshing, Clock::now()));
-    verticalScrollBar()->setValue(scrolled);
-    if (!focused.isEmpty()) {
-        if (QWidget* again = m_page->findChild<QWidget*>(focused)) {
-            again->setFocus(Qt::OtherFocusReason);
-        }
+    const Timestamp now = Clock::now();
+    const AccountDetailView::Screen screen = AccountDetailView::make(*account, isRefreshing, now);
+    if (same) {
+        update(screen, now);
+    } else {
+        build(screen, now);
+        verticalScrollBar()->setValue(0);
     }
 }
 
@@ -214,53 +181,214 @@ void AccountDetailScreen::setRefreshing(bool isRefreshing) {
     Q_EMIT refreshingShown(AccountDetailView::toolbar(isRefreshing));
 }
 
-void AccountDetailScreen::build(const AccountDetailView::Screen& screen) {
+void AccountDetailScreen::build(const AccountDetailView::Screen& screen, Timestamp now) {
     auto* page = new QWidget(this);
     page->setObjectName(QStringLiteral("accountDetailPage"));
-    auto* layout = new QVBoxLayout(page);
-    layout->setContentsMargins(Theme::kSpaceXXL, Theme::kSpaceXL, Theme::kSpaceXXL, Theme::kSpaceXXL);
-    layout->setSpacing(Theme::kSpaceXL);
-    layout->addLayout(buildHeader(screen.header, page));
-    layout->addWidget(buildConnection(screen.connection, page));
-    if (screen.emptyState) {
-        auto* empty = new StatusCardWidget(
-            *screen.emptyState, [this] { Q_EMIT refreshRequested(); }, page);
-        empty->setObjectName(QStringLiteral("detailEmptyState"));
-        empty->setMinimumHeight(240);
-        layout->addWidget(empty);
-    }
-    if (screen.warnings) {
-        layout->addWidget(warningsCallout(*screen.warnings, page));
-    }
-    if (screen.billingOnly) {
-        layout->addWidget(billingOnlyCallout(*screen.billingOnly, page));
-    }
-    if (screen.metrics) {
-        layout->addWidget(section(screen.metrics->heading, metricsBody(*screen.metrics), page));
-    }
-    if (screen.history) {
-        layout->addWidget(section(screen.history->heading, historyBox(*screen.history, nullptr), page));
-    }
-    if (screen.billingHistory) {
-        layout->addWidget(
-            section(screen.billingHistory->heading, historyBox(*screen.billingHistory, nullptr), page));
-    }
-    if (screen.provenance) {
-        layout->addWidget(
-            section(screen.provenance->heading, provenanceCard(*screen.provenance, page), page));
-    }
-    layout->addStretch(1);
-
+    m_layout = new QVBoxLayout(page);
+    m_layout->setContentsMargins(Theme::kSpaceXXL, Theme::kSpaceXL, Theme::kSpaceXXL, Theme::kSpaceXXL);
+    m_layout->setSpacing(Theme::kSpaceXL);
     QWidget* old = takeWidget();
-    setWidget(page);
     m_page = page;
+    for (int part = 0; part < kPartCount; ++part) {
+        m_parts[static_cast<std::size_t>(part)] = makePart(static_cast<Part>(part), screen, now);
+        if (QWidget* widget = m_parts[static_cast<std::size_t>(part)]) {
+            m_layout->addWidget(widget);
+        }
+    }
+    m_layout->addStretch(1);
+    setWidget(page);
     delete old;
+    m_shown = screen;
     Q_EMIT refreshingShown(screen.toolbar);
 }
 
+void AccountDetailScreen::update(const AccountDetailView::Screen& screen, Timestamp now) {
+    int index = 0;
+    for (int number = 0; number < kPartCount; ++number) {
+        const auto part = static_cast<Part>(number);
+        QWidget*& widget = m_parts[static_cast<std::size_t>(number)];
+        if (!followInPlace(part, screen, now)) {
+            // Made anew where it stood; the focus, if it was inside, goes to the same control.
+            QString focused;
+            if (QWidget* focus = QApplication::focusWidget(); widget && widget->isAncestorOf(focus)) {
+                focused = focus->objectName();
+            }
+            QWidget* made = makePart(part, screen, now);
+            if (widget) {
+                m_layout->removeWidget(widget);
+                delete widget;
+            }
+            widget = made;
+            if (widget) {
+                m_layout->insertWidget(index, widget);
+                widget->show();
+                if (QWidget* again = focused.isEmpty() ? nullptr : widget->findChild<QWidget*>(focused)) {
+                    again->setFocus(Qt::OtherFocusReason);
+                }
+            }
+        }
+        index += widget ? 1 : 0;
+    }
+    m_shown = screen;
+    Q_EMIT refreshingShown(screen.toolbar);
+}
+
+QWidget* AccountDetailScreen::makePart(Part part, const AccountDetailView::Screen& screen, Timestamp now) {
+    switch (part) {
+    case Part::header:
+        return buildHeader(screen.header);
+    case Part::connection:
+        return buildConnection(screen.connection);
+    case Part::emptyState:
+        if (screen.emptyState) {
+            auto* empty = new StatusCardWidget(
+                *screen.emptyState, [this] { Q_EMIT refreshRequested(); }, m_page);
+            empty->setObjectName(QStringLiteral("detailEmptyState"));
+            empty->setMinimumHeight(240);
+            return empty;
+        }
+        return nullptr;
+    case Part::warnings:
+        return screen.warnings ? warningsCallout(*screen.warnings, m_page) : nullptr;
+    case Part::billingOnly:
+        return screen.billingOnly ? billingOnlyCallout(*screen.billingOnly, m_page) : nullptr;
+    case Part::metrics:
+        if (screen.metrics) {
+            return section(screen.metrics->heading, buildMetrics(*screen.metrics, now), m_page);
+        }
+        m_allowances = nullptr;
+        return nullptr;
+    case Part::history:
+        return screen.history ? section(screen.history->heading, historyBox(*screen.history, nullptr), m_page)
+                              : nullptr;
+    case Part::billingHistory:
+        return screen.billingHistory ? section(screen.billingHistory->heading,
+                                               historyBox(*screen.billingHistory, nullptr), m_page)
+                                     : nullptr;
+    case Part::provenance:
+        return screen.provenance
+                   ? section(screen.provenance->heading, provenanceCard(*screen.provenance, m_page), m_page)
+                   : nullptr;
+    }
+    return nullptr;
+}
+
+bool AccountDetailScreen::followInPlace(Part part, const AccountDetailView::Screen& screen, Timestamp now) {
+    const AccountDetailView::Screen& shown = *m_shown;
+    switch (part) {
+    case Part::header: {
+        // The status, the source and the age change with time; they change in place.
+        AccountDetailView::Header before = shown.header;
+        before.status = screen.header.status;
+        before.source = screen.header.source;
+        before.updated = screen.header.updated;
+        if (!(before == screen.header) ||
+            shown.header.source.has_value() != screen.header.source.has_value()) {
+            return false;
+        }
+        m_status->setBadge(screen.header.status);
+        if (m_source && screen.header.source) {
+            m_source->setBadge(*screen.header.source);
+        }
+        m_updated->setFullText(screen.header.updated);
+        return true;
+    }
+    case Part::connection: {
+        AccountDetailView::ConnectionPanel before = shown.connection;
+        before.status = screen.connection.status;
+        before.refreshTitle = screen.connection.refreshTitle;
+        before.refreshIcon = screen.connection.refreshIcon;
+        before.refreshEnabled = screen.connection.refreshEnabled;
+        if (!(before == screen.connection)) {
+            return false;
+        }
+        m_connectionStatus->setBadge(screen.connection.status);
+        if (shown.connection.refreshTitle != screen.connection.refreshTitle ||
+            shown.connection.refreshEnabled != screen.connection.refreshEnabled) {
+            setRefreshing(m_refreshing);
+        }
+        return true;
+    }
+    case Part::emptyState:
+        return shown.emptyState == screen.emptyState;
+    case Part::warnings:
+        return shown.warnings == screen.warnings;
+    case Part::billingOnly:
+        return shown.billingOnly == screen.billingOnly;
+    case Part::metrics: {
+        if (!(shown.metrics == screen.metrics)) {
+            return false;
+        }
+        if (!screen.metrics) {
+            return true;
+        }
+        // The same windows: each card follows its countdown, and a card that reads
+        // otherwise (its reset passed) is made anew in its place.
+        QList<QWidget*> cards = m_allowances->cards();
+        bool replaced = false;
+        for (qsizetype i = 0; i < cards.size(); ++i) {
+            auto* card = static_cast<MetricCardWidget*>(cards[i]);
+            const MetricCardContent content = MetricCardContent::make(screen.metrics->windows.at(i), now);
+            if (!card->follow(content)) {
+                cards[i] = new MetricCardWidget(content);
+                replaced = true;
+            }
+        }
+        if (replaced) {
+            const QList<QWidget*> before = m_allowances->cards();
+            m_allowances->setCards(cards);
+            for (QWidget* card : before) {
+                if (!cards.contains(card)) {
+                    delete card;
+                }
+            }
+        }
+        return true;
+    }
+    case Part::history:
+        return shown.history == screen.history;
+    case Part::billingHistory:
+        return shown.billingHistory == screen.billingHistory;
+    case Part::provenance:
+        return shown.provenance == screen.provenance;
+    }
+    return true;
+}
+
+// The allowances as metric cards, then the models and the agents' budgets.
+QWidget* AccountDetailScreen::buildMetrics(const AccountDetailView::Metrics& metrics, Timestamp now) {
+    auto* body = new QWidget;
+    auto* stack = new QVBoxLayout(body);
+    stack->setContentsMargins(0, 0, 0, 0);
+    stack->setSpacing(Theme::kSpaceM);
+    m_allowances = new CardGrid(AccountDetailView::Metrics::kMinimumColumnWidth, body);
+    m_allowances->setObjectName(QStringLiteral("allowances"));
+    QList<QWidget*> cards;
+    for (const UsageWindow& window : metrics.windows) {
+        cards.append(new MetricCardWidget(MetricCardContent::make(window, now)));
+    }
+    m_allowances->setCards(cards);
+    stack->addWidget(m_allowances);
+    if (!metrics.models.isEmpty()) {
+        QWidget* card = BlockParts::card(body);
+        BlockParts::addModelBreakdown(column(card), ModelBreakdownContent::make(metrics.models), card);
+        stack->addWidget(card);
+    }
+    if (!metrics.budgets.isEmpty()) {
+        QWidget* card = BlockParts::card(body);
+        BlockParts::addAgentBudgets(column(card), AgentBudgetPanelContent::make(metrics.budgets), card);
+        stack->addWidget(card);
+    }
+    return body;
+}
+
 // Logo, name and kind, plan, roster and chips; status, source and age at the right.
-QBoxLayout* AccountDetailScreen::buildHeader(const AccountDetailView::Header& header, QWidget* page) {
+QWidget* AccountDetailScreen::buildHeader(const AccountDetailView::Header& header) {
+    auto* page = new QWidget(m_page);
+    page->setObjectName(QStringLiteral("detailHeader"));
     auto* top = BlockParts::row(Theme::kSpaceM);
+    page->setLayout(top);
+    top->setContentsMargins(0, 0, 0, 0);
     top->addWidget(new ProviderLogoWidget(header.provider, 40, page), 0, Qt::AlignTop);
     auto* identity = new QVBoxLayout;
     identity->setSpacing(Theme::kSpaceXS);
@@ -295,24 +423,24 @@ QBoxLayout* AccountDetailScreen::buildHeader(const AccountDetailView::Header& he
     state->setSpacing(Theme::kSpaceXS);
     auto* badges = BlockParts::row(Theme::kSpaceXS);
     badges->addStretch(1);
-    badges->addWidget(new BadgeWidget(header.status, page));
-    if (header.source) {
-        badges->addWidget(new BadgeWidget(*header.source, page));
+    m_status = new BadgeWidget(header.status, page);
+    badges->addWidget(m_status);
+    m_source = header.source ? new BadgeWidget(*header.source, page) : nullptr;
+    if (m_source) {
+        badges->addWidget(m_source);
     }
     state->addLayout(badges);
-    ElidedLabel* updated =
-        BlockParts::value(header.updated, Theme::kFootnote, QFont::Normal, Ink::secondary, page);
-    updated->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    state->addWidget(updated, 0, Qt::AlignRight);
+    m_updated = BlockParts::value(header.updated, Theme::kFootnote, QFont::Normal, Ink::secondary, page);
+    m_updated->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    state->addWidget(m_updated, 0, Qt::AlignRight);
     state->addStretch(1);
     top->addLayout(state);
 
-    return top;
+    return page;
 }
 
-QWidget* AccountDetailScreen::buildConnection(const AccountDetailView::ConnectionPanel& panel,
-                                              QWidget* page) {
-    QWidget* connection = BlockParts::card(page);
+QWidget* AccountDetailScreen::buildConnection(const AccountDetailView::ConnectionPanel& panel) {
+    QWidget* connection = BlockParts::card(m_page);
     connection->setObjectName(QStringLiteral("connectionPanel"));
     auto* line = BlockParts::row(Theme::kSpaceM);
     line->addWidget(new IconTile(panel.style.icon, panel.style.tone, connection), 0, Qt::AlignTop);
@@ -323,7 +451,8 @@ QWidget* AccountDetailScreen::buildConnection(const AccountDetailView::Connectio
     words->addWidget(BlockParts::text(panel.style.message, Theme::kFootnote, QFont::Normal, Ink::secondary,
                                       connection, Tone::muted, 3));
     line->addLayout(words, 1);
-    line->addWidget(new BadgeWidget(panel.status, connection), 0, Qt::AlignTop);
+    m_connectionStatus = new BadgeWidget(panel.status, connection);
+    line->addWidget(m_connectionStatus, 0, Qt::AlignTop);
     column(connection)->addLayout(line);
     auto* buttons = BlockParts::row(Theme::kSpaceS);
     m_refresh =

@@ -2,12 +2,19 @@
 
 #include "views/AccountDetailView.h"
 
+#include <QMessageBox>
 #include <QPointer>
 #include <QScrollArea>
 
-#include <QMessageBox>
-class QBoxLayout;
+#include <array>
+#include <optional>
+
+class BadgeWidget;
+class CardGrid;
+class ElidedLabel;
+class MetricCardWidget;
 class QPushButton;
+class QVBoxLayout;
 
 // One account in full, drawn from AccountDetailView: header, connection panel, then the
 // empty state or the callouts, allowances, histories and provenance. It performs
@@ -18,10 +25,11 @@ class AccountDetailScreen final : public QScrollArea {
 public:
     explicit AccountDetailScreen(QWidget* parent = nullptr);
 
-    // Shows this account, built afresh.
+    // Shows this account, built afresh for another account.
     void setAccount(ProviderAccount* account, bool isRefreshing);
     ProviderAccount* account() const noexcept { return m_account; }
-    // The account's fields changed, or time passed: draws it again where it was scrolled.
+    // The account's fields changed, or time passed: what reads differently is drawn again
+    // in place, the rest (and with it hover, pressed buttons and the focus) stays.
     void redraw();
     // A refresh began or ended: only the two refresh buttons change.
     void setRefreshing(bool isRefreshing);
@@ -38,14 +46,43 @@ signals:
     void refreshingShown(const AccountDetailView::Toolbar& toolbar);
 
 private:
-    void build(const AccountDetailView::Screen& screen);
-    QBoxLayout* buildHeader(const AccountDetailView::Header& header, QWidget* page);
-    QWidget* buildConnection(const AccountDetailView::ConnectionPanel& panel, QWidget* page);
+    // The page's parts, top to bottom; a part that is absent has no widget.
+    enum class Part {
+        header,
+        connection,
+        emptyState,
+        warnings,
+        billingOnly,
+        metrics,
+        history,
+        billingHistory,
+        provenance,
+    };
+    static constexpr int kPartCount = 9;
+
+    void build(const AccountDetailView::Screen& screen, Timestamp now);
+    void update(const AccountDetailView::Screen& screen, Timestamp now);
+    // The part's widget for `screen`, or null when the screen has no such part.
+    QWidget* makePart(Part part, const AccountDetailView::Screen& screen, Timestamp now);
+    // Brings a part that changed up to date without making it anew, where it can.
+    bool followInPlace(Part part, const AccountDetailView::Screen& screen, Timestamp now);
+    QWidget* buildHeader(const AccountDetailView::Header& header);
+    QWidget* buildConnection(const AccountDetailView::ConnectionPanel& panel);
+    QWidget* buildMetrics(const AccountDetailView::Metrics& metrics, Timestamp now);
     void confirmSignOut();
 
     ProviderAccount* m_account = nullptr;
     bool m_refreshing = false;
     QWidget* m_page = nullptr;
+    QVBoxLayout* m_layout = nullptr;
+    std::array<QWidget*, kPartCount> m_parts{};
+    std::optional<AccountDetailView::Screen> m_shown;
+    // What changes with time, kept to be changed in place.
+    BadgeWidget* m_status = nullptr;
+    BadgeWidget* m_source = nullptr;
+    ElidedLabel* m_updated = nullptr;
+    BadgeWidget* m_connectionStatus = nullptr;
+    CardGrid* m_allowances = nullptr;
     QPushButton* m_refresh = nullptr;
     QPointer<QMessageBox> m_signOutDialog;
 };
