@@ -97,8 +97,13 @@ void SelectableTile::paintEvent(QPaintEvent*) {
     const QColor accent = Theme::colors(Tone::accent, look).foreground;
     const QRectF frame = QRectF(rect()).adjusted(1, 1, -1, -1);
     painter.setBrush(m_selected ? Theme::colors(Tone::accent, look).fill : Theme::card(look));
-    painter.setPen(QPen(m_selected || hasFocus() ? accent : Theme::separator(look), m_selected ? 1.5 : 1.0));
-    painter.drawRoundedRect(frame, Theme::kRadiusCard, Theme::kRadiusCard);
+    // The keyboard focus is a ring thicker than the selection's border, so it shows on a
+    // selected tile too.
+    const qreal border = hasFocus() ? 3.0 : (m_selected ? 1.5 : 1.0);
+    painter.setPen(QPen(m_selected || hasFocus() ? accent : Theme::separator(look), border));
+    painter.drawRoundedRect(
+        frame.adjusted(border / 2 - 0.5, border / 2 - 0.5, 0.5 - border / 2, 0.5 - border / 2),
+        Theme::kRadiusCard, Theme::kRadiusCard);
     if (underMouse() && !m_selected) {
         QColor hover = accent;
         hover.setAlphaF(0.06F);

@@ -36,6 +36,10 @@ public:
 
 private:
     static bool isActionable(QAccessibleInterface* node) {
+        // What takes the keyboard focus is met by its name, too.
+        if (node->state().focusable) {
+            return true;
+        }
         switch (node->role()) {
         case QAccessible::Button:
         case QAccessible::CheckBox:

@@ -78,7 +78,8 @@ private slots:
         QVERIFY(refresh->hasFocus());
         QCOMPARE(labelSaying(detail, QStringLiteral("Updated ")), updated);
         QVERIFY(updated->fullText() != before);
-        QCOMPARE(QAccessible::queryAccessibleInterface(updated)->text(QAccessible::Name), updated->fullText());
+        QCOMPARE(QAccessible::queryAccessibleInterface(updated)->text(QAccessible::Name),
+                 updated->fullText());
         // The same cards, their countdowns a minute shorter.
         QVERIFY(!cardsWithACountdown(detail).isEmpty());
         QCOMPARE(cardsWithACountdown(detail).first(), cards.first());

@@ -57,6 +57,8 @@ void AccountEditorView::build() {
     outer->addWidget(sheetHeader(m_content.title, m_title, this));
 
     m_scroll = new QScrollArea(this);
+    // It takes the focus for scrolling by keyboard; a screen reader names it by the sheet.
+    m_scroll->setAccessibleName(m_content.title);
     m_scroll->setWidgetResizable(true);
     m_scroll->setFrameShape(QFrame::NoFrame);
     m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

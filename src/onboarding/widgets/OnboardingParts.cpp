@@ -43,8 +43,10 @@ QVBoxLayout* pageLayout(QWidget* page) {
     return layout;
 }
 
-QWidget* scrollFrame(QWidget* page) {
+QWidget* scrollFrame(QWidget* page, OnboardingPage named) {
     auto* scroll = new QScrollArea;
+    // It takes the focus for scrolling by keyboard; a screen reader names it by its page.
+    scroll->setAccessibleName(named.label());
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/AIProvider.h"
+#include "onboarding/OnboardingPage.h"
 #include "ui/ElidedLabel.h"
 #include "views/Tone.h"
 
@@ -23,7 +24,7 @@ void setMessage(QWidget* row, const std::optional<QString>& text);
 // A page's column of content, with the page's margins.
 QVBoxLayout* pageLayout(QWidget* page);
 // The page inside a frame that scrolls when the sheet is short.
-QWidget* scrollFrame(QWidget* page);
+QWidget* scrollFrame(QWidget* page, OnboardingPage named);
 // Puts the provider's logo inside `holder`, replacing another provider's.
 void showLogo(QWidget* holder, AIProvider provider, int size);
 QWidget* logoHolder(QWidget* parent, int size);

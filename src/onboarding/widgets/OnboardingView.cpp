@@ -173,7 +173,7 @@ void OnboardingView::showEvent(QShowEvent* event) {
 QWidget* OnboardingView::buildWelcome() {
     auto* page = new QWidget;
     QVBoxLayout* layout = pageLayout(page);
-    QWidget* frame = scrollFrame(page);
+    QWidget* frame = scrollFrame(page, OnboardingPage::welcome);
     page->setObjectName(QStringLiteral("welcomePage"));
     layout->addSpacing(Theme::kSpaceL);
     m_orbit = new OnboardingOrbit(page);
@@ -226,7 +226,7 @@ QWidget* OnboardingView::buildWelcome() {
 QWidget* OnboardingView::buildProvider() {
     auto* page = new QWidget;
     QVBoxLayout* layout = pageLayout(page);
-    QWidget* frame = scrollFrame(page);
+    QWidget* frame = scrollFrame(page, OnboardingPage::provider);
     page->setObjectName(QStringLiteral("providerPage"));
     const OnboardingContent::ProviderPage content = OnboardingContent::providerPage(*m_flow);
     layout->addWidget(heading(content.title, page));
@@ -264,7 +264,7 @@ QWidget* OnboardingView::buildProvider() {
 QWidget* OnboardingView::buildName() {
     auto* page = new QWidget;
     QVBoxLayout* layout = pageLayout(page);
-    QWidget* frame = scrollFrame(page);
+    QWidget* frame = scrollFrame(page, OnboardingPage::name);
     page->setObjectName(QStringLiteral("namePage"));
     layout->addWidget(heading(QStringLiteral("What should we call this one?"), page));
     layout->addWidget(paragraph(QStringLiteral("Use a name you’ll recognize in two seconds."), page));
@@ -310,13 +310,13 @@ QWidget* OnboardingView::buildName() {
 
 QWidget* OnboardingView::buildConnection() {
     m_connection = new OnboardingConnectionPage(m_flow);
-    return scrollFrame(m_connection);
+    return scrollFrame(m_connection, OnboardingPage::connection);
 }
 
 QWidget* OnboardingView::buildReady() {
     auto* page = new QWidget;
     QVBoxLayout* layout = pageLayout(page);
-    QWidget* frame = scrollFrame(page);
+    QWidget* frame = scrollFrame(page, OnboardingPage::ready);
     page->setObjectName(QStringLiteral("readyPage"));
     layout->addSpacing(Theme::kSpaceXL);
     m_readyTile = BlockParts::card(page, Tone::positive);

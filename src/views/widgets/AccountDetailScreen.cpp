@@ -199,6 +199,8 @@ void AccountDetailScreen::build(const AccountDetailView::Screen& screen, Timesta
     setWidget(page);
     delete old;
     m_shown = screen;
+    // The page takes the focus for scrolling by keyboard; a screen reader names it by its account.
+    setAccessibleName(screen.header.name);
     Q_EMIT refreshingShown(screen.toolbar);
 }
 
@@ -230,6 +232,7 @@ void AccountDetailScreen::update(const AccountDetailView::Screen& screen, Timest
         index += widget ? 1 : 0;
     }
     m_shown = screen;
+    setAccessibleName(screen.header.name);
     Q_EMIT refreshingShown(screen.toolbar);
 }
 

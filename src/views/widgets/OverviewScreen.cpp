@@ -55,6 +55,8 @@ QList<QUuid> ids(const QList<ProviderAccount*>& accounts) {
 OverviewScreen::OverviewScreen(QWidget* parent)
     : QScrollArea(parent) {
     setObjectName(QStringLiteral("overview"));
+    // The page takes the focus for scrolling by keyboard; a screen reader names it.
+    setAccessibleName(QStringLiteral("Overview"));
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -415,6 +417,8 @@ void OverviewScreen::rebuildMonitoringBody() {
         it = m_cards.erase(it);
     }
     m_monitoringLayout->addWidget(m_monitoringBody);
+    // Shown now, not when the event loop comes round: a Tab pressed next finds what it holds.
+    m_monitoringBody->show();
     delete old;
     m_shownLayout = layoutKey();
 }

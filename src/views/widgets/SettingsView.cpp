@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -48,6 +49,7 @@ SettingsView::SettingsView(Preferences* preferences, QWidget* parent)
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     auto* scroll = new QScrollArea(this);
+    scroll->setAccessibleName(content.windowTitle);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     outer->addWidget(scroll);
@@ -152,4 +154,13 @@ void SettingsView::sync() {
     m_intervalRow->setVisible(m_preferences->autoRefreshEnabled());
     m_interval->setCurrentIndex(
         static_cast<int>(SettingsContent::intervalIndex(m_preferences->autoRefreshMinutes())));
+}
+
+void SettingsView::keyPressEvent(QKeyEvent* event) {
+    // Escape closes it, as it closes the sheets.
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }

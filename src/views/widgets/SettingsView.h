@@ -24,6 +24,9 @@ public:
     QComboBox* intervalPicker() const noexcept { return m_interval; }
     QLabel* link() const noexcept { return m_link; }
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     static SectionCard* addSection(QVBoxLayout* layout, const QString& title, QWidget* page);
     void buildRefresh(SectionCard* refresh, const SettingsContent& content);
