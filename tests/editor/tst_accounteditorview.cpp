@@ -12,6 +12,7 @@
 #include "ui/SelectableTile.h"
 #include "ui/ToggleSwitch.h"
 
+#include "EditorWindow.h"
 #include "WidgetTree.h"
 #include "providers/FakeOpenAIServer.h"
 
@@ -37,29 +38,6 @@ QStringList selectedTiles(const QWidget* root) {
     }
     return result;
 }
-
-struct Window {
-    CoreFixture fixture;
-    std::unique_ptr<ContentView> content;
-    std::unique_ptr<MainWindow> window;
-
-    Window() {
-        content = std::make_unique<ContentView>(fixture.store.get(), fixture.preferences.get());
-        window = std::make_unique<MainWindow>(content.get());
-        window->show();
-    }
-
-    AccountEditorView* openAdd() {
-        content->setEditorState(EditorState::newAccount());
-        return window->editor();
-    }
-
-    // The store as a fresh start would read it.
-    std::unique_ptr<AccountStore> reopened() {
-        QString error;
-        return AccountStore::open(fixture.dir.filePath(QStringLiteral("accounts.store")), &error);
-    }
-};
 
 } // namespace
 

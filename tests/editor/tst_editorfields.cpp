@@ -9,6 +9,7 @@
 #include "services/KeychainStore.h"
 #include "ui/SelectableTile.h"
 
+#include "EditorWindow.h"
 #include "WidgetTree.h"
 #include "providers/FakeOpenAIServer.h"
 
@@ -23,30 +24,12 @@
 // What the editor's fields show is what Save stores, however the text got there.
 namespace {
 
-struct Window {
-    CoreFixture fixture;
-    std::unique_ptr<ContentView> content;
-    std::unique_ptr<MainWindow> window;
-
-    Window() {
-        content = std::make_unique<ContentView>(fixture.store.get(), fixture.preferences.get());
-        window = std::make_unique<MainWindow>(content.get());
-        window->show();
-    }
-
-    // A new manual account, every section open.
-    AccountEditorView* openManual() {
-        content->setEditorState(EditorState::newAccount());
-        AccountEditorView* sheet = window->editor();
-        shown<SelectableTile>(sheet, QStringLiteral("Manual tracking"))->click();
-        return sheet;
-    }
-
-    std::unique_ptr<AccountStore> reopened() {
-        QString error;
-        return AccountStore::open(fixture.dir.filePath(QStringLiteral("accounts.store")), &error);
-    }
-};
+// A new manual account, every section open.
+AccountEditorView* openManual(Window& w) {
+    AccountEditorView* sheet = w.openAdd();
+    shown<SelectableTile>(sheet, QStringLiteral("Manual tracking"))->click();
+    return sheet;
+}
 
 QLineEdit* field(QWidget* sheet, const char* name) {
     return sheet->findChild<QLineEdit*>(QString::fromLatin1(name));
@@ -79,7 +62,7 @@ private slots:
 
     void everyFieldSetByAssistiveTechnologyIsSaved() {
         Window w;
-        AccountEditorView* sheet = w.openManual();
+        AccountEditorView* sheet = openManual(w);
         const QList<std::pair<QString, QString>> values{
             {QStringLiteral("label"), QStringLiteral("Dictated · Work")},
             {QStringLiteral("short limit"), QStringLiteral("50")},
@@ -154,7 +137,7 @@ private slots:
 
     void tenThousandCharactersReachTheForm() {
         Window w;
-        AccountEditorView* sheet = w.openManual();
+        AccountEditorView* sheet = openManual(w);
         const QString page(10000, u'8');
         for (const auto& [name, edit] : manualFields(sheet)) {
             setByAssistiveTechnology(edit, page);
@@ -178,7 +161,7 @@ private slots:
 
     void undoAndRedoThroughAWholeEdit() {
         Window w;
-        AccountEditorView* sheet = w.openManual();
+        AccountEditorView* sheet = openManual(w);
         QLineEdit* label = field(sheet, "accountLabel");
         type(label, QStringLiteral("Grok home"));
         QCOMPARE(sheet->form()->fields().label, QStringLiteral("Grok home"));
@@ -215,7 +198,7 @@ private slots:
 
     void aPasteWithATrailingNewlineIsReadAsShown() {
         Window w;
-        AccountEditorView* sheet = w.openManual();
+        AccountEditorView* sheet = openManual(w);
         const QString pasted = QStringLiteral("42\n");
         QGuiApplication::clipboard()->setText(pasted);
         for (const auto& [name, edit] : manualFields(sheet)) {
@@ -259,7 +242,7 @@ private slots:
 
     void anEditedAccountShowsItsValuesAndEchoesNothingBack() {
         Window w;
-        AccountEditorView* sheet = w.openManual();
+        AccountEditorView* sheet = openManual(w);
         setByAssistiveTechnology(field(sheet, "accountLabel"), QStringLiteral("First"));
         auto* shortTerm = sheet->findChild<ManualHorizonEditor*>(QStringLiteral("manualShortTerm"));
         setByAssistiveTechnology(shortTerm->limitField(), QStringLiteral("10"));

@@ -9,6 +9,7 @@
 #include "services/KeychainStore.h"
 #include "ui/SelectableTile.h"
 
+#include "OnboardingWindow.h"
 #include "WidgetTree.h"
 #include "providers/FakeOpenAIServer.h"
 
@@ -28,25 +29,12 @@ void press(QPushButton* target) {
     QTest::mouseClick(target, Qt::LeftButton);
 }
 
-struct Launch {
+// A first launch on a store of its own.
+struct FirstRun {
     CoreFixture fixture;
-    std::unique_ptr<ContentView> content;
-    std::unique_ptr<MainWindow> window;
+    Launch launch{fixture};
 
-    Launch() {
-        content = std::make_unique<ContentView>(fixture.store.get(), fixture.preferences.get());
-        window = std::make_unique<MainWindow>(content.get());
-        window->show();
-    }
-
-    OnboardingView* sheet() const {
-        if (!QTest::qWaitFor([this] { return window->onboarding() && window->onboarding()->isVisible(); },
-                             3000)) {
-            qFatal("the onboarding sheet did not open");
-        }
-        window->onboarding()->setReduceMotion(true);
-        return window->onboarding();
-    }
+    OnboardingView* sheet() const { return launch.sheet(); }
 
     // The name page of a first account with `provider`.
     OnboardingView* namePage(const QString& provider) const {
@@ -85,7 +73,7 @@ private slots:
     void cleanup() { ProviderFactory::setOpenAIBase(QUrl()); }
 
     void aManualAccountDictatedFromNameToStore() {
-        Launch launch;
+        FirstRun launch;
         OnboardingView* sheet = launch.namePage(QStringLiteral("Grok"));
         setByAssistiveTechnology(nameField(sheet), QStringLiteral("Grok · Spoken"));
         QCOMPARE(sheet->flow()->label(), QStringLiteral("Grok · Spoken"));
@@ -120,7 +108,7 @@ private slots:
         FakeOpenAIServer server;
         server.acceptKey();
         ProviderFactory::setOpenAIBase(server.base());
-        Launch launch;
+        FirstRun launch;
         OnboardingView* sheet = launch.namePage(QStringLiteral("OpenAI"));
         setByAssistiveTechnology(nameField(sheet), QStringLiteral("OpenAI · Voice"));
         press(shown<QPushButton>(sheet, QStringLiteral("Continue")));
@@ -142,7 +130,7 @@ private slots:
     }
 
     void tenThousandCharactersReachTheFlow() {
-        Launch launch;
+        FirstRun launch;
         OnboardingView* sheet = launch.namePage(QStringLiteral("Claude"));
         const QString page(10000, u'9');
         setByAssistiveTechnology(nameField(sheet), page);
@@ -161,7 +149,7 @@ private slots:
     }
 
     void undoAndRedoReachTheFlow() {
-        Launch launch;
+        FirstRun launch;
         OnboardingView* sheet = launch.namePage(QStringLiteral("Claude"));
         QLineEdit* name = nameField(sheet);
         type(name, QStringLiteral("Claude · Home"));
@@ -179,7 +167,7 @@ private slots:
     }
 
     void aPasteWithATrailingNewline() {
-        Launch launch;
+        FirstRun launch;
         OnboardingView* sheet = launch.namePage(QStringLiteral("Claude"));
         QGuiApplication::clipboard()->setText(QStringLiteral("Claude · Pasted\n"));
         nameField(sheet)->setFocus();
@@ -208,7 +196,7 @@ private slots:
     }
 
     void theFlowsOwnChangesAreNotEchoedBack() {
-        Launch launch;
+        FirstRun launch;
         OnboardingView* sheet = launch.namePage(QStringLiteral("Claude"));
         setByAssistiveTechnology(nameField(sheet), QStringLiteral("Claude · First"));
         press(shown<QPushButton>(sheet, QStringLiteral("Back")));
