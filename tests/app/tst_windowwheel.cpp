@@ -1,15 +1,23 @@
-// The wheel in the real window: scrolling the overview past "Sort subscriptions" scrolls
-// the page and leaves the sort as it was.
+// The wheel in the real window: scrolling past a picker scrolls the page and leaves the
+// picker, the preferences and what is saved as they were.
 #include "app/MainWindow.h"
 
 #include "MainWindowFixtures.h"
+#include "WidgetTree.h"
 #include "core/ContentView.h"
+#include "core/Preferences.h"
+#include "editor/widgets/AccountEditorView.h"
+#include "editor/widgets/ManualHorizonEditor.h"
+#include "ui/SelectableTile.h"
 #include "ui/WheelGuard.h"
 #include "views/widgets/OverviewScreen.h"
+#include "views/widgets/SettingsView.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QPushButton>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
 
@@ -43,6 +51,59 @@ private slots:
         QCOMPARE(picker->currentIndex(), sort);
         QVERIFY(!picker->hasFocus());
         QVERIFY(window.overview()->verticalScrollBar()->value() > scrolled);
+    }
+
+    void aWheelStormOverTheIntervalWritesNoPreference() {
+        CoreFixture fixture;
+        fixture.preferences->setAutoRefreshEnabled(true);
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.show();
+        SettingsView* settings = window.settingsWindow();
+        settings->resize(settings->width(), 260); // short enough to scroll
+        settings->show();
+        QVERIFY(QTest::qWaitForWindowExposed(settings));
+        QComboBox* interval = settings->intervalPicker();
+        QVERIFY(interval->isVisible());
+        const int minutes = fixture.preferences->autoRefreshMinutes();
+        const int index = interval->currentIndex();
+        QSignalSpy written(fixture.preferences.get(), &Preferences::changed);
+        const QPoint local = interval->rect().center();
+        for (int i = 0; i < 400; ++i) {
+            QWheelEvent wheel(local, interval->mapToGlobal(local), QPoint(),
+                              QPoint(0, i % 3 == 0 ? 120 : -120), Qt::NoButton, Qt::NoModifier,
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(interval, &wheel);
+        }
+        QCOMPARE(interval->currentIndex(), index);
+        QCOMPARE(fixture.preferences->autoRefreshMinutes(), minutes);
+        QCOMPARE(written.count(), 0);
+    }
+
+    void aWheelStormOverTheUnitSavesTheUnitChosen() {
+        CoreFixture fixture;
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.show();
+        content.setEditorState(EditorState::newAccount());
+        AccountEditorView* sheet = window.editor();
+        QVERIFY(QTest::qWaitForWindowExposed(sheet));
+        shown<SelectableTile>(sheet, QStringLiteral("Manual tracking"))->click();
+        auto* unit = sheet->findChild<QComboBox*>(QStringLiteral("manualUnit"));
+        const QString chosen = unit->currentText();
+        const QPoint local = unit->rect().center();
+        for (int i = 0; i < 400; ++i) {
+            QWheelEvent wheel(local, unit->mapToGlobal(local), QPoint(), QPoint(0, i % 2 == 0 ? -120 : 120),
+                              Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+            QApplication::sendEvent(unit, &wheel);
+        }
+        QCOMPARE(unit->currentText(), chosen);
+        auto* shortTerm = sheet->findChild<ManualHorizonEditor*>(QStringLiteral("manualShortTerm"));
+        type(shortTerm->limitField(), QStringLiteral("10"));
+        type(shortTerm->usedField(), QStringLiteral("1"));
+        sheet->saveButton()->click();
+        QTRY_VERIFY(!window.editor());
+        QCOMPARE(fixture.store->accounts().first()->snapshot()->windows.first().unit.title(), chosen);
     }
 };
 
