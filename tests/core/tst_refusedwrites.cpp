@@ -27,7 +27,8 @@ enum class Operation {
     signOut,
     editorSignOut,
     editorChangesConnection,
-    editorNewWithKey
+    editorNewWithKey,
+    onboardingNewWithKey
 };
 
 // The rows of the store file, read by a connection of its own.
@@ -149,7 +150,8 @@ private slots:
             {"sign out", Operation::signOut},
             {"editor sign-out", Operation::editorSignOut},
             {"editor changes connection", Operation::editorChangesConnection},
-            {"editor new account with key", Operation::editorNewWithKey}};
+            {"editor new account with key", Operation::editorNewWithKey},
+            {"onboarding new account with key", Operation::onboardingNewWithKey}};
         for (const auto& [refusalName, refusal] : refusals) {
             for (const auto& [operationName, operation] : operations) {
                 QTest::addRow("%s, %s", refusalName, operationName) << refusal << operation;
@@ -206,6 +208,12 @@ private slots:
             draft.provider = AIProvider::openAI;
             draft.apiKey = QStringLiteral("sk-admin-new");
             editorRefusal = m_lifecycle->saveEditorAccount(draft, nullptr).refusal;
+            break;
+        case Operation::onboardingNewWithKey:
+            draft.connectionMode = ConnectionMode::apiKey;
+            draft.provider = AIProvider::openAI;
+            draft.apiKey = QStringLiteral("sk-admin-onboarded");
+            refused = m_lifecycle->createOnboardingAccount(draft).refusal;
             break;
         }
         lift();
