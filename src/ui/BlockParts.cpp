@@ -1,10 +1,10 @@
 #include "ui/BlockParts.h"
 
+#include "ui/AccessibleParts.h"
 #include "ui/BadgeWidget.h"
 #include "ui/SymbolIcon.h"
 #include "ui/Theme.h"
 
-#include <QAccessibleWidget>
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QIcon>
@@ -249,56 +249,7 @@ QWidget* BlockParts::actionCallout(const QString& symbol, const QString& title, 
     return callout;
 }
 
-namespace {
-constexpr char kSegment[] = "tallyfenSegment";
-
-// A segment as assistive technology meets it: a radio button among its neighbours, which
-// one press turns on. (Qt reads a checkable tool button as a check box.)
-class SegmentAccessible final : public QAccessibleWidget {
-public:
-    explicit SegmentAccessible(QToolButton* button)
-        : QAccessibleWidget(button, QAccessible::RadioButton) {}
-
-    QAccessible::State state() const override {
-        QAccessible::State state = QAccessibleWidget::state();
-        state.checkable = true;
-        state.checked = segment()->isChecked();
-        return state;
-    }
-    QString text(QAccessible::Text kind) const override {
-        const QString own = QAccessibleWidget::text(kind);
-        return kind == QAccessible::Name && own.isEmpty() ? segment()->text() : own;
-    }
-    QStringList actionNames() const override {
-        return QStringList{pressAction()} + QAccessibleWidget::actionNames();
-    }
-    void doAction(const QString& action) override {
-        if (action == pressAction()) {
-            segment()->click();
-            return;
-        }
-        QAccessibleWidget::doAction(action);
-    }
-
-private:
-    QToolButton* segment() const { return static_cast<QToolButton*>(widget()); }
-};
-
-QAccessibleInterface* segmentFactory(const QString&, QObject* object) {
-    auto* button = qobject_cast<QToolButton*>(object);
-    if (button && button->property(kSegment).toBool()) {
-        return new SegmentAccessible(button);
-    }
-    return nullptr;
-}
-} // namespace
-
 QList<QToolButton*> BlockParts::segments(QWidget* holder, const QList<Segment>& segments, int checked) {
-    static const bool factoryInstalled = [] {
-        QAccessible::installFactory(&segmentFactory);
-        return true;
-    }();
-    Q_UNUSED(factoryInstalled);
     auto* layout = row(2);
     holder->setLayout(layout);
     auto* group = new QButtonGroup(holder);
@@ -307,8 +258,7 @@ QList<QToolButton*> BlockParts::segments(QWidget* holder, const QList<Segment>& 
     QList<QToolButton*> buttons;
     for (const Segment& segment : segments) {
         auto* button = new QToolButton(holder);
-        // First, before anything can ask for the button's accessible interface.
-        button->setProperty(kSegment, true);
+        AccessibleParts::markSegment(button);
         button->setText(segment.title);
         button->setAccessibleName(segment.title);
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);

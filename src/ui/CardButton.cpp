@@ -2,16 +2,11 @@
 
 #include "ui/Theme.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
-namespace {
-constexpr int kRing = 2;
-}
-
 CardButton::CardButton(QWidget* card, const QString& name, const QString& hint, QWidget* parent)
-    : QAbstractButton(parent)
+    : PressableButton(parent)
     , m_card(card) {
     setAccessibleName(name);
     setAccessibleDescription(hint);
@@ -19,7 +14,7 @@ CardButton::CardButton(QWidget* card, const QString& name, const QString& hint, 
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(kRing, kRing, kRing, kRing);
+    layout->setContentsMargins(kFocusRing, kFocusRing, kFocusRing, kFocusRing);
     layout->addWidget(m_card);
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(m_card->hasHeightForWidth());
@@ -50,21 +45,6 @@ int CardButton::heightForWidth(int width) const {
 }
 
 void CardButton::paintEvent(QPaintEvent*) {
-    if (!hasFocus()) {
-        return;
-    }
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(Theme::colors(Tone::accent, Theme::appearance(palette())).foreground, kRing));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), Theme::kRadiusCard + 1,
-                            Theme::kRadiusCard + 1);
-}
-
-void CardButton::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
-        return;
-    }
-    QAbstractButton::keyPressEvent(event);
+    paintFocusRing(painter, QRectF(rect()).adjusted(1, 1, -1, -1), Theme::kRadiusCard + 1);
 }

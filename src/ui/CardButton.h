@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QAbstractButton>
+#include "ui/PressableButton.h"
 
 // A card that opens something: the card fills the button, a click anywhere or Enter or
 // Space presses it, and keyboard focus shows as an accent ring. Its accessible name is
 // the card's title, its description the hint.
-class CardButton final : public QAbstractButton {
+class CardButton final : public PressableButton {
     Q_OBJECT
 
 public:
@@ -22,7 +22,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QWidget* m_card;

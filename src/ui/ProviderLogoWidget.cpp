@@ -1,48 +1,21 @@
 #include "ui/ProviderLogoWidget.h"
 
+#include "ui/AccessibleParts.h"
 #include "ui/AppResources.h"
 #include "ui/SymbolIcon.h"
 #include "ui/Theme.h"
 
-#include <QAccessibleWidget>
 #include <QFile>
 #include <QHash>
 #include <QImage>
 #include <QPainter>
 #include <QPixmapCache>
 
-namespace {
-// A logo as assistive technology meets it: a picture, and one that isn't there unless it was
-// given a name, since a logo without a name stands beside the provider's name already.
-class LogoAccessible final : public QAccessibleWidget {
-public:
-    explicit LogoAccessible(QWidget* logo)
-        : QAccessibleWidget(logo, QAccessible::Graphic) {}
-
-    QAccessible::State state() const override {
-        QAccessible::State state = QAccessibleWidget::state();
-        state.invisible = state.invisible || widget()->accessibleName().isEmpty();
-        return state;
-    }
-};
-
-QAccessibleInterface* logoFactory(const QString& className, QObject* object) {
-    if (className == QLatin1String("ProviderLogoWidget") && object->isWidgetType()) {
-        return new LogoAccessible(static_cast<QWidget*>(object));
-    }
-    return nullptr;
-}
-} // namespace
-
 ProviderLogoWidget::ProviderLogoWidget(AIProvider provider, int size, QWidget* parent)
     : QWidget(parent)
     , m_provider(provider)
     , m_size(size) {
-    static const bool factoryInstalled = [] {
-        QAccessible::installFactory(&logoFactory);
-        return true;
-    }();
-    Q_UNUSED(factoryInstalled);
+    AccessibleParts::install();
     setFixedSize(size, size);
 }
 

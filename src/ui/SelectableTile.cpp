@@ -6,7 +6,6 @@
 #include "ui/SymbolIcon.h"
 #include "ui/Theme.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 
 namespace {
@@ -17,7 +16,7 @@ constexpr int kPadding = Theme::kSpaceM;
 
 SelectableTile::SelectableTile(AIProvider logo, const QString& title, const QString& subtitle,
                                QWidget* parent)
-    : QAbstractButton(parent)
+    : PressableButton(parent)
     , m_logo(logo) {
     setCheckable(true);
     setFocusPolicy(Qt::StrongFocus);
@@ -80,14 +79,6 @@ QSize SelectableTile::sizeHint() const {
 
 QSize SelectableTile::minimumSizeHint() const {
     return QSize(kPadding * 2 + kLogo + Theme::kSpaceS + 48 + kCheck, sizeHint().height());
-}
-
-void SelectableTile::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
-        return;
-    }
-    QAbstractButton::keyPressEvent(event);
 }
 
 void SelectableTile::paintEvent(QPaintEvent*) {

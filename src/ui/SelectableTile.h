@@ -3,14 +3,14 @@
 #include "model/AIProvider.h"
 #include "views/Badge.h"
 
-#include <QAbstractButton>
+#include "ui/PressableButton.h"
 
 #include <optional>
 
 // A tile to choose one of several: the provider's logo, a title and an optional second
 // line, and while chosen an accent ring and a check mark. Its accessible name is its
 // title; it is checkable, so a screen reader says which one is chosen.
-class SelectableTile final : public QAbstractButton {
+class SelectableTile final : public PressableButton {
     Q_OBJECT
 
 public:
@@ -32,7 +32,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     void nextCheckState() override {}
 
 private:

@@ -2,19 +2,17 @@
 
 #include "ui/BadgeWidget.h"
 #include "ui/BlockParts.h"
+#include "ui/PressableButton.h"
 #include "ui/Theme.h"
 
-#include <QAbstractButton>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
 namespace {
 using Ink = ElidedLabel::Ink;
 constexpr std::array<int, 4> kStretch{3, 2, 2, 2};
-constexpr int kRing = 2;
 
 QWidget* cellWidget(const MatrixRowContent::Cell& cell, QWidget* parent) {
     auto* box = new QWidget(parent);
@@ -41,10 +39,10 @@ QWidget* cellWidget(const MatrixRowContent::Cell& cell, QWidget* parent) {
 
 // One row: a flat button over the whole width that selects its account. A click (press
 // and release on the same row), Return, Enter or Space opens it.
-class MatrixRow final : public QAbstractButton {
+class MatrixRow final : public PressableButton {
 public:
     MatrixRow(const MatrixRowContent& content, SubscriptionMatrixWidget* matrix, QWidget* parent)
-        : QAbstractButton(parent) {
+        : PressableButton(parent) {
         setObjectName(QStringLiteral("matrixRow"));
         setAccessibleName(content.name);
         setAccessibleDescription(content.statusLine());
@@ -96,24 +94,11 @@ public:
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        const Theme::Appearance look = Theme::appearance(palette());
         if (!m_first) {
-            painter.fillRect(QRect(0, 0, width(), 1), Theme::separator(look));
+            painter.fillRect(QRect(0, 0, width(), 1), Theme::separator(Theme::appearance(palette())));
         }
-        if (hasFocus()) {
-            painter.setRenderHint(QPainter::Antialiasing);
-            painter.setPen(QPen(Theme::colors(Tone::accent, look).foreground, kRing));
-            painter.setBrush(Qt::NoBrush);
-            painter.drawRoundedRect(QRectF(rect()).adjusted(kRing, kRing, -kRing, -kRing), Theme::kRadiusCard,
-                                    Theme::kRadiusCard);
-        }
-    }
-    void keyPressEvent(QKeyEvent* event) override {
-        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-            click();
-            return;
-        }
-        QAbstractButton::keyPressEvent(event);
+        paintFocusRing(painter, QRectF(rect()).adjusted(kFocusRing, kFocusRing, -kFocusRing, -kFocusRing),
+                       Theme::kRadiusCard);
     }
 
 private:
