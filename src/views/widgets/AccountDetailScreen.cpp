@@ -171,14 +171,16 @@ void AccountDetailScreen::setRefreshing(bool isRefreshing) {
     if (!m_account) {
         return;
     }
-    const AccountDetailView::ConnectionPanel panel =
-        AccountDetailView::connectionPanel(*m_account, isRefreshing);
+    showRefresh(AccountDetailView::connectionPanel(*m_account, isRefreshing));
+    Q_EMIT refreshingShown(AccountDetailView::toolbar(isRefreshing));
+}
+
+void AccountDetailScreen::showRefresh(const AccountDetailView::ConnectionPanel& panel) {
     if (m_refresh) {
         m_refresh->setText(panel.refreshTitle);
         m_refresh->setAccessibleName(panel.refreshTitle);
         m_refresh->setEnabled(panel.refreshEnabled);
     }
-    Q_EMIT refreshingShown(AccountDetailView::toolbar(isRefreshing));
 }
 
 void AccountDetailScreen::build(const AccountDetailView::Screen& screen, Timestamp now) {
@@ -187,21 +189,15 @@ void AccountDetailScreen::build(const AccountDetailView::Screen& screen, Timesta
     m_layout = new QVBoxLayout(page);
     m_layout->setContentsMargins(Theme::kSpaceXXL, Theme::kSpaceXL, Theme::kSpaceXXL, Theme::kSpaceXXL);
     m_layout->setSpacing(Theme::kSpaceXL);
+    m_layout->addStretch(1);
     QWidget* old = takeWidget();
     m_page = page;
-    for (int part = 0; part < kPartCount; ++part) {
-        m_parts[static_cast<std::size_t>(part)] = makePart(static_cast<Part>(part), screen, now);
-        if (QWidget* widget = m_parts[static_cast<std::size_t>(part)]) {
-            m_layout->addWidget(widget);
-        }
-    }
-    m_layout->addStretch(1);
+    // An empty page that nothing was shown on: every part is made.
+    m_parts.fill(nullptr);
+    m_shown.reset();
+    update(screen, now);
     setWidget(page);
     delete old;
-    m_shown = screen;
-    // The page takes the focus for scrolling by keyboard; a screen reader names it by its account.
-    setAccessibleName(screen.header.name);
-    Q_EMIT refreshingShown(screen.toolbar);
 }
 
 void AccountDetailScreen::update(const AccountDetailView::Screen& screen, Timestamp now) {
@@ -232,6 +228,7 @@ void AccountDetailScreen::update(const AccountDetailView::Screen& screen, Timest
         index += widget ? 1 : 0;
     }
     m_shown = screen;
+    // The page takes the focus for scrolling by keyboard; a screen reader names it by its account.
     setAccessibleName(screen.header.name);
     Q_EMIT refreshingShown(screen.toolbar);
 }
@@ -277,6 +274,9 @@ QWidget* AccountDetailScreen::makePart(Part part, const AccountDetailView::Scree
 }
 
 bool AccountDetailScreen::followInPlace(Part part, const AccountDetailView::Screen& screen, Timestamp now) {
+    if (!m_shown) {
+        return false;
+    }
     const AccountDetailView::Screen& shown = *m_shown;
     switch (part) {
     case Part::header: {
@@ -306,10 +306,7 @@ bool AccountDetailScreen::followInPlace(Part part, const AccountDetailView::Scre
             return false;
         }
         m_connectionStatus->setBadge(screen.connection.status);
-        if (shown.connection.refreshTitle != screen.connection.refreshTitle ||
-            shown.connection.refreshEnabled != screen.connection.refreshEnabled) {
-            setRefreshing(m_refreshing);
-        }
+        showRefresh(screen.connection);
         return true;
     }
     case Part::emptyState:

@@ -60,12 +60,15 @@ private:
     };
     static constexpr int kPartCount = 9;
 
+    // A new page for another account; update() makes its parts.
     void build(const AccountDetailView::Screen& screen, Timestamp now);
     void update(const AccountDetailView::Screen& screen, Timestamp now);
     // The part's widget for `screen`, or null when the screen has no such part.
     QWidget* makePart(Part part, const AccountDetailView::Screen& screen, Timestamp now);
     // Brings a part that changed up to date without making it anew, where it can.
     bool followInPlace(Part part, const AccountDetailView::Screen& screen, Timestamp now);
+    // The refresh button as the panel says.
+    void showRefresh(const AccountDetailView::ConnectionPanel& panel);
     QWidget* buildHeader(const AccountDetailView::Header& header);
     QWidget* buildConnection(const AccountDetailView::ConnectionPanel& panel);
     QWidget* buildMetrics(const AccountDetailView::Metrics& metrics, Timestamp now);
