@@ -42,6 +42,17 @@ QString formatted(Format format) {
     return fromICU(buffer.data(), length);
 }
 
+// The text of `formatter` through `format`, or `plainer()` when there is no formatter or
+// ICU fails: every text has one.
+template <typename Formatter, typename Format, typename Plainer>
+QString formattedOr(Formatter* formatter, Format format, Plainer plainer) {
+    const QString text = formatter ? formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
+        return format(formatter, buffer, capacity, error);
+    })
+                                   : QString();
+    return text.isEmpty() ? plainer() : text;
+}
+
 struct NumberFormatCloser {
     void operator()(UNumberFormat* format) const { unum_close(format); }
 };
@@ -89,12 +100,12 @@ UNumberFormat* numberFormat(int fractionDigits, const QLocale& locale) {
 }
 
 QString number(double value, int fractionDigits, const QLocale& locale) {
-    UNumberFormat* format = numberFormat(fractionDigits, locale);
-    const QString text = format ? formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
-        return unum_formatDouble(format, value, buffer, capacity, nullptr, error);
-    })
-                                : QString();
-    return text.isEmpty() ? locale.toString(value, 'f', fractionDigits) : text;
+    return formattedOr(
+        numberFormat(fractionDigits, locale),
+        [&](UNumberFormat* format, UChar* buffer, int32_t capacity, UErrorCode* error) {
+            return unum_formatDouble(format, value, buffer, capacity, nullptr, error);
+        },
+        [&] { return locale.toString(value, 'f', fractionDigits); });
 }
 
 // Milliseconds since the Unix epoch, as ICU counts time; clamped like every calendar date.
@@ -142,11 +153,12 @@ QString DisplayFormatters::dateTime(std::optional<Timestamp> date, const QTimeZo
                              reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
                              nullptr, 0, status);
         });
-    const QString text = format ? formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
-        return udat_format(format, icuDate(*date), buffer, capacity, nullptr, error);
-    })
-                                : QString();
-    return text.isEmpty() ? date->toDateTime().toTimeZone(timeZone).toString(Qt::ISODate) : text;
+    return formattedOr(
+        format,
+        [&](UDateFormat* opened, UChar* buffer, int32_t capacity, UErrorCode* error) {
+            return udat_format(opened, icuDate(*date), buffer, capacity, nullptr, error);
+        },
+        [&] { return date->toDateTime().toTimeZone(timeZone).toString(Qt::ISODate); });
 }
 
 QString DisplayFormatters::decimal(double value, int fractionDigits, const QLocale& locale) {
@@ -177,13 +189,15 @@ QString DisplayFormatters::monthDay(Timestamp date, const QTimeZone& timeZone, c
                              reinterpret_cast<const UChar*>(zone.utf16()), static_cast<int32_t>(zone.size()),
                              pattern.data(), length, status);
         });
-    const QString text = format ? formatted([&](UChar* buffer, int32_t capacity, UErrorCode* error) {
-        return udat_format(format, icuDate(date), buffer, capacity, nullptr, error);
-    })
-                                : QString();
-    return text.isEmpty() ? locale.toString(date.clamped().toDateTime().toTimeZone(timeZone).date(),
-                                            QLocale::ShortFormat)
-                          : text;
+    return formattedOr(
+        format,
+        [&](UDateFormat* opened, UChar* buffer, int32_t capacity, UErrorCode* error) {
+            return udat_format(opened, icuDate(date), buffer, capacity, nullptr, error);
+        },
+        [&] {
+            return locale.toString(date.clamped().toDateTime().toTimeZone(timeZone).date(),
+                                   QLocale::ShortFormat);
+        });
 }
 
 QString DisplayFormatters::relative(std::optional<Timestamp> date) {
