@@ -14,6 +14,7 @@
 #include "views/widgets/SidebarView.h"
 
 #include "AccessibilityAudit.h"
+#include "ScreenScenario.h"
 #include "WidgetTree.h"
 
 #include <QLabel>
@@ -27,44 +28,6 @@
 // accounts.
 namespace {
 const Timestamp kNow = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30), Qt::UTC));
-
-struct Scenario {
-    QTemporaryDir scratch;
-    std::unique_ptr<AccountStore> store;
-    std::unique_ptr<Preferences> preferences;
-    std::unique_ptr<ContentView> content;
-
-    explicit Scenario(bool onboarded = true) {
-        QString error;
-        store = AccountStore::open(scratch.filePath(QStringLiteral("audit.store")), &error);
-        preferences = std::make_unique<Preferences>(scratch.filePath(QStringLiteral("preferences.ini")));
-        preferences->setOnboardingCompleted(onboarded);
-        content = std::make_unique<ContentView>(store.get(), preferences.get());
-    }
-
-    ProviderAccount* add(const QString& label, AIProvider provider, ConnectionMode mode, double createdAt) {
-        auto* account = new ProviderAccount(ProviderAccount::Init{
-            .provider = provider,
-            .label = label,
-            .accountKind = provider == AIProvider::openAI ? AccountKind::api : AccountKind::consumer,
-            .connectionMode = mode,
-            .createdAt = Timestamp(createdAt),
-            .lastRefreshAt = kNow.addingSeconds(-600),
-            .syncStatus = SyncStatus::current,
-            .syncMessage = QStringLiteral("Refreshed from the provider"),
-            .sampleDataEnabled = mode == ConnectionMode::mock});
-        if (mode != ConnectionMode::browser) {
-            for (int day = 4; day >= 0; --day) {
-                const UsageSnapshot snapshot =
-                    MockDataFactory::snapshot(*account, kNow.addingSeconds(-86400.0 * day));
-                account->record(snapshot);
-                account->setSnapshot(snapshot);
-            }
-        }
-        store->insert(account);
-        return account;
-    }
-};
 
 void settle() {
     for (int i = 0; i < 3; ++i) {
@@ -157,14 +120,23 @@ private slots:
         window.resize(1240, 820);
         window.show(); // the legacy migration runs now, before the accounts exist
         settle();
-        scenario.add(QStringLiteral("OpenAI · Work API"), AIProvider::openAI, ConnectionMode::mock, 1);
-        scenario.add(QStringLiteral("Claude · Personal"), AIProvider::anthropic, ConnectionMode::mock, 2);
-        ProviderAccount* key =
-            scenario.add(QStringLiteral("Production org"), AIProvider::openAI, ConnectionMode::apiKey, 3);
-        ProviderAccount* manual =
-            scenario.add(QStringLiteral("Claude Max"), AIProvider::anthropic, ConnectionMode::manual, 4);
-        ProviderAccount* browser =
-            scenario.add(QStringLiteral("Gemini Advanced"), AIProvider::gemini, ConnectionMode::browser, 5);
+        AccountStore& store = *scenario.store;
+        refreshedAccount(store, QStringLiteral("OpenAI · Work API"), AIProvider::openAI, ConnectionMode::mock,
+                         UsageSource::mock, 1, kNow);
+        refreshedAccount(store, QStringLiteral("Claude · Personal"), AIProvider::anthropic,
+                         ConnectionMode::mock, UsageSource::mock, 2, kNow);
+        ProviderAccount* key = refreshedAccount(store, QStringLiteral("Production org"), AIProvider::openAI,
+                                                ConnectionMode::apiKey, UsageSource::officialAPI, 3, kNow);
+        ProviderAccount* manual = refreshedAccount(store, QStringLiteral("Claude Max"), AIProvider::anthropic,
+                                                   ConnectionMode::manual, UsageSource::manual, 4, kNow);
+        // Signed in through the provider's page: nothing fetched yet.
+        auto* browser = new ProviderAccount(ProviderAccount::Init{.provider = AIProvider::gemini,
+                                                                  .label = QStringLiteral("Gemini Advanced"),
+                                                                  .accountKind = AccountKind::consumer,
+                                                                  .connectionMode = ConnectionMode::browser,
+                                                                  .createdAt = Timestamp(5),
+                                                                  .sampleDataEnabled = false});
+        store.insert(browser);
         settle();
         m_audit.check(QStringLiteral("overview cards"), &window);
         window.overview()->setViewMode(MonitoringViewMode::matrix);
@@ -220,8 +192,10 @@ private slots:
         Scenario scenario;
         const QList<AIProvider> providers = AIProvider::allCases();
         for (int i = 0; i < 50; ++i) {
-            scenario.add(QStringLiteral("Team %1").arg(i + 1), providers.at(i % providers.size()),
-                         i % 3 == 0 ? ConnectionMode::manual : ConnectionMode::mock, 100 + i);
+            refreshedAccount(*scenario.store, QStringLiteral("Team %1").arg(i + 1),
+                             providers.at(i % providers.size()),
+                             i % 3 == 0 ? ConnectionMode::manual : ConnectionMode::mock,
+                             i % 3 == 0 ? UsageSource::manual : UsageSource::mock, 100 + i, kNow);
         }
         MainWindow window(scenario.content.get());
         window.resize(1240, 820);

@@ -1,6 +1,7 @@
 // Renders the application's screens offscreen into PNG files, for people to look at.
 // Usage: render_screens <output folder>
 #include "FileProtection.h"
+#include "ScreenScenario.h"
 #include "app/MainWindow.h"
 #include "core/ContentView.h"
 #include "core/Preferences.h"
@@ -265,46 +266,6 @@ bool save(QWidget& widget, const QString& path) {
     std::printf("%s %s\n", ok ? "wrote" : "could not write", qPrintable(path));
     return ok;
 }
-
-// An account as a finished refresh leaves it: a mock snapshot for `now`, recorded with a
-// few earlier days so that its trend has points.
-ProviderAccount* refreshedAccount(AccountStore& store, const QString& label, AIProvider provider,
-                                  ConnectionMode mode, UsageSource source, double createdAt, Timestamp now) {
-    auto* account = new ProviderAccount(ProviderAccount::Init{
-        .id = QUuid::createUuidV5(QUuid(), label),
-        .provider = provider,
-        .label = label,
-        .accountKind = provider == AIProvider::openAI ? AccountKind::api : AccountKind::consumer,
-        .connectionMode = mode,
-        .createdAt = Timestamp(createdAt),
-        .lastRefreshAt = now.addingSeconds(-600),
-        .syncStatus = SyncStatus::current,
-        .syncMessage = QStringLiteral("Refreshed from the provider"),
-        .sampleDataEnabled = mode == ConnectionMode::mock});
-    for (int day = 6; day >= 0; --day) {
-        UsageSnapshot snapshot = MockDataFactory::snapshot(*account, now.addingSeconds(-86400.0 * day));
-        snapshot.source = source;
-        account->record(snapshot);
-        account->setSnapshot(snapshot);
-    }
-    store.insert(account);
-    return account;
-}
-
-struct Scenario {
-    QTemporaryDir scratch;
-    std::unique_ptr<AccountStore> store;
-    std::unique_ptr<Preferences> preferences;
-    std::unique_ptr<ContentView> content;
-
-    explicit Scenario(bool onboarded = true) {
-        QString error;
-        store = AccountStore::open(scratch.filePath(QStringLiteral("screens.store")), &error);
-        preferences = std::make_unique<Preferences>(scratch.filePath(QStringLiteral("preferences.ini")));
-        preferences->setOnboardingCompleted(onboarded);
-        content = std::make_unique<ContentView>(store.get(), preferences.get());
-    }
-};
 
 bool shoot(MainWindow& window, const QString& path) {
     window.show();
