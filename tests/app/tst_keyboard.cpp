@@ -133,9 +133,14 @@ private slots:
     void theMatrixByKeyboard() {
         Window w;
         QWidget* cards = w.tabTo(QStringLiteral("Cards"));
-
         QVERIFY(cards);
         QVERIFY(focusShows(cards));
+        // A screen reader meets a radio button, on, that it can press.
+        QAccessibleInterface* segment = QAccessible::queryAccessibleInterface(cards);
+        QCOMPARE(segment->role(), QAccessible::RadioButton);
+        QVERIFY(segment->state().checkable && segment->state().checked);
+        QVERIFY(
+            segment->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()));
         // The segments are one group: an arrow moves to the next and turns it on.
         QTest::keyClick(cards, Qt::Key_Right);
         QCOMPARE(w.window->overview()->viewMode(), MonitoringViewMode::matrix);

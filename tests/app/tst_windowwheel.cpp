@@ -53,6 +53,32 @@ private slots:
         QVERIFY(window.overview()->verticalScrollBar()->value() > scrolled);
     }
 
+    void theWheelOverAMatrixRowIsLeftToThePage() {
+        CoreFixture fixture;
+        for (int i = 0; i < 20; ++i) {
+            windowfixtures::refreshed(fixture, QStringLiteral("Account %1").arg(i), AIProvider::openAI, i);
+        }
+        ContentView content(fixture.store.get(), fixture.preferences.get());
+        MainWindow window(&content);
+        window.resize(1200, 800);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        window.overview()->setViewMode(MonitoringViewMode::matrix);
+        QApplication::processEvents();
+        QWidget* row = window.overview()->findChild<QWidget*>(QStringLiteral("matrixRow"));
+        QVERIFY(row);
+        window.overview()->ensureWidgetVisible(row);
+        QApplication::processEvents();
+        const QPoint local = row->rect().center();
+        QWheelEvent wheel(local, row->mapToGlobal(local), QPoint(), QPoint(0, -120), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(row, &wheel);
+        // The row leaves the wheel alone: a mouse's wheel (a spontaneous event, which a test
+        // cannot send) goes on to the page; this one stops here, as Qt keeps sent ones put.
+        QVERIFY(!wheel.isAccepted());
+        QCOMPARE(content.selection(), SidebarSelection::overview());
+    }
+
     void aWheelStormOverTheIntervalWritesNoPreference() {
         CoreFixture fixture;
         fixture.preferences->setAutoRefreshEnabled(true);
