@@ -209,23 +209,10 @@ AccountLifecycle::Outcome AccountLifecycle::createOnboardingAccount(const Accoun
     const QList<KeyJournal::Entry> owed =
         usesKey ? QList<KeyJournal::Entry>{{KeyJournal::Change::createKey, reference}}
                 : QList<KeyJournal::Entry>{};
-    journal().note(owed);
     m_store->insert(account);
-    if (auto refusal = commit(point)) {
-        journal().crossOut(owed);
+    if (auto refusal =
+            commitThenSaveKey(point, owed, usesKey ? std::optional(draft.apiKey) : std::nullopt, reference)) {
         return Outcome{.refusal = std::move(refusal)};
-    }
-    if (usesKey) {
-        try {
-            KeychainStore::save(draft.apiKey, reference);
-        } catch (const KeychainError& error) {
-            // No account without its key: the saved record goes again (or, should the
-            // store refuse that, at the next start).
-            if (undoSaved(point)) {
-                journal().crossOut(owed);
-            }
-            return Outcome{.refusal = Refusal{Refusal::Source::keychain, error.reason()}};
-        }
     }
     journal().crossOut(owed);
     return Outcome{.done = true, .account = id};
@@ -376,29 +363,40 @@ AccountLifecycle::EditorSave AccountLifecycle::saveEditorAccount(const AccountDr
     for (const QString& stale : std::as_const(staleKeys)) {
         owed.append({KeyJournal::Change::deleteKey, stale});
     }
-    journal().note(owed);
-    if (const auto refusal = commit(point)) {
-        journal().crossOut(owed);
-        return EditorSave{.account = existing,
-                          .refusal = withReason(QStringLiteral("The account could not be saved locally."),
-                                                refusal->reason)};
-    }
-    if (!draft.apiKey.isEmpty()) {
-        try {
-            KeychainStore::save(draft.apiKey, reference);
-        } catch (const KeychainError& error) {
-            if (undoSaved(point)) {
-                journal().crossOut(owed);
-            }
-            return EditorSave{.account = existing,
-                              .refusal =
-                                  withReason(QStringLiteral("The credential could not be saved in Keychain."),
-                                             error.reason())};
-        }
+    if (const auto refusal = commitThenSaveKey(
+            point, owed, draft.apiKey.isEmpty() ? std::nullopt : std::optional(draft.apiKey), reference)) {
+        const QString sentence = refusal->source == Refusal::Source::store
+                                     ? QStringLiteral("The account could not be saved locally.")
+                                     : QStringLiteral("The credential could not be saved in Keychain.");
+        return EditorSave{.account = existing, .refusal = withReason(sentence, refusal->reason)};
     }
     std::optional<QString> keyKept = deleteKeys(staleKeys);
     journal().crossOut(owed);
     return EditorSave{.account = target, .saved = true, .keyKept = std::move(keyKept)};
+}
+
+std::optional<AccountLifecycle::Refusal>
+AccountLifecycle::commitThenSaveKey(const AccountStore::Savepoint& point,
+                                    const QList<KeyJournal::Entry>& owed, const std::optional<QString>& key,
+                                    const QString& reference) {
+    journal().note(owed);
+    if (auto refusal = commit(point)) {
+        journal().crossOut(owed);
+        return refusal;
+    }
+    if (key) {
+        try {
+            KeychainStore::save(*key, reference);
+        } catch (const KeychainError& error) {
+            // No record without its key: the saved change goes again (or, should the store
+            // refuse that, at the next start).
+            if (undoSaved(point)) {
+                journal().crossOut(owed);
+            }
+            return Refusal{Refusal::Source::keychain, error.reason()};
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<AccountLifecycle::Refusal> AccountLifecycle::commit(const AccountStore::Savepoint& point) {
@@ -435,9 +433,7 @@ AccountLifecycle::Outcome AccountLifecycle::commitThenDeleteKeys(const AccountSt
     for (const QString& reference : references) {
         owed.append({KeyJournal::Change::deleteKey, reference});
     }
-    journal().note(owed);
-    if (auto refusal = commit(point)) {
-        journal().crossOut(owed);
+    if (auto refusal = commitThenSaveKey(point, owed, std::nullopt, QString())) {
         return Outcome{.refusal = std::move(refusal)};
     }
     Outcome outcome{.done = true, .keyKept = deleteKeys(references)};

@@ -121,6 +121,13 @@ private:
     // refused what had to follow them. False when the store refused that too.
     bool undoSaved(const AccountStore::Savepoint& point);
     KeyJournal journal() const { return KeyJournal(m_store->path()); }
+    // Notes what the change owes the keychain (`owed`), saves the changes made since
+    // `point`, then stores `key` under `reference` when there is one; the keychain's
+    // refusal takes the saved change back. On success the caller crosses `owed` out once
+    // it has done the rest.
+    std::optional<Refusal> commitThenSaveKey(const AccountStore::Savepoint& point,
+                                             const QList<KeyJournal::Entry>& owed,
+                                             const std::optional<QString>& key, const QString& reference);
     // Saves the changes made since `point`, then lets the keys go.
     Outcome commitThenDeleteKeys(const AccountStore::Savepoint& point, const QStringList& references);
     // Deletes the keys; the keychain's reason when one of them stays for now.
