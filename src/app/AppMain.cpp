@@ -8,11 +8,11 @@
 #include "core/SingleInstance.h"
 #include "core/StoreLocation.h"
 #include "core/TallyfenApp.h"
+#include "services/DesktopSettings.h"
 #include "services/KeychainStore.h"
 #include "store/StoreFile.h"
 #include "ui/AppResources.h"
-#include "ui/AppStyle.h"
-#include "ui/Theme.h"
+#include "ui/DesktopLook.h"
 #include "ui/WheelGuard.h"
 
 #include <QApplication>
@@ -44,8 +44,10 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
     QApplication::setApplicationName(QStringLiteral("Tallyfen"));
     QApplication::setOrganizationName(QStringLiteral("Tallyfen"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tallyfen"));
-    // Light or dark as the desktop is, in the app's own palette and controls.
-    AppStyle::apply(Theme::appearance(QApplication::palette()));
+    // What the desktop asks of the look (light or dark, contrast, motion): asked now, its
+    // answers taken in while the store opens, and followed as it changes.
+    DesktopSettings desktop;
+    DesktopLook look(&desktop);
     WheelGuard::install();
     // The bundled face and icons, so the app reads the same on every machine.
     AppResources::load();
@@ -77,7 +79,12 @@ int AppMain::run(int argc, char* argv[], const std::function<void()>& afterFirst
 
     Preferences preferences;
     ContentView content(store.get(), &preferences);
+    // Light or dark as the desktop is, in the app's own palette and controls.
+    desktop.waitForFirstAnswers();
+    look.apply();
     MainWindow window(&content);
+    window.setReduceMotion(look.reduceMotion());
+    QObject::connect(&look, &DesktopLook::reduceMotionChanged, &window, &MainWindow::setReduceMotion);
     if (afterFirstShow) {
         QObject::connect(&window, &MainWindow::firstShown, &window, afterFirstShow, Qt::QueuedConnection);
     }

@@ -215,20 +215,15 @@ void MainWindow::buildToolbar() {
     spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     m_toolbar->addWidget(spacer);
 
-    const Theme::Appearance look = Theme::appearance(palette());
-    // An item shown at launch gets its icon now; the account screen's commands get theirs
-    // when that screen first shows them: most launches show the overview and nothing else.
-    const auto item = [&](const QString& title, const QString& symbol, const QString& name, Tone tone,
-                          bool shownAtLaunch) {
+    // An icon is drawn when its item first shows (most launches show the overview and
+    // nothing else), in the colours of the appearance of the moment.
+    const auto item = [&](const QString& title, const QString& symbol, const QString& name, Tone tone) {
         auto* action = new QAction(title, this);
         action->setObjectName(name);
-        const QColor ink =
-            tone == Tone::critical ? Theme::colors(tone, look).foreground : Theme::primaryText(look);
-        if (shownAtLaunch) {
-            action->setIcon(QIcon(SymbolIcon::pixmap(symbol, ink, 16, devicePixelRatioF())));
-        } else {
-            m_pendingIcons.append(PendingIcon{action, symbol, ink});
-        }
+        action->setIcon(SymbolIcon::icon(symbol, 16, [tone] {
+            const Theme::Appearance look = Theme::current();
+            return tone == Tone::critical ? Theme::colors(tone, look).foreground : Theme::primaryText(look);
+        }));
         m_toolbar->addAction(action);
         if (auto* button = qobject_cast<QToolButton*>(m_toolbar->widgetForAction(action))) {
             button->setAccessibleName(title);
@@ -242,35 +237,27 @@ void MainWindow::buildToolbar() {
         return action;
     };
     const DetailRoute::ToolbarItem add = DetailRoute::addAccountItem();
-    m_addAction = item(add.title, add.symbol, QStringLiteral("addAccount"), Tone::accent, true);
+    m_addAction = item(add.title, add.symbol, QStringLiteral("addAccount"), Tone::accent);
     // The toolbar's commands go the menu's way: each triggers the menu's action, which
     // posts the command's notification. Only the titles differ.
     connect(m_addAction, &QAction::triggered, m_commands->addAccountAction(), &QAction::trigger);
     const AccountDetailView::Toolbar commands = AccountDetailView::toolbar(false);
-    m_refreshAction = item(commands.refreshTitle, commands.refreshIcon, QStringLiteral("refreshAccount"),
-                           Tone::accent, false);
+    m_refreshAction =
+        item(commands.refreshTitle, commands.refreshIcon, QStringLiteral("refreshAccount"), Tone::accent);
     connect(m_refreshAction, &QAction::triggered, m_commands->refreshAction(), &QAction::trigger);
-    m_editAction = item(commands.editTitle, QStringLiteral("pencil"), QStringLiteral("editAccount"),
-                        Tone::accent, false);
+    m_editAction =
+        item(commands.editTitle, QStringLiteral("pencil"), QStringLiteral("editAccount"), Tone::accent);
     connect(m_editAction, &QAction::triggered, this, [this] {
         if (ProviderAccount* account = m_detail ? m_detail->account() : nullptr) {
             m_content->setEditorState(EditorState::edit(account->id()));
         }
     });
     const DetailRoute::ToolbarItem remove = DetailRoute::deleteAccountItem();
-    m_deleteAction =
-        item(remove.title, remove.symbol, QStringLiteral("deleteAccount"), Tone::critical, false);
+    m_deleteAction = item(remove.title, remove.symbol, QStringLiteral("deleteAccount"), Tone::critical);
     connect(m_deleteAction, &QAction::triggered, m_commands->deleteAction(), &QAction::trigger);
 }
 
 void MainWindow::showToolbarFor(DetailRoute::Screen screen) {
-    if (screen == DetailRoute::Screen::account) {
-        for (const PendingIcon& pending : std::as_const(m_pendingIcons)) {
-            pending.action->setIcon(
-                QIcon(SymbolIcon::pixmap(pending.symbol, pending.color, 16, devicePixelRatioF())));
-        }
-        m_pendingIcons.clear();
-    }
     m_addAction->setVisible(screen == DetailRoute::Screen::overview);
     m_refreshAction->setVisible(screen == DetailRoute::Screen::account);
     m_editAction->setVisible(screen == DetailRoute::Screen::account);
@@ -475,7 +462,7 @@ void MainWindow::presentOnboarding() {
     if (m_onboarding || m_onboardingClosed) {
         return;
     }
-    m_onboarding = new OnboardingView(m_content, this);
+    m_onboarding = new OnboardingView(m_content, m_reduceMotion, this);
     OnboardingView* sheet = m_onboarding;
     connect(sheet, &QDialog::finished, this, [this, sheet] {
         sheet->deleteLater();
@@ -483,6 +470,13 @@ void MainWindow::presentOnboarding() {
         m_onboardingClosed = true;
     });
     sheet->open();
+}
+
+void MainWindow::setReduceMotion(bool reduce) {
+    m_reduceMotion = reduce;
+    if (m_onboarding) {
+        m_onboarding->setReduceMotion(reduce);
+    }
 }
 
 void MainWindow::presentDialogs() {

@@ -63,6 +63,10 @@ public:
     QMessageBox* exportFailureDialog() const noexcept { return m_exportFailure; }
     // The guided first-account flow, while it is open.
     OnboardingView* onboarding() const noexcept { return m_onboarding; }
+    // Whether the desktop asks for less motion: the guided flow open now and any opened
+    // later keep still.
+    void setReduceMotion(bool reduce);
+    bool reduceMotion() const noexcept { return m_reduceMotion; }
 
 signals:
     // Emitted once, after the window was first shown.
@@ -113,18 +117,12 @@ private:
     StatusCardWidget* m_unavailable = nullptr;
     OnboardingView* m_onboarding = nullptr;
     bool m_onboardingClosed = false;
+    bool m_reduceMotion = false;
     QToolBar* m_toolbar = nullptr;
     QAction* m_addAction = nullptr;
     QAction* m_refreshAction = nullptr;
     QAction* m_editAction = nullptr;
     QAction* m_deleteAction = nullptr;
-    // Toolbar icons not drawn yet, and what to draw them with.
-    struct PendingIcon {
-        QAction* action;
-        QString symbol;
-        QColor color;
-    };
-    QList<PendingIcon> m_pendingIcons;
     QPointer<QMessageBox> m_deleteDialog;
     QPointer<QMessageBox> m_sampleClearDialog;
     QPointer<QMessageBox> m_exportFailure;

@@ -19,9 +19,19 @@
 
 using namespace StyleParts;
 
-void AppStyle::apply(Theme::Appearance appearance) {
-    QApplication::setStyle(new AppStyle);
-    QApplication::setPalette(Theme::palette(appearance));
+void AppStyle::apply(Theme::Appearance appearance, Theme::Contrast contrast) {
+    if (!qobject_cast<AppStyle*>(QApplication::style())) {
+        QApplication::setStyle(new AppStyle);
+    }
+    Theme::setContrast(contrast);
+    QApplication::setPalette(Theme::palette(appearance, contrast));
+    // A calendar's palette was set from the old one when it was polished.
+    for (QWidget* widget : QApplication::allWidgets()) {
+        if (auto* calendar = qobject_cast<QCalendarWidget*>(widget)) {
+            calendar->setPalette(QPalette());
+            QApplication::style()->polish(calendar);
+        }
+    }
 }
 
 AppStyle::AppStyle()

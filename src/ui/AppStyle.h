@@ -15,8 +15,9 @@ class AppStyle final : public QProxyStyle {
 public:
     AppStyle();
 
-    // Sets this style and the theme's palette for an appearance on the whole application.
-    static void apply(Theme::Appearance appearance);
+    // Sets this style and the theme's palette for an appearance on the whole application;
+    // called again, it changes only the palette, and every widget repaints in it.
+    static void apply(Theme::Appearance appearance, Theme::Contrast contrast = Theme::Contrast::standard);
 
     using QProxyStyle::polish;
     void polish(QWidget* widget) override;

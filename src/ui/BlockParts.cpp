@@ -114,13 +114,13 @@ QPushButton* BlockParts::button(const QString& text, Theme::ButtonRole role, QWi
     button->setCursor(Qt::PointingHandCursor);
     Theme::setButtonRole(button, role);
     if (!symbol.isEmpty()) {
-        const Theme::Appearance look = Theme::appearance(parent ? parent->palette() : button->palette());
-        const QColor ink =
-            role == Theme::ButtonRole::primary
-                ? (look == Theme::Appearance::dark ? QColor(0x10, 0x13, 0x1A) : QColor(Qt::white))
-            : role == Theme::ButtonRole::destructive ? Theme::colors(Tone::critical, look).foreground
-                                                     : Theme::primaryText(look);
-        button->setIcon(QIcon(SymbolIcon::pixmap(symbol, ink, 14, button->devicePixelRatioF())));
+        button->setIcon(SymbolIcon::icon(symbol, 14, [role] {
+            const Theme::Appearance look = Theme::current();
+            return role == Theme::ButtonRole::primary       ? Theme::onAccent(look)
+                   : role == Theme::ButtonRole::destructive ? Theme::colors(Tone::critical, look).foreground
+                                                            : Theme::primaryText(look);
+        }));
+        button->setIconSize(QSize(14, 14));
     }
     return button;
 }
@@ -254,7 +254,6 @@ QList<QToolButton*> BlockParts::segments(QWidget* holder, const QList<Segment>& 
     holder->setLayout(layout);
     auto* group = new QButtonGroup(holder);
     group->setExclusive(true);
-    const Theme::Appearance look = Theme::appearance(holder->palette());
     QList<QToolButton*> buttons;
     for (const Segment& segment : segments) {
         auto* button = new QToolButton(holder);
@@ -262,8 +261,9 @@ QList<QToolButton*> BlockParts::segments(QWidget* holder, const QList<Segment>& 
         button->setText(segment.title);
         button->setAccessibleName(segment.title);
         button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-        button->setIcon(QIcon(
-            SymbolIcon::pixmap(segment.symbol, Theme::primaryText(look), 14, holder->devicePixelRatioF())));
+        button->setIcon(
+            SymbolIcon::icon(segment.symbol, 14, [] { return Theme::primaryText(Theme::current()); }));
+        button->setIconSize(QSize(14, 14));
         button->setCheckable(true);
         button->setChecked(buttons.size() == checked);
         button->setFocusPolicy(Qt::StrongFocus);

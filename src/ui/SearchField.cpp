@@ -32,7 +32,8 @@ SearchField::SearchField(const QString& prompt, QWidget* parent)
     connect(m_clear, &QAction::triggered, this, &QLineEdit::clear);
     connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
         if (!text.isEmpty() && m_clear->icon().isNull()) {
-            m_clear->setIcon(QIcon(symbol(QStringLiteral("xmark.circle.fill"), this)));
+            m_clear->setIcon(SymbolIcon::icon(QStringLiteral("xmark.circle.fill"), kSymbolSize,
+                                              [] { return Theme::secondaryText(Theme::current()); }));
         }
         m_clear->setVisible(!text.isEmpty());
     });

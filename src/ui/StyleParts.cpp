@@ -13,14 +13,13 @@
 namespace StyleParts {
 Ink inkFor(const QPalette& palette) {
     const Theme::Appearance look = Theme::appearance(palette);
-    const bool dark = look == Theme::Appearance::dark;
     return Ink{.text = Theme::primaryText(look),
                .secondary = Theme::secondaryText(look),
                .surface = palette.color(QPalette::Base),
                .line = Theme::separator(look),
                .accent = Theme::colors(Tone::accent, look).foreground,
                .accentFill = Theme::colors(Tone::accent, look).fill,
-               .onAccent = dark ? QColor(0x10, 0x13, 0x1A) : QColor(Qt::white),
+               .onAccent = Theme::onAccent(look),
                .critical = Theme::colors(Tone::critical, look).foreground,
                .criticalFill = Theme::colors(Tone::critical, look).fill,
                .muted = Theme::colors(Tone::muted, look).fill};

@@ -1,8 +1,12 @@
 #include "ui/SymbolIcon.h"
 
+#include <QApplication>
 #include <QHash>
+#include <QIconEngine>
 #include <QPainter>
 #include <QPixmapCache>
+#include <QStyle>
+#include <QStyleOption>
 #include <QSvgRenderer>
 
 namespace {
@@ -108,4 +112,63 @@ QPixmap SymbolIcon::pixmap(const QString& symbol, const QColor& color, int size,
     result.setDevicePixelRatio(devicePixelRatio);
     QPixmapCache::insert(key, result);
     return result;
+}
+
+namespace {
+class SymbolIconEngine final : public QIconEngine {
+public:
+    SymbolIconEngine(QString symbol, int size, std::function<QColor()> ink)
+        : m_symbol(std::move(symbol))
+        , m_size(size)
+        , m_ink(std::move(ink)) {}
+
+    QIconEngine* clone() const override { return new SymbolIconEngine(m_symbol, m_size, m_ink); }
+
+    // Like a pixmap's icon: never larger than its own size.
+    QSize actualSize(const QSize& size, QIcon::Mode, QIcon::State) override {
+        const int side = qMin(m_size, qMin(size.width(), size.height()));
+        return {side, side};
+    }
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
+        const qreal ratio =
+            painter->device() ? painter->device()->devicePixelRatio() : qApp->devicePixelRatio();
+        const int side = qMin(m_size, qMin(rect.width(), rect.height()));
+        const QRect place(rect.x() + (rect.width() - side) / 2, rect.y() + (rect.height() - side) / 2, side,
+                          side);
+        painter->drawPixmap(place.topLeft(), drawn(side, mode, ratio));
+        Q_UNUSED(state)
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State) override {
+        return drawn(qMin(m_size, qMin(size.width(), size.height())), mode, 1.0);
+    }
+
+    QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal scale) override {
+        // `size` is in device pixels here.
+        const qreal ratio = scale > 0 ? scale : 1.0;
+        return drawn(qMin(m_size, qRound(qMin(size.width(), size.height()) / ratio)), mode, ratio);
+    }
+
+    QString key() const override { return QStringLiteral("tallyfen-symbol"); }
+
+private:
+    QPixmap drawn(int size, QIcon::Mode mode, qreal ratio) const {
+        const QPixmap plain = SymbolIcon::pixmap(m_symbol, m_ink(), qMax(1, size), ratio);
+        if (mode != QIcon::Disabled) {
+            return plain;
+        }
+        QStyleOption option;
+        option.palette = QApplication::palette();
+        return QApplication::style()->generatedIconPixmap(QIcon::Disabled, plain, &option);
+    }
+
+    QString m_symbol;
+    int m_size;
+    std::function<QColor()> m_ink;
+};
+} // namespace
+
+QIcon SymbolIcon::icon(const QString& symbol, int size, std::function<QColor()> ink) {
+    return QIcon(new SymbolIconEngine(symbol, size, std::move(ink)));
 }

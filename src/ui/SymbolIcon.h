@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QColor>
+#include <QIcon>
 #include <QPixmap>
 #include <QString>
+
+#include <functional>
 
 // The symbol names the screens' content uses, drawn with the bundled icon set (Tabler
 // Icons, MIT, resources/icons/): one table maps each name to its icon. Icons are tinted
@@ -16,4 +19,8 @@ public:
     // The icon at `size` device-independent pixels in `color`; a known fallback (a
     // question mark) for an unknown name, so nothing is ever blank.
     static QPixmap pixmap(const QString& symbol, const QColor& color, int size, qreal devicePixelRatio);
+    // The icon for buttons and actions, at most `size` device-independent pixels: its
+    // colour is asked of `ink` whenever it is drawn, so it follows the application's
+    // appearance as the desktop changes it, and it is rendered only when first drawn.
+    static QIcon icon(const QString& symbol, int size, std::function<QColor()> ink);
 };

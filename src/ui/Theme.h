@@ -16,6 +16,9 @@ public:
     Theme() = delete;
 
     enum class Appearance { light, dark };
+    // High contrast darkens (or, in a dark window, lightens) text, hairlines and tones to
+    // 7:1 or more against the surfaces they stand on.
+    enum class Contrast { standard, high };
 
     // Spacing scale, in device-independent pixels.
     static constexpr int kSpaceXS = 4;
@@ -52,20 +55,27 @@ public:
 
     // Dark when the desktop's window colour is dark.
     static Appearance appearance(const QPalette& palette);
+    // The application's present appearance, from its palette.
+    static Appearance current();
+    // The application's contrast; set with its palette (AppStyle::apply).
+    static Contrast contrast();
+    static void setContrast(Contrast contrast);
 
-    static ToneColors colors(Tone tone, Appearance appearance);
-    static QColor window(Appearance appearance);
-    static QColor card(Appearance appearance);
-    static QColor separator(Appearance appearance);
-    static QColor primaryText(Appearance appearance);
-    static QColor secondaryText(Appearance appearance);
+    static ToneColors colors(Tone tone, Appearance appearance, Contrast contrast = Theme::contrast());
+    static QColor window(Appearance appearance, Contrast contrast = Theme::contrast());
+    static QColor card(Appearance appearance, Contrast contrast = Theme::contrast());
+    static QColor separator(Appearance appearance, Contrast contrast = Theme::contrast());
+    static QColor primaryText(Appearance appearance, Contrast contrast = Theme::contrast());
+    static QColor secondaryText(Appearance appearance, Contrast contrast = Theme::contrast());
+    // Text and icons on the accent's fill (a primary button).
+    static QColor onAccent(Appearance appearance);
 
     // The sidebar's surface: a shade between the window and a card.
-    static QColor sidebar(Appearance appearance);
+    static QColor sidebar(Appearance appearance, Contrast contrast = Theme::contrast());
 
     // The application's palette for an appearance: window, cards as the base, text,
     // the accent as highlight and link.
-    static QPalette palette(Appearance appearance);
+    static QPalette palette(Appearance appearance, Contrast contrast = Theme::contrast());
 
     // The role a push button plays; the application's style draws each differently.
     enum class ButtonRole { standard, primary, destructive, plain, link };

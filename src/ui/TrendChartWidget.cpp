@@ -58,10 +58,11 @@ QSize TrendChartWidget::minimumSizeHint() const {
 }
 
 void TrendChartWidget::paintEvent(QPaintEvent*) {
-    // What the picture depends on besides the data: size, scale, light or dark, font.
+    // What the picture depends on besides the data: size, scale, light or dark, contrast, font.
     const qreal ratio = devicePixelRatioF();
-    const size_t key = qHashMulti(0, width(), height(), qRound(ratio * 8),
-                                  static_cast<int>(Theme::appearance(palette())), font().key());
+    const size_t key =
+        qHashMulti(0, width(), height(), qRound(ratio * 8), static_cast<int>(Theme::appearance(palette())),
+                   static_cast<int>(Theme::contrast()), font().key());
     if (m_picture.isNull() || key != m_pictureKey) {
         m_picture = QPixmap(size() * ratio);
         m_picture.setDevicePixelRatio(ratio);

@@ -15,6 +15,31 @@
 #include <QStyleOptionButton>
 #include <QTest>
 
+#include <array>
+#include <cmath>
+
+namespace {
+// The CIE 1976 colour difference of two opaque sRGB colours (D65).
+double labDistance(const QColor& first, const QColor& second) {
+    const auto lab = [](const QColor& color) {
+        const auto linear = [](double c) {
+            return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+        };
+        const double r = linear(color.redF());
+        const double g = linear(color.greenF());
+        const double b = linear(color.blueF());
+        const double x = (0.4124 * r + 0.3576 * g + 0.1805 * b) / 0.95047;
+        const double y = 0.2126 * r + 0.7152 * g + 0.0722 * b;
+        const double z = (0.0193 * r + 0.1192 * g + 0.9505 * b) / 1.08883;
+        const auto f = [](double t) { return t > 0.008856 ? std::cbrt(t) : 7.787 * t + 16.0 / 116.0; };
+        return std::array<double, 3>{116 * f(y) - 16, 500 * (f(x) - f(y)), 200 * (f(y) - f(z))};
+    };
+    const auto one = lab(first);
+    const auto two = lab(second);
+    return std::hypot(one[0] - two[0], one[1] - two[1], one[2] - two[2]);
+}
+} // namespace
+
 class TestTheme final : public QObject {
     Q_OBJECT
 
@@ -53,6 +78,70 @@ private slots:
                  qPrintable(QString::number(Theme::contrastRatio(colors.foreground, colors.fill))));
         QVERIFY(Theme::contrastRatio(colors.foreground, Theme::card(look)) >= 4.5);
         QVERIFY(Theme::contrastRatio(colors.foreground, Theme::window(look)) >= 4.5);
+    }
+
+    // High contrast: every tone's text at 7:1 or more on its fill and on every surface.
+    void everyToneIsReadableInHighContrast_data() { everyToneIsReadable_data(); }
+    void everyToneIsReadableInHighContrast() {
+        QFETCH(int, tone);
+        QFETCH(int, appearance);
+        const auto look = static_cast<Theme::Appearance>(appearance);
+        constexpr Theme::Contrast high = Theme::Contrast::high;
+        const Theme::ToneColors colors = Theme::colors(static_cast<Tone>(tone), look, high);
+        for (const QColor& surface :
+             {colors.fill, Theme::card(look, high), Theme::window(look, high), Theme::sidebar(look, high)}) {
+            QVERIFY2(Theme::contrastRatio(colors.foreground, surface) >= 7.0,
+                     qPrintable(QStringLiteral("%1 on %2: %3")
+                                    .arg(colors.foreground.name(), surface.name())
+                                    .arg(Theme::contrastRatio(colors.foreground, surface))));
+        }
+        // Its text is not the plain text colour: the tone still says something.
+        QVERIFY(colors.foreground != Theme::primaryText(look, high) ||
+                static_cast<Tone>(tone) == Tone::muted);
+    }
+
+    // Text and hairlines at 7:1 or more on the window, cards and the sidebar.
+    void textAndHairlinesInHighContrast() {
+        constexpr Theme::Contrast high = Theme::Contrast::high;
+        for (const Theme::Appearance look : {Theme::Appearance::light, Theme::Appearance::dark}) {
+            for (const QColor& surface :
+                 {Theme::card(look, high), Theme::window(look, high), Theme::sidebar(look, high)}) {
+                for (const QColor& ink : {Theme::primaryText(look, high), Theme::secondaryText(look, high),
+                                          Theme::separator(look, high)}) {
+                    QVERIFY2(Theme::contrastRatio(ink, surface) >= 7.0,
+                             qPrintable(QStringLiteral("%1 on %2").arg(ink.name(), surface.name())));
+                }
+            }
+            // The palette carries them.
+            const QPalette palette = Theme::palette(look, high);
+            QCOMPARE(palette.color(QPalette::WindowText), Theme::primaryText(look, high));
+            QCOMPARE(palette.color(QPalette::PlaceholderText), Theme::secondaryText(look, high));
+            QCOMPARE(palette.color(QPalette::Mid), Theme::separator(look, high));
+            QCOMPARE(Theme::appearance(palette), look);
+        }
+    }
+
+    // No two tones read alike, in any of the four looks: their text colours stand at
+    // least 20 apart in CIELAB (the standard palettes' closest pair, accent and sample,
+    // are 21 apart).
+    void tonesStayDistinguishable() {
+        const QList<Tone> tones{Tone::positive, Tone::caution, Tone::critical, Tone::muted,
+                                Tone::accent,   Tone::sample,  Tone::reference};
+        for (const Theme::Contrast contrast : {Theme::Contrast::standard, Theme::Contrast::high}) {
+            for (const Theme::Appearance look : {Theme::Appearance::light, Theme::Appearance::dark}) {
+                for (qsizetype a = 0; a < tones.size(); ++a) {
+                    for (qsizetype b = a + 1; b < tones.size(); ++b) {
+                        const double distance =
+                            labDistance(Theme::colors(tones.at(a), look, contrast).foreground,
+                                        Theme::colors(tones.at(b), look, contrast).foreground);
+                        QVERIFY2(distance >= 20.0, qPrintable(QStringLiteral("tones %1 and %2: %3")
+                                                                  .arg(int(tones.at(a)))
+                                                                  .arg(int(tones.at(b)))
+                                                                  .arg(distance)));
+                    }
+                }
+            }
+        }
     }
 
     void textOnSurfaces() {

@@ -285,7 +285,9 @@ int main(int argc, char* argv[]) {
     QDir().mkpath(output);
     const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
     Clock::setFixedNow(now);
-    const QSize windowSize(1240, 820);
+    const QSize windowSize = qEnvironmentVariableIsSet("SHOT_W")
+                                 ? QSize(qEnvironmentVariableIntValue("SHOT_W"), 650)
+                                 : QSize(1240, 820);
 
     bool ok = true;
     for (const auto& [look, name] :

@@ -6,7 +6,6 @@
 #include "onboarding/widgets/OnboardingOrbit.h"
 #include "onboarding/widgets/OnboardingParts.h"
 #include "onboarding/widgets/StepCapsules.h"
-#include "services/MotionPreference.h"
 #include "ui/BlockParts.h"
 #include "ui/BoundText.h"
 #include "ui/BrandMark.h"
@@ -30,10 +29,10 @@ using namespace OnboardingParts;
 constexpr int kTransitionMilliseconds = 220;
 } // namespace
 
-OnboardingView::OnboardingView(ContentView* content, QWidget* parent)
+OnboardingView::OnboardingView(ContentView* content, bool reduceMotion, QWidget* parent)
     : QDialog(parent, Qt::Sheet)
     , m_content(content)
-    , m_reduceMotion(MotionPreference::reduceMotion()) {
+    , m_reduceMotion(reduceMotion) {
     setObjectName(QStringLiteral("onboarding"));
     setWindowTitle(QStringLiteral("Tallyfen"));
     setWindowModality(Qt::WindowModal);

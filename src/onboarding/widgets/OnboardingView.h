@@ -23,7 +23,7 @@ class OnboardingView final : public QDialog {
     Q_OBJECT
 
 public:
-    explicit OnboardingView(ContentView* content, QWidget* parent = nullptr);
+    OnboardingView(ContentView* content, bool reduceMotion, QWidget* parent = nullptr);
     ~OnboardingView() override;
 
     OnboardingFlow* flow() const noexcept { return m_flow; }

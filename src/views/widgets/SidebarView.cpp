@@ -33,8 +33,9 @@ SidebarView::SidebarView(ContentView* content, QWidget* parent)
 
     m_add = new QPushButton(QStringLiteral("Add Account"), this);
     m_add->setObjectName(QStringLiteral("sidebarAddAccountButton"));
-    m_add->setIcon(QIcon(SymbolIcon::pixmap(
-        QStringLiteral("plus"), Theme::primaryText(Theme::appearance(palette())), 16, devicePixelRatioF())));
+    m_add->setIcon(
+        SymbolIcon::icon(QStringLiteral("plus"), 16, [] { return Theme::primaryText(Theme::current()); }));
+    m_add->setIconSize(QSize(16, 16));
     m_add->setAccessibleName(m_add->text());
     connect(m_add, &QPushButton::clicked, this, &SidebarView::addRequested);
     layout->addWidget(m_add);
