@@ -6,6 +6,7 @@
 #include "ui/Theme.h"
 
 #include <QButtonGroup>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QMessageBox>
@@ -13,6 +14,8 @@
 #include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <functional>
 
 namespace {
 class SymbolWidget final : public QWidget {
@@ -68,7 +71,6 @@ ElidedLabel* BlockParts::value(const QString& text, int pixels, QFont::Weight we
                                QWidget* parent, Tone tone) {
     ElidedLabel* label = BlockParts::text(text, pixels, weight, ink, parent, tone);
     label->setTabularFigures(true);
-    label->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     return label;
 }
 
@@ -126,6 +128,25 @@ QPushButton* BlockParts::button(const QString& text, Theme::ButtonRole role, QWi
 }
 
 namespace {
+// Calls `redraw` when its parent's palette changes (the desktop turned light or dark).
+class PaletteFollower final : public QObject {
+public:
+    PaletteFollower(QObject* parent, std::function<void()> redraw)
+        : QObject(parent)
+        , m_redraw(std::move(redraw)) {}
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::PaletteChange) {
+            m_redraw();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    std::function<void()> m_redraw;
+};
+
 class CardSurface final : public QWidget {
 public:
     CardSurface(QWidget* parent, std::optional<Tone> tint)
@@ -196,7 +217,9 @@ void BlockParts::addAgentBudgets(QVBoxLayout* layout, const AgentBudgetPanelCont
     for (const AgentBudgetPanelContent::Row& budget : budgets.rows) {
         QHBoxLayout* line = row(Theme::kSpaceS);
         line->addWidget(new BadgeWidget(budget.dot, parent));
-        line->addWidget(text(budget.name, Theme::kCaption, QFont::Medium, Ink::primary, parent), 1);
+        ElidedLabel* name = text(budget.name, Theme::kCaption, QFont::Medium, Ink::primary, parent);
+        name->setFreeText(true);
+        line->addWidget(name, 1);
         line->addWidget(value(budget.shortTitle + QStringLiteral(" ") + budget.shortValue, Theme::kCaption,
                               QFont::Normal, Ink::secondary, parent));
         line->addWidget(value(budget.weekTitle + QStringLiteral(" ") + budget.weekValue, Theme::kCaption,
@@ -211,11 +234,16 @@ QMessageBox* BlockParts::confirmation(QWidget* parent, const QString& objectName
     auto* dialog = new QMessageBox(QMessageBox::Warning, title, message, QMessageBox::NoButton, parent);
     dialog->setObjectName(objectName);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    // The app's own warning symbol in its caution tone, not the toolkit's stock icon.
-    const Theme::Appearance look = Theme::appearance(dialog->palette());
-    dialog->setIconPixmap(SymbolIcon::pixmap(QStringLiteral("exclamationmark.triangle.fill"),
-                                             Theme::colors(Tone::caution, look).foreground, 32,
-                                             dialog->devicePixelRatioF()));
+    // The app's own warning symbol in its caution tone, not the toolkit's stock icon; drawn
+    // anew when the desktop's appearance changes while the dialog is up.
+    const auto drawIcon = [dialog] {
+        const Theme::Appearance look = Theme::appearance(dialog->palette());
+        dialog->setIconPixmap(SymbolIcon::pixmap(QStringLiteral("exclamationmark.triangle.fill"),
+                                                 Theme::colors(Tone::caution, look).foreground, 32,
+                                                 dialog->devicePixelRatioF()));
+    };
+    drawIcon();
+    dialog->installEventFilter(new PaletteFollower(dialog, drawIcon));
     QPushButton* confirm = dialog->addButton(confirmTitle, QMessageBox::DestructiveRole);
     confirm->setObjectName(QStringLiteral("confirmButton"));
     Theme::setButtonRole(confirm, Theme::ButtonRole::destructive);

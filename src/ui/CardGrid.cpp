@@ -19,9 +19,22 @@ QSize CardGrid::minimumSizeHint() const {
     return QSize(m_minimumColumnWidth, m_grid->minimumSize().height());
 }
 
+void CardGrid::setBalanced(int spacing) {
+    m_balanced = true;
+    m_grid->setSpacing(spacing);
+    m_columns = columnsFor(width() > 0 ? width() : m_minimumColumnWidth);
+    place();
+}
+
 int CardGrid::columnsFor(int width) const {
     const int spacing = m_grid->horizontalSpacing();
-    return qMax(1, (width + spacing) / (m_minimumColumnWidth + spacing));
+    const int fit = qMax(1, (width + spacing) / (m_minimumColumnWidth + spacing));
+    if (!m_balanced || m_cards.isEmpty()) {
+        return fit;
+    }
+    const auto count = static_cast<int>(m_cards.size());
+    const int rows = (count + fit - 1) / fit;
+    return (count + rows - 1) / rows;
 }
 
 void CardGrid::setCards(const QList<QWidget*>& cards) {
@@ -54,7 +67,7 @@ void CardGrid::place() {
     }
     for (qsizetype i = 0; i < m_cards.size(); ++i) {
         m_grid->addWidget(m_cards[i], static_cast<int>(i / m_columns), static_cast<int>(i % m_columns),
-                          Qt::AlignTop);
+                          m_balanced ? Qt::Alignment() : Qt::AlignTop);
     }
     for (int column = 0; column < m_columns; ++column) {
         m_grid->setColumnStretch(column, 1);

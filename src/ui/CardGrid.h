@@ -13,6 +13,10 @@ class CardGrid final : public QWidget {
 public:
     explicit CardGrid(int minimumColumnWidth, QWidget* parent = nullptr);
 
+    // A few tiles of one kind: as many columns as fit but rows as even as can be (five
+    // tiles in three and two rather than four and one), each row's tiles of one height.
+    void setBalanced(int spacing);
+
     // Shows these cards, in reading order, and becomes their parent; earlier cards not
     // among them are taken out and hidden, and remain the caller's to keep or delete.
     void setCards(const QList<QWidget*>& cards);
@@ -29,6 +33,7 @@ private:
 
     int m_minimumColumnWidth;
     int m_columns = 1;
+    bool m_balanced = false;
     QGridLayout* m_grid;
     QList<QWidget*> m_cards;
 };

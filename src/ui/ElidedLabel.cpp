@@ -4,14 +4,23 @@
 #include <QEvent>
 #include <QFontMetrics>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QTextOption>
 
 #include "ui/LongText.h"
 #include "ui/Theme.h"
 
+namespace {
+// Text that wraps is measured up to four of the longest lines; beyond that (a provider's
+// error page pasted into a message) it is cut, and the tooltip holds the start of it.
+constexpr qsizetype kWrappedLimit = LongText::kLineLimit * 4;
+// A word wider than this many text heights may be broken inside to fit a narrow line.
+constexpr int kWidestWordInHeights = 12;
+} // namespace
+
 ElidedLabel::ElidedLabel(const QString& text, QWidget* parent)
     : QLabel(parent) {
-    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    updatePolicy();
     setFullText(text);
 }
 
@@ -26,15 +35,34 @@ void ElidedLabel::setFullText(const QString& text) {
     updateGeometry();
 }
 
+void ElidedLabel::setFreeText(bool free) {
+    if (free == m_free) {
+        return;
+    }
+    m_free = free;
+    textOrFontChanged();
+    updatePolicy();
+    elide();
+    updateGeometry();
+}
+
 void ElidedLabel::setMaximumLines(int lines) {
     m_lines = qMax(1, lines);
     textOrFontChanged();
-    setWordWrap(m_lines > 1);
-    QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    policy.setHeightForWidth(m_lines > 1);
-    setSizePolicy(policy);
+    updatePolicy();
     elide();
     updateGeometry();
+}
+
+void ElidedLabel::updatePolicy() {
+    // Wrapping text asks for its widest word and the height its lines take at the width
+    // it is given; free text on one line goes as narrow as three dots and is cut to what
+    // it gets.
+    const bool wraps = hasHeightForWidth();
+    setWordWrap(wraps);
+    QSizePolicy policy(QSizePolicy::Preferred, wraps ? QSizePolicy::Preferred : QSizePolicy::Fixed);
+    policy.setHeightForWidth(wraps);
+    setSizePolicy(policy);
 }
 
 void ElidedLabel::setStyle(int pixels, QFont::Weight weight, Ink ink, Tone tone) {
@@ -56,58 +84,61 @@ void ElidedLabel::setTabularFigures(bool tabular) {
     updateGeometry();
 }
 
-void ElidedLabel::paintEvent(QPaintEvent* event) {
-    if (m_ink == Ink::palette) {
-        QLabel::paintEvent(event);
-        return;
-    }
+QTextOption ElidedLabel::textOption() const {
+    QTextOption option(alignment() & Qt::AlignHorizontal_Mask);
+    option.setWrapMode(m_free ? QTextOption::WordWrap : QTextOption::WrapAtWordBoundaryOrAnywhere);
+    return option;
+}
+
+void ElidedLabel::paintEvent(QPaintEvent*) {
     const Theme::Appearance look = Theme::appearance(window()->palette());
     const QColor color = m_ink == Ink::primary     ? Theme::primaryText(look)
                          : m_ink == Ink::secondary ? Theme::secondaryText(look)
-                                                   : Theme::colors(m_tone, look).foreground;
+                         : m_ink == Ink::tone      ? Theme::colors(m_tone, look).foreground
+                                                   : palette().color(foregroundRole());
     const QRect box = contentsRect();
     // The text is laid out once per text, font and width, not on every paint.
-    if (m_laidOutWidth != box.width() || m_laidOut.text() != text()) {
+    if (m_laidOutWidth != box.width() || m_laidOut.text() != text() ||
+        m_laidOut.textOption().alignment() != (alignment() & Qt::AlignHorizontal_Mask)) {
         m_laidOut = QStaticText(text());
         m_laidOut.setTextFormat(Qt::PlainText);
-        m_laidOut.setTextOption(QTextOption(alignment() & Qt::AlignHorizontal_Mask));
-        m_laidOut.setTextWidth(m_lines > 1 ? box.width() : -1);
+        m_laidOut.setTextOption(textOption());
+        m_laidOut.setTextWidth(
+            hasHeightForWidth() || alignment() & (Qt::AlignRight | Qt::AlignHCenter) ? box.width() : -1);
         m_laidOut.prepare(QTransform(), font());
         m_laidOutWidth = box.width();
     }
     const QSizeF size = m_laidOut.size();
     const Qt::Alignment align = alignment();
-    qreal x = box.left();
-    if (m_lines == 1 && align & Qt::AlignRight) {
-        x = box.left() + box.width() - size.width();
-    } else if (m_lines == 1 && align & Qt::AlignHCenter) {
-        x = box.left() + (box.width() - size.width()) / 2;
-    }
     qreal y = box.top();
     if (align & Qt::AlignBottom) {
         y = box.top() + box.height() - size.height();
     } else if (!(align & Qt::AlignTop)) {
-        y = box.top() + (box.height() - size.height()) / 2;
+        y = box.top() + qMax<qreal>(0, (box.height() - size.height()) / 2);
     }
     QPainter painter(this);
     painter.setPen(color);
     painter.setFont(font());
-    painter.drawStaticText(QPointF(x, y), m_laidOut);
+    painter.drawStaticText(QPointF(box.left(), y), m_laidOut);
 }
 
 int ElidedLabel::heightForWidth(int width) const {
     // A layout asks with the width of its column; the label never gets wider than its
     // maximum, and wraps at that.
     const int wraps = qBound(1, width, maximumWidth());
-    return qMin(wrappedHeight(wraps), fontMetrics().lineSpacing() * m_lines);
+    const int height = naturalWidth() <= wraps ? fontMetrics().height() : wrappedHeight(wraps);
+    return m_free ? qMin(height, fontMetrics().lineSpacing() * m_lines) : height;
 }
 
 int ElidedLabel::wrappedHeight(int width) const {
     // Layouts ask again and again for the same width; wrapping the text is what costs.
     if (width != m_heightFor.width) {
-        m_heightFor = {
-            width,
-            fontMetrics().boundingRect(QRect(0, 0, width, 100000), Qt::TextWordWrap, m_measured).height()};
+        QStaticText wrapped(m_measured);
+        wrapped.setTextFormat(Qt::PlainText);
+        wrapped.setTextOption(textOption());
+        wrapped.setTextWidth(width);
+        wrapped.prepare(QTransform(), font());
+        m_heightFor = {width, qMax(fontMetrics().height(), qCeil(wrapped.size().height()))};
     }
     return m_heightFor.height;
 }
@@ -119,21 +150,65 @@ int ElidedLabel::naturalWidth() const {
     return m_naturalWidth;
 }
 
+int ElidedLabel::widestWord() const {
+    if (m_widestWord < 0) {
+        const QFontMetrics metrics = fontMetrics();
+        const int limit = metrics.height() * kWidestWordInHeights;
+        int widest = 0;
+        if (naturalWidth() <= limit) {
+            widest = naturalWidth();
+            if (m_measured.contains(u' ') || m_measured.contains(u'\n')) {
+                widest = 0;
+                static const QRegularExpression space(QStringLiteral("\\s+"));
+                for (const QString& word : m_measured.split(space, Qt::SkipEmptyParts)) {
+                    widest = qMax(widest, metrics.horizontalAdvance(word));
+                }
+            }
+        } else {
+            static const QRegularExpression space(QStringLiteral("\\s+"));
+            for (const QString& word : m_measured.split(space, Qt::SkipEmptyParts)) {
+                widest = qMax(widest, metrics.horizontalAdvance(word.left(64)));
+                if (widest >= limit) {
+                    break;
+                }
+            }
+        }
+        m_widestWord = qMin(widest + 1, limit);
+    }
+    return m_widestWord;
+}
+
 void ElidedLabel::textOrFontChanged() {
-    m_measured = LongText::bounded(m_fullText, LongText::kLineLimit * m_lines);
+    m_measured = LongText::bounded(m_fullText, m_free ? LongText::kLineLimit * m_lines : kWrappedLimit);
     m_heightFor = {};
     m_naturalWidth = -1;
+    m_widestWord = -1;
     m_laidOutWidth = -1;
 }
 
 QSize ElidedLabel::minimumSizeHint() const {
-    return QSize(fontMetrics().horizontalAdvance(QStringLiteral("…")) * 3, fontMetrics().height());
+    if (m_free) {
+        return QSize(fontMetrics().horizontalAdvance(QStringLiteral("…")) * 3, fontMetrics().height());
+    }
+    const int width = widestWord();
+    return QSize(width, heightForWidth(width));
 }
 
 QSize ElidedLabel::sizeHint() const {
     // Asks for its whole text, at most a sensible line: a 300-character label asks for
-    // no more than 480 pixels and gets cut to what the layout gives.
-    return QSize(qMin(naturalWidth() + 2, 480), fontMetrics().height());
+    // no more than 480 pixels and gets cut (or wrapped) to what the layout gives.
+    const int width = qMax(qMin(naturalWidth() + 2, 480), m_free ? 0 : widestWord());
+    return QSize(width, m_free ? fontMetrics().height() : heightForWidth(width));
+}
+
+bool ElidedLabel::isCut() const {
+    if (text() != m_fullText) {
+        return true;
+    }
+    if (m_free || !m_placed) {
+        return false;
+    }
+    return contentsRect().height() < heightForWidth(contentsRect().width());
 }
 
 void ElidedLabel::resizeEvent(QResizeEvent* event) {
@@ -153,7 +228,7 @@ void ElidedLabel::changeEvent(QEvent* event) {
 
 void ElidedLabel::elide() {
     QString shown;
-    if (!m_placed) {
+    if (!m_placed || !m_free) {
         shown = m_measured;
     } else if (m_lines == 1) {
         // Most texts fit: measured once, they need no cutting on each resize.
@@ -168,7 +243,7 @@ void ElidedLabel::elide() {
         const auto fits = [&](const QString& candidate) {
             return metrics.boundingRect(box, Qt::TextWordWrap, candidate).height() <= allowed;
         };
-        if (wrappedHeight(qMax(width(), 1)) <= allowed) {
+        if (metrics.boundingRect(box, Qt::TextWordWrap, m_measured).height() <= allowed) {
             shown = m_measured;
         } else {
             qsizetype low = 0;

@@ -1,5 +1,7 @@
 #include "ui/LongText.h"
 
+#include <utility>
+
 QString LongText::bounded(const QString& text, qsizetype limit) {
     if (text.size() <= limit) {
         return text;
@@ -12,6 +14,22 @@ QString LongText::bounded(const QString& text, qsizetype limit) {
     return text.left(cut) + u'…';
 }
 
-QString LongText::elided(const QFontMetrics& metrics, const QString& text, int width) {
-    return metrics.elidedText(bounded(text), Qt::ElideRight, width);
+namespace {
+QStringList& cuts() {
+    static QStringList noted;
+    return noted;
+}
+} // namespace
+
+QString LongText::elided(const QFontMetrics& metrics, const QString& text, int width, Kind kind) {
+    const QString whole = bounded(text);
+    QString shown = metrics.elidedText(whole, Qt::ElideRight, width);
+    if (kind == Kind::meaningful && shown != whole && cuts().size() < 100) {
+        cuts().append(text);
+    }
+    return shown;
+}
+
+QStringList LongText::takeCuts() {
+    return std::exchange(cuts(), {});
 }

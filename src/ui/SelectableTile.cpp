@@ -22,7 +22,10 @@ SelectableTile::SelectableTile(AIProvider logo, const QString& title, const QStr
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     setAttribute(Qt::WA_Hover);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    // As tall as its second line needs when that wraps.
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
     setContent(logo, title, subtitle);
 }
 
@@ -65,20 +68,47 @@ void SelectableTile::setSelected(bool selected) {
     update();
 }
 
-QSize SelectableTile::sizeHint() const {
+int SelectableTile::chromeWidth() {
+    return kPadding * 2 + kLogo + Theme::kSpaceS + Theme::kSpaceS + kCheck;
+}
+
+int SelectableTile::titleWidth() const {
     const QFontMetrics title(Theme::font(font(), Theme::kBody, QFont::DemiBold));
-    const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
     const int badge =
         m_badge.isEmpty() ? 0 : BadgeWidget::capsuleSize(tag(), font()).width() + Theme::kSpaceS;
-    const int textWidth = qMax(title.horizontalAdvance(LongText::bounded(text())) + badge,
-                               second.horizontalAdvance(LongText::bounded(m_subtitle)));
-    const int height = m_subtitle.isEmpty() ? title.height() : title.height() + 2 + second.height();
-    return QSize(kPadding * 2 + kLogo + Theme::kSpaceS + qMin(textWidth, 220) + Theme::kSpaceS + kCheck,
-                 qMax(kLogo, height) + kPadding * 2);
+    return title.horizontalAdvance(LongText::bounded(text())) + badge;
+}
+
+int SelectableTile::secondLineHeight(int room) const {
+    const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
+    return second
+        .boundingRect(QRect(0, 0, qMax(1, room), 100000), kSecondLineFlags, LongText::bounded(m_subtitle))
+        .height();
+}
+
+int SelectableTile::heightForWidth(int width) const {
+    const QFontMetrics title(Theme::font(font(), Theme::kBody, QFont::DemiBold));
+    const int room = width - chromeWidth();
+    const int height = m_subtitle.isEmpty() ? title.height() : title.height() + 2 + secondLineHeight(room);
+    return qMax(kLogo, height) + kPadding * 2;
+}
+
+QSize SelectableTile::sizeHint() const {
+    const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
+    const int textWidth = qMax(titleWidth(), second.horizontalAdvance(LongText::bounded(m_subtitle)));
+    const int width = chromeWidth() + qMax(qMin(textWidth, 220), titleWidth());
+    return QSize(width, heightForWidth(width));
 }
 
 QSize SelectableTile::minimumSizeHint() const {
-    return QSize(kPadding * 2 + kLogo + Theme::kSpaceS + 48 + kCheck, sizeHint().height());
+    // The title whole and the second line's widest word; the rest of that line wraps.
+    const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
+    int widestWord = 0;
+    for (const QString& word : LongText::bounded(m_subtitle).split(u' ', Qt::SkipEmptyParts)) {
+        widestWord = qMax(widestWord, second.horizontalAdvance(word));
+    }
+    const int width = chromeWidth() + qMin(qMax(titleWidth(), widestWord), 220);
+    return QSize(width, heightForWidth(width));
 }
 
 void SelectableTile::paintEvent(QPaintEvent*) {
@@ -115,16 +145,15 @@ void SelectableTile::paintEvent(QPaintEvent*) {
     const QFont titleFont = Theme::font(font(), Theme::kBody, QFont::DemiBold);
     const QFont secondFont = Theme::font(font(), Theme::kFootnote);
     const QFontMetrics titleMetrics(titleFont);
-    const QFontMetrics secondMetrics(secondFont);
-    const int block =
-        m_subtitle.isEmpty() ? titleMetrics.height() : titleMetrics.height() + 2 + secondMetrics.height();
-    int y = (height() - block) / 2;
     const int room = qMax(0, textRight - textLeft);
+    const int secondHeight = m_subtitle.isEmpty() ? 0 : secondLineHeight(room);
+    const int block = m_subtitle.isEmpty() ? titleMetrics.height() : titleMetrics.height() + 2 + secondHeight;
+    int y = (height() - block) / 2;
     painter.setFont(titleFont);
     painter.setPen(ink);
     const QSize pill = m_badge.isEmpty() ? QSize() : BadgeWidget::capsuleSize(tag(), font());
     const int titleRoom = m_badge.isEmpty() ? room : qMax(0, room - pill.width() - Theme::kSpaceS);
-    const QString shownTitle = LongText::elided(titleMetrics, text(), titleRoom);
+    const QString shownTitle = LongText::elided(titleMetrics, text(), titleRoom, LongText::Kind::meaningful);
     painter.drawText(QRect(textLeft, y, titleRoom, titleMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
                      shownTitle);
     if (!m_badge.isEmpty()) {
@@ -136,8 +165,8 @@ void SelectableTile::paintEvent(QPaintEvent*) {
         y += titleMetrics.height() + 2;
         painter.setFont(secondFont);
         painter.setPen(Theme::secondaryText(look));
-        painter.drawText(QRect(textLeft, y, room, secondMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
-                         LongText::elided(secondMetrics, m_subtitle, room));
+        painter.drawText(QRect(textLeft, y, room, secondHeight), Qt::AlignLeft | kSecondLineFlags,
+                         LongText::bounded(m_subtitle));
     }
     if (!m_selected && m_emptyCircle) {
         painter.setBrush(Qt::NoBrush);

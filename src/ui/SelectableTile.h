@@ -29,6 +29,8 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -37,6 +39,12 @@ protected:
 private:
     // The badge as a capsule without a symbol, in the accent tone.
     Badge tag() const;
+    // The second line wraps rather than being cut.
+    static constexpr int kSecondLineFlags = Qt::TextWordWrap;
+    // Padding, logo, check mark and the gaps between them.
+    static int chromeWidth();
+    int titleWidth() const;
+    int secondLineHeight(int room) const;
 
     AIProvider m_logo;
     QString m_symbol;

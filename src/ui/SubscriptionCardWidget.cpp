@@ -4,6 +4,7 @@
 #include "ui/BlockParts.h"
 #include "ui/MeterBar.h"
 #include "ui/ProviderLogoWidget.h"
+#include "ui/ReflowRow.h"
 #include "ui/Theme.h"
 #include "ui/TrendChartWidget.h"
 #include "views/TrendChartContent.h"
@@ -136,7 +137,9 @@ QHBoxLayout* SubscriptionCardWidget::identityRow(const SubscriptionCardContent& 
                         Qt::AlignTop);
     auto* who = new QVBoxLayout;
     who->setSpacing(2);
-    who->addWidget(BlockParts::text(card.name, Theme::kHeadline, QFont::DemiBold, Ink::primary, this));
+    ElidedLabel* name = BlockParts::text(card.name, Theme::kHeadline, QFont::DemiBold, Ink::primary, this);
+    name->setFreeText(true);
+    who->addWidget(name);
     who->addWidget(BlockParts::text(card.subtitle, Theme::kCaption, QFont::Normal, Ink::secondary, this));
     if (!card.chips.isEmpty()) {
         QHBoxLayout* chips = BlockParts::row(Theme::kSpaceXS);
@@ -146,7 +149,10 @@ QHBoxLayout* SubscriptionCardWidget::identityRow(const SubscriptionCardContent& 
         chips->addStretch(1);
         who->addLayout(chips);
     }
-    identity->addLayout(who, 1);
+    // The badges and age stand beside the name while both fit, under it when not.
+    auto* reflow = new ReflowRow(Theme::kSpaceM);
+    reflow->addLayout(who);
+    identity->addLayout(reflow, 1);
     auto* state = new QVBoxLayout;
     state->setSpacing(Theme::kSpaceXS);
     QHBoxLayout* badges = BlockParts::row(Theme::kSpaceXS);
@@ -159,7 +165,11 @@ QHBoxLayout* SubscriptionCardWidget::identityRow(const SubscriptionCardContent& 
         BlockParts::value(card.updated, Theme::kCaption, QFont::Normal, Ink::secondary, this);
     updated->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     state->addWidget(updated);
-    identity->addLayout(state);
+    reflow->addLayout(state);
+    // Under the name, the age reads from the leading edge like the badges above it.
+    reflow->setArrangementFollower([updated](bool sideBySide) {
+        updated->setAlignment((sideBySide ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+    });
 
     return identity;
 }

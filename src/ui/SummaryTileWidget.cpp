@@ -17,7 +17,7 @@ SummaryTileWidget::SummaryTileWidget(const OverviewView::SummaryTile& tile, QWid
     , m_tile(tile) {
     setObjectName(QStringLiteral("summaryTile"));
     setAccessibleName(tile.title);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(Theme::kSpaceL, Theme::kSpaceM, Theme::kSpaceL, Theme::kSpaceM);
     layout->setSpacing(Theme::kSpaceXS);

@@ -13,6 +13,9 @@ class SummaryTileWidget final : public QWidget {
     Q_OBJECT
 
 public:
+    // Narrower than this, a tile's parts would wrap: the tiles take a second row instead.
+    static constexpr int kMinimumWidth = 168;
+
     explicit SummaryTileWidget(const OverviewView::SummaryTile& tile, QWidget* parent = nullptr);
 
     void setTile(const OverviewView::SummaryTile& tile);

@@ -1,5 +1,7 @@
 #include "ui/ToggleSwitch.h"
 
+#include "ui/LongText.h"
+
 #include "ui/Theme.h"
 
 #include <QPainter>
@@ -37,7 +39,7 @@ void ToggleSwitch::paintEvent(QPaintEvent*) {
     painter.setPen(isEnabled() ? Theme::primaryText(look) : Theme::secondaryText(look));
     const QRect label = rect().adjusted(0, 0, -(kTrack.width() + Theme::kSpaceL), 0);
     painter.drawText(label, Qt::AlignVCenter | Qt::AlignLeft,
-                     fontMetrics().elidedText(text(), Qt::ElideRight, label.width()));
+                     LongText::elided(fontMetrics(), text(), label.width(), LongText::Kind::meaningful));
 
     const QColor on = Theme::colors(Tone::accent, look).foreground;
     painter.setPen(hasFocus() ? QPen(on, 2) : Qt::NoPen);

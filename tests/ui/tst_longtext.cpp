@@ -34,12 +34,29 @@ private slots:
     void elidingFiveMegabytesGivesAShortLine() {
         const QFontMetrics metrics{QFont()};
         const QString text(5 * 1024 * 1024, u'W');
-        const QString shown = LongText::elided(metrics, text, 300);
+        const QString shown = LongText::elided(metrics, text, 300, LongText::Kind::free);
         QVERIFY(shown.size() < 200);
         QVERIFY(shown.endsWith(u'…'));
         QVERIFY(metrics.horizontalAdvance(shown) <= 300);
         // A short text that fits is left whole.
-        QCOMPARE(LongText::elided(metrics, QStringLiteral("Team"), 300), QStringLiteral("Team"));
+        QCOMPARE(LongText::elided(metrics, QStringLiteral("Team"), 300, LongText::Kind::free),
+                 QStringLiteral("Team"));
+        // Free text cut is no matter to report.
+        QVERIFY(LongText::takeCuts().isEmpty());
+    }
+
+    // A meaningful text that had to be cut is noted once, and only when it was cut.
+    void meaningfulTextsCutAreNoted() {
+        const QFontMetrics metrics{QFont()};
+        (void)LongText::takeCuts();
+        QCOMPARE(LongText::elided(metrics, QStringLiteral("42 requests"), 1000, LongText::Kind::meaningful),
+                 QStringLiteral("42 requests"));
+        QVERIFY(LongText::takeCuts().isEmpty());
+        const QString cut = LongText::elided(metrics, QStringLiteral("Apr 2, 2026, 10:12 AM"), 30,
+                                             LongText::Kind::meaningful);
+        QVERIFY(cut.endsWith(u'…'));
+        QCOMPARE(LongText::takeCuts(), QStringList{QStringLiteral("Apr 2, 2026, 10:12 AM")});
+        QVERIFY(LongText::takeCuts().isEmpty());
     }
 };
 

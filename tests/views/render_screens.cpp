@@ -281,18 +281,27 @@ int main(int argc, char* argv[]) {
     QFont text(AppResources::fontFamily());
     text.setPixelSize(Theme::kBody);
     QApplication::setFont(text);
-    const QString output = QCoreApplication::arguments().value(1, QStringLiteral("screenshots"));
+    // render_screens [DIR] [--minimum-width] [--high-contrast]: the window at its usual size
+    // or at its minimum width, in the standard or the high-contrast palettes. The scale
+    // comes from QT_SCALE_FACTOR.
+    const QStringList arguments = QCoreApplication::arguments();
+    const QString output = arguments.size() > 1 && !arguments.at(1).startsWith(u'-')
+                               ? arguments.at(1)
+                               : QStringLiteral("screenshots");
+    const bool narrow = arguments.contains(QStringLiteral("--minimum-width"));
+    const Theme::Contrast contrast = arguments.contains(QStringLiteral("--high-contrast"))
+                                         ? Theme::Contrast::high
+                                         : Theme::Contrast::standard;
     QDir().mkpath(output);
     const Timestamp now = Timestamp::fromDateTime(QDateTime(QDate(2026, 4, 2), QTime(9, 30)));
     Clock::setFixedNow(now);
-    const QSize windowSize = qEnvironmentVariableIsSet("SHOT_W")
-                                 ? QSize(qEnvironmentVariableIntValue("SHOT_W"), 650)
-                                 : QSize(1240, 820);
+    const QSize windowSize =
+        narrow ? QSize(MainWindow::kMinimumWidth, MainWindow::kMinimumHeight) : QSize(1240, 820);
 
     bool ok = true;
     for (const auto& [look, name] :
          {std::pair{Theme::Appearance::light, "light"}, std::pair{Theme::Appearance::dark, "dark"}}) {
-        AppStyle::apply(look);
+        AppStyle::apply(look, contrast);
         const QLatin1StringView appearance(name);
         const auto file = [&](const char* screen) {
             return QDir(output).filePath(
@@ -434,7 +443,8 @@ int main(int argc, char* argv[]) {
                 }
                 bool written = save(*editor, file(screen));
                 QWidget* page = editor->findChild<QWidget*>(QStringLiteral("editorPage"));
-                page->resize(page->width(), page->sizeHint().height());
+                page->resize(page->width(), page->hasHeightForWidth() ? page->heightForWidth(page->width())
+                                                                      : page->sizeHint().height());
                 QApplication::processEvents();
                 const QByteArray whole = QByteArray(screen) + QByteArrayLiteral("-page");
                 written &= page->grab().save(file(whole.constData()));

@@ -5,6 +5,7 @@
 #include "editor/widgets/ManualHorizonEditor.h"
 #include "ui/BlockParts.h"
 #include "ui/BoundText.h"
+#include "ui/CardGrid.h"
 #include "ui/FormField.h"
 #include "ui/SectionCard.h"
 #include "ui/SelectableTile.h"
@@ -26,7 +27,6 @@ namespace {
 using Ink = ElidedLabel::Ink;
 using namespace EditorParts;
 
-constexpr int kProviderColumns = 4;
 constexpr int kAuthTileCount = 3;
 } // namespace
 
@@ -114,20 +114,24 @@ void AccountEditorView::buildSubscription(QWidget* page) {
     card->add(FormField::labelled(m_content.label.title, m_label, card));
     BoundText::bind(m_label, this, [this](const QString& text) { m_form->edit().label = text; });
 
-    auto* grid = new QWidget(card);
-    auto* gridLayout = new QGridLayout(grid);
-    gridLayout->setContentsMargins(0, Theme::kSpaceXS, 0, Theme::kSpaceXS);
-    gridLayout->setSpacing(Theme::kSpaceS);
+    // Four in a row, or two and two where the sheet is narrow for four whole names.
+    QList<QWidget*> buttons;
+    int narrowest = 0;
     for (qsizetype i = 0; i < m_content.providers.size(); ++i) {
         const AccountEditorContent::ProviderTile& tile = m_content.providers.at(i);
-        auto* button = new SelectableTile(tile.provider, tile.name, QString(), grid);
+        auto* button = new SelectableTile(tile.provider, tile.name, QString(), card);
         button->setObjectName(QStringLiteral("providerTile-") + tile.provider.rawValue());
         const AIProvider provider = tile.provider;
         connect(button, &SelectableTile::clicked, this, [this, provider] { m_form->setProvider(provider); });
-        gridLayout->addWidget(button, static_cast<int>(i) / kProviderColumns,
-                              static_cast<int>(i) % kProviderColumns);
         m_providerTiles.append(button);
+        buttons.append(button);
+        narrowest = qMax(narrowest, button->minimumSizeHint().width());
     }
+    auto* grid = new CardGrid(narrowest, card);
+    grid->setObjectName(QStringLiteral("providerTiles"));
+    grid->setCards(buttons);
+    grid->setBalanced(Theme::kSpaceS);
+    grid->setContentsMargins(0, Theme::kSpaceXS, 0, Theme::kSpaceXS);
     card->add(grid);
 }
 

@@ -298,6 +298,7 @@ QWidget* OnboardingView::buildName() {
     m_previewLogo = logoHolder(preview, 24);
     previewLayout->addWidget(m_previewLogo);
     m_preview = BlockParts::text(QString(), Theme::kBody, QFont::DemiBold, Ink::primary, preview);
+    m_preview->setFreeText(true);
     previewLayout->addWidget(m_preview, 1);
     previewLayout->addWidget(
         BlockParts::icon(QStringLiteral("checkmark.circle.fill"), 16, preview, Tone::positive));
@@ -340,6 +341,7 @@ QWidget* OnboardingView::buildReady() {
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
     m_readyName = BlockParts::text(QString(), Theme::kBody, QFont::DemiBold, Ink::primary, summary);
+    m_readyName->setFreeText(true);
     texts->addWidget(m_readyName);
     m_readySummary = BlockParts::text(QString(), Theme::kFootnote, QFont::Normal, Ink::secondary, summary);
     texts->addWidget(m_readySummary);

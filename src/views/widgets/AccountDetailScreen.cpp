@@ -395,6 +395,8 @@ QWidget* AccountDetailScreen::buildHeader(const AccountDetailView::Header& heade
     ElidedLabel* name =
         BlockParts::text(header.name, Theme::kLargeTitle, QFont::DemiBold, Ink::primary, page);
     name->setObjectName(QStringLiteral("accountName"));
+    name->setFreeText(true);
+    name->setMaximumLines(2);
     identity->addWidget(name);
     identity->addWidget(BlockParts::text(header.subtitle, Theme::kBody, QFont::Normal, Ink::secondary, page));
     if (!header.planName.isEmpty()) {

@@ -58,12 +58,14 @@ public:
         painter->setFont(name);
         painter->setPen(Theme::primaryText(look));
         painter->drawText(QRect(left, top, width, nameMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
-                          LongText::elided(nameMetrics, index.data(Qt::DisplayRole).toString(), width));
+                          LongText::elided(nameMetrics, index.data(Qt::DisplayRole).toString(), width,
+                                           LongText::Kind::free));
         painter->setFont(message);
         painter->setPen(Theme::secondaryText(look));
         painter->drawText(QRect(left, top + nameMetrics.height() + 1, width, messageMetrics.height()),
                           Qt::AlignLeft | Qt::AlignVCenter,
-                          LongText::elided(messageMetrics, index.data(MessageRole).toString(), width));
+                          LongText::elided(messageMetrics, index.data(MessageRole).toString(), width,
+                                           LongText::Kind::meaningful));
         painter->restore();
     }
 };

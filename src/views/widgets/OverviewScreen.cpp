@@ -91,14 +91,18 @@ void OverviewScreen::buildFixedParts() {
     header->addLayout(titles, 1);
     m_layout->addLayout(header);
 
-    // Five tiles, always there.
-    auto* tiles = BlockParts::row(Theme::kSpaceM);
+    // Five tiles, always there: in one row, or in two when the window is narrow.
+    auto* tiles = new CardGrid(SummaryTileWidget::kMinimumWidth, m_page);
+    tiles->setObjectName(QStringLiteral("summaryTiles"));
+    QList<QWidget*> cards;
     for (const OverviewView::SummaryTile& tile : OverviewView::summaryTiles({}, Clock::now())) {
-        auto* widget = new SummaryTileWidget(tile, m_page);
+        auto* widget = new SummaryTileWidget(tile, tiles);
         m_tiles.append(widget);
-        tiles->addWidget(widget, 1);
+        cards.append(widget);
     }
-    m_layout->addLayout(tiles);
+    tiles->setCards(cards);
+    tiles->setBalanced(Theme::kSpaceM);
+    m_layout->addWidget(tiles);
     // The blocks below come and go; each has its place in screen order.
     for (QWidget** slot : {&m_noticeSlot, &m_emptySlot, &m_attentionSlot, &m_monitoringSlot}) {
         *slot = new QWidget(m_page);

@@ -96,16 +96,16 @@ void SidebarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         const QRect name(left, top, row.right() - left, lineHeight);
         painter->setPen(ink);
         painter->drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
-                          LongText::elided(metrics, title, name.width()));
+                          LongText::elided(metrics, title, name.width(), LongText::Kind::free));
         const QFont caption = Theme::font(option.font, Theme::kCaption);
         painter->setFont(caption);
         painter->setPen(Theme::secondaryText(look));
         const QFontMetrics small(caption);
         const QRect subtitle(icon.right() + 1 + Theme::kSpaceS, name.bottom() + 1,
                              row.right() - icon.right() - Theme::kSpaceS, small.height());
-        painter->drawText(
-            subtitle, Qt::AlignLeft | Qt::AlignVCenter,
-            LongText::elided(small, index.data(SidebarModel::SubtitleRole).toString(), subtitle.width()));
+        painter->drawText(subtitle, Qt::AlignLeft | Qt::AlignVCenter,
+                          LongText::elided(small, index.data(SidebarModel::SubtitleRole).toString(),
+                                           subtitle.width(), LongText::Kind::meaningful));
         painter->restore();
         return;
     }
@@ -124,6 +124,7 @@ void SidebarDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         painter->setFont(body);
     }
     painter->setPen(ink);
-    painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter, LongText::elided(metrics, title, text.width()));
+    painter->drawText(text, Qt::AlignLeft | Qt::AlignVCenter,
+                      LongText::elided(metrics, title, text.width(), LongText::Kind::meaningful));
     painter->restore();
 }
