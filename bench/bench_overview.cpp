@@ -151,6 +151,31 @@ void heartbeatOnTheDetailScreen(benchmark::State& state) {
     Workspace::settle();
 }
 BENCHMARK(heartbeatOnTheDetailScreen)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(40);
+
+// The desktop turns dark (then light, and so on): from the new palette to the window drawn
+// in it, with the overview's fifty cards; `range(0)` 1 also draws the whole page, every
+// card below the fold included.
+void appearanceChange(benchmark::State& state) {
+    Workspace& w = workspace();
+    Workspace::settle();
+    QWidget* page = w.window->overview()->widget();
+    bool dark = false;
+    for (auto _ : state) {
+        dark = !dark;
+        QElapsedTimer timer;
+        timer.start();
+        AppStyle::apply(dark ? Theme::Appearance::dark : Theme::Appearance::light);
+        QApplication::processEvents();
+        w.window->repaint();
+        if (state.range(0) == 1) {
+            (void)page->grab();
+        }
+        state.SetIterationTime(static_cast<double>(timer.nsecsElapsed()) / 1e9);
+    }
+    AppStyle::apply(Theme::Appearance::light);
+    Workspace::settle();
+}
+BENCHMARK(appearanceChange)->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 } // namespace
 
 int main(int argc, char** argv) {

@@ -6,6 +6,8 @@
 #include "BenchFixtures.h"
 #include "store/AccountStore.h"
 
+#include <QProcess>
+#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -140,6 +142,38 @@ struct Scenario {
     const char* title;
     int accounts;
     bool hugeLabel;
+    // The desktop it starts on: no session bus at all (empty), or a private bus with the
+    // stand-in settings portal started with these arguments.
+    QStringList portal;
+    bool bus = false;
+};
+
+// A private session bus and a stand-in portal on it, for the length of a scenario.
+struct Desktop {
+    QProcess daemon;
+    QProcess portal;
+    std::string address;
+
+    bool start(const QStringList& arguments) {
+        daemon.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                                     QStringLiteral("--print-address=1")});
+        if (!daemon.waitForStarted() || !daemon.waitForReadyRead(5000)) {
+            return false;
+        }
+        address = daemon.readLine().trimmed().toStdString();
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromStdString(address));
+        portal.setProcessEnvironment(environment);
+        portal.start(QStringLiteral(PORTAL_STANDIN), arguments);
+        return portal.waitForStarted() && portal.waitForReadyRead(5000) &&
+               portal.readLine().trimmed() == "ready";
+    }
+    ~Desktop() {
+        for (QProcess* process : {&portal, &daemon}) {
+            process->kill();
+            process->waitForFinished();
+        }
+    }
 };
 } // namespace
 
@@ -154,10 +188,19 @@ int main(int argc, char* argv[]) {
         return writeStore(QString::fromLocal8Bit(argv[2]), accounts, huge) ? 0 : 1;
     }
     const std::string folder = QFileInfo(QString::fromLocal8Bit(argv[0])).absolutePath().toStdString();
-    const Scenario scenarios[] = {{"50 accounts x 90 snapshots", 50, false},
-                                  {"the same with a 5 MB account label", 50, true},
-                                  {"500 accounts x 90 snapshots", 500, false}};
+    const QStringList dark{QStringLiteral("--set"), QStringLiteral("org.freedesktop.appearance"),
+                           QStringLiteral("color-scheme"), QStringLiteral("u"), QStringLiteral("1")};
+    const Scenario scenarios[] = {
+        {"50 accounts x 90 snapshots", 50, false, {}},
+        {"the same on a desktop whose settings portal answers: dark", 50, false, dark, true},
+        {"the same on a desktop whose settings portal never answers", 50, false,
+         dark + QStringList{QStringLiteral("--silent")}, true},
+        {"the same with a 5 MB account label", 50, true, {}},
+        {"500 accounts x 90 snapshots", 500, false, {}}};
     for (const Scenario& scenario : scenarios) {
+        if (scenario.bus && std::string(PORTAL_STANDIN).empty()) {
+            continue;
+        }
         QTemporaryDir dir;
         const QString storePath = dir.filePath(QStringLiteral("bench.store"));
         if (!writeStoreApart(storePath, scenario.accounts, scenario.hugeLabel)) {
@@ -173,6 +216,14 @@ int main(int argc, char* argv[]) {
                                              "TALLYFEN_STORE_PATH=" + storePath.toStdString()};
         if (const char* tz = std::getenv("TZ")) {
             environment.push_back(std::string("TZ=") + tz);
+        }
+        Desktop desktop;
+        if (scenario.bus) {
+            if (!desktop.start(scenario.portal)) {
+                std::fprintf(stderr, "could not start a session bus with a settings portal\n");
+                return 1;
+            }
+            environment.push_back("DBUS_SESSION_BUS_ADDRESS=" + desktop.address);
         }
         std::vector<Run> bare;
         std::vector<Run> tallyfen;
