@@ -38,6 +38,21 @@ inline ProviderAccount* refreshedAccount(AccountStore& store, const QString& lab
     return account;
 }
 
+// Fifty accounts across the providers, every third one manual, every seventh offline.
+inline void addFiftyAccounts(AccountStore& store, Timestamp now) {
+    const QList<AIProvider> providers = AIProvider::allCases();
+    for (int i = 0; i < 50; ++i) {
+        ProviderAccount* account =
+            refreshedAccount(store, QStringLiteral("Team %1").arg(i + 1), providers.at(i % providers.size()),
+                             i % 3 == 0 ? ConnectionMode::manual : ConnectionMode::mock,
+                             i % 3 == 0 ? UsageSource::manual : UsageSource::mock, 100 + i, now);
+        if (i % 7 == 3) {
+            account->setSyncStatus(SyncStatus::offline);
+            account->setSyncMessage(QStringLiteral("The provider could not be reached"));
+        }
+    }
+}
+
 struct Scenario {
     QTemporaryDir scratch;
     std::unique_ptr<AccountStore> store;

@@ -154,23 +154,13 @@ int ElidedLabel::widestWord() const {
     if (m_widestWord < 0) {
         const QFontMetrics metrics = fontMetrics();
         const int limit = metrics.height() * kWidestWordInHeights;
+        static const QRegularExpression space(QStringLiteral("\\s+"));
         int widest = 0;
-        if (naturalWidth() <= limit) {
-            widest = naturalWidth();
-            if (m_measured.contains(u' ') || m_measured.contains(u'\n')) {
-                widest = 0;
-                static const QRegularExpression space(QStringLiteral("\\s+"));
-                for (const QString& word : m_measured.split(space, Qt::SkipEmptyParts)) {
-                    widest = qMax(widest, metrics.horizontalAdvance(word));
-                }
-            }
-        } else {
-            static const QRegularExpression space(QStringLiteral("\\s+"));
-            for (const QString& word : m_measured.split(space, Qt::SkipEmptyParts)) {
-                widest = qMax(widest, metrics.horizontalAdvance(word.left(64)));
-                if (widest >= limit) {
-                    break;
-                }
+        // A word's first 64 characters are already wider than the limit.
+        for (const QString& word : m_measured.split(space, Qt::SkipEmptyParts)) {
+            widest = qMax(widest, metrics.horizontalAdvance(word.left(64)));
+            if (widest >= limit) {
+                break;
             }
         }
         m_widestWord = qMin(widest + 1, limit);

@@ -190,13 +190,7 @@ private slots:
 
     void fiftyAccounts() {
         Scenario scenario;
-        const QList<AIProvider> providers = AIProvider::allCases();
-        for (int i = 0; i < 50; ++i) {
-            refreshedAccount(*scenario.store, QStringLiteral("Team %1").arg(i + 1),
-                             providers.at(i % providers.size()),
-                             i % 3 == 0 ? ConnectionMode::manual : ConnectionMode::mock,
-                             i % 3 == 0 ? UsageSource::manual : UsageSource::mock, 100 + i, kNow);
-        }
+        addFiftyAccounts(*scenario.store, kNow);
         MainWindow window(scenario.content.get());
         window.resize(1240, 820);
         window.show();

@@ -185,17 +185,7 @@ private slots:
 
     void fiftyAccounts() {
         Scenario scenario;
-        const QList<AIProvider> providers = AIProvider::allCases();
-        for (int i = 0; i < 50; ++i) {
-            ProviderAccount* account = refreshedAccount(
-                *scenario.store, QStringLiteral("Team %1").arg(i + 1), providers.at(i % providers.size()),
-                i % 3 == 0 ? ConnectionMode::manual : ConnectionMode::mock,
-                i % 3 == 0 ? UsageSource::manual : UsageSource::mock, 100 + i, m_now);
-            if (i % 7 == 3) {
-                account->setSyncStatus(SyncStatus::offline);
-                account->setSyncMessage(QStringLiteral("The provider could not be reached"));
-            }
-        }
+        addFiftyAccounts(*scenario.store, m_now);
         MainWindow window(scenario.content.get());
         window.resize(MainWindow::kMinimumWidth, MainWindow::kMinimumHeight);
         window.show();

@@ -485,17 +485,7 @@ int main(int argc, char* argv[]) {
         {
             // Fifty accounts across the providers.
             Scenario scenario;
-            const QList<AIProvider> providers = AIProvider::allCases();
-            for (int i = 0; i < 50; ++i) {
-                ProviderAccount* account = refreshedAccount(
-                    *scenario.store, QStringLiteral("Team %1").arg(i + 1), providers.at(i % providers.size()),
-                    i % 3 == 0 ? ConnectionMode::manual : ConnectionMode::mock,
-                    i % 3 == 0 ? UsageSource::manual : UsageSource::mock, 100 + i, now);
-                if (i % 7 == 3) {
-                    account->setSyncStatus(SyncStatus::offline);
-                    account->setSyncMessage(QStringLiteral("The provider could not be reached"));
-                }
-            }
+            addFiftyAccounts(*scenario.store, now);
             MainWindow window(scenario.content.get());
             window.resize(windowSize);
             ok &= shoot(window, file("overview-50"));
