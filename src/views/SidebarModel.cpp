@@ -342,6 +342,9 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
         case Qt::DisplayRole:
         case Qt::AccessibleTextRole:
             return account->displayName();
+        // The whole name, where the row has to cut it (its first thousand characters).
+        case Qt::ToolTipRole:
+            return account->displayName().left(1000);
         case SymbolRole:
             return account->provider().rawValue();
         // The row's second line, which a screen reader reads after the name.

@@ -76,7 +76,8 @@ QStandardItem* attentionItem(const OverviewView::AttentionRow& entry) {
     item->setData(entry.message, Qt::AccessibleDescriptionRole);
     item->setData(entry.provider.rawValue(), ProviderRole);
     item->setData(QVariant::fromValue(entry.pulse), PulseRole);
-    item->setToolTip(entry.message);
+    // The whole name and message, where the row has to cut the name.
+    item->setToolTip(LongText::bounded(entry.name, LongText::kReadLimit) + u'\n' + entry.message);
     item->setFlags(Qt::ItemIsEnabled);
     return item;
 }
