@@ -38,6 +38,36 @@ inline ProviderAccount* refreshedAccount(AccountStore& store, const QString& lab
     return account;
 }
 
+// The sample workspace as a refresh leaves it: an OpenAI and a Claude account, current, and
+// a Grok account gone stale.
+struct SampleWorkspace {
+    ProviderAccount* openAI;
+    ProviderAccount* claude;
+    ProviderAccount* grok;
+};
+inline SampleWorkspace addSampleWorkspace(AccountStore& store, Timestamp now) {
+    SampleWorkspace workspace{refreshedAccount(store, QStringLiteral("OpenAI · Work API"), AIProvider::openAI,
+                                               ConnectionMode::mock, UsageSource::mock, 1, now),
+                              refreshedAccount(store, QStringLiteral("Claude · Personal"),
+                                               AIProvider::anthropic, ConnectionMode::mock, UsageSource::mock,
+                                               2, now),
+                              refreshedAccount(store, QStringLiteral("Grok · Labs"), AIProvider::xAI,
+                                               ConnectionMode::mock, UsageSource::mock, 3, now)};
+    workspace.grok->setSyncStatus(SyncStatus::stale);
+    workspace.grok->setSyncMessage(QStringLiteral("Snapshot is older than its reset"));
+    return workspace;
+}
+
+// An OpenAI organization read through its admin key, whose costs could not be read.
+inline ProviderAccount* addOfficialKeyAccount(AccountStore& store, double createdAt, Timestamp now) {
+    ProviderAccount* key = refreshedAccount(store, QStringLiteral("Production org"), AIProvider::openAI,
+                                            ConnectionMode::apiKey, UsageSource::officialAPI, createdAt, now);
+    UsageSnapshot official = *key->snapshot();
+    official.warnings = {QStringLiteral("Costs could not be read; usage is shown without spend.")};
+    key->setSnapshot(official);
+    return key;
+}
+
 // Fifty accounts across the providers, every third one manual, every seventh offline.
 inline void addFiftyAccounts(AccountStore& store, Timestamp now) {
     const QList<AIProvider> providers = AIProvider::allCases();

@@ -57,12 +57,9 @@ protected:
 } // namespace
 
 ElidedLabel* BlockParts::text(const QString& text, int pixels, QFont::Weight weight, ElidedLabel::Ink ink,
-                              QWidget* parent, Tone tone, int lines) {
+                              QWidget* parent, Tone tone) {
     auto* label = new ElidedLabel(QString(), parent);
     label->setStyle(pixels, weight, ink, tone);
-    if (lines > 1) {
-        label->setMaximumLines(lines);
-    }
     label->setFullText(text);
     return label;
 }
@@ -103,8 +100,8 @@ QWidget* BlockParts::heading(const QString& title, const QString& subtitle, QWid
     titleLabel->setAccessibleDescription(subtitle);
     layout->addWidget(titleLabel);
     if (!subtitle.isEmpty()) {
-        layout->addWidget(text(subtitle, Theme::kFootnote, QFont::Normal, ElidedLabel::Ink::secondary, box,
-                               Tone::muted, 2));
+        layout->addWidget(
+            text(subtitle, Theme::kFootnote, QFont::Normal, ElidedLabel::Ink::secondary, box, Tone::muted));
     }
     return box;
 }
@@ -206,7 +203,7 @@ void BlockParts::addModelBreakdown(QVBoxLayout* layout, const ModelBreakdownCont
         layout->addLayout(line);
     }
     layout->addWidget(
-        text(models.attributionNote, Theme::kCaption, QFont::Normal, Ink::secondary, parent, Tone::muted, 2));
+        text(models.attributionNote, Theme::kCaption, QFont::Normal, Ink::secondary, parent, Tone::muted));
 }
 
 void BlockParts::addAgentBudgets(QVBoxLayout* layout, const AgentBudgetPanelContent& budgets,
@@ -269,7 +266,7 @@ QWidget* BlockParts::actionCallout(const QString& symbol, const QString& title, 
     texts->setSpacing(2);
     texts->addWidget(text(title, Theme::kBody, QFont::DemiBold, ElidedLabel::Ink::primary, callout));
     texts->addWidget(
-        text(message, Theme::kFootnote, QFont::Normal, ElidedLabel::Ink::secondary, callout, Tone::muted, 3));
+        text(message, Theme::kFootnote, QFont::Normal, ElidedLabel::Ink::secondary, callout, Tone::muted));
     line->addLayout(texts, 1);
     action = button(actionTitle, role, callout);
     line->addWidget(action, 0, Qt::AlignVCenter);

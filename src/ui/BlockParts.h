@@ -21,7 +21,7 @@ public:
     BlockParts() = delete;
 
     static ElidedLabel* text(const QString& text, int pixels, QFont::Weight weight, ElidedLabel::Ink ink,
-                             QWidget* parent, Tone tone = Tone::muted, int lines = 1);
+                             QWidget* parent, Tone tone = Tone::muted);
     // The same for a short figure that must show whole ("42 requests", "of 60 requests"):
     // it takes the width its text needs, the labels beside it give way, and its figures
     // are tabular.

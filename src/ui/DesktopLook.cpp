@@ -59,12 +59,11 @@ bool DesktopLook::reduceMotion() const {
 void DesktopLook::apply() {
     const Theme::Appearance look = appearance();
     const Theme::Contrast contrast = this->contrast();
-    if (m_applied && look == m_appearance && contrast == m_contrast) {
+    // The palette on the application says what was applied last.
+    if (m_applied && look == Theme::current() && contrast == Theme::contrast()) {
         return;
     }
     m_applied = true;
-    m_appearance = look;
-    m_contrast = contrast;
     AppStyle::apply(look, contrast);
 }
 

@@ -37,7 +37,5 @@ private:
     DesktopSettings* m_settings;
     Theme::Appearance m_platform;
     bool m_applied = false;
-    Theme::Appearance m_appearance = Theme::Appearance::light;
-    Theme::Contrast m_contrast = Theme::Contrast::standard;
     bool m_reduceMotion = false;
 };

@@ -4,7 +4,6 @@
 #include <QEvent>
 #include <QFontMetrics>
 #include <QPainter>
-#include <QRegularExpression>
 #include <QTextOption>
 
 #include "ui/LongText.h"
@@ -154,16 +153,7 @@ int ElidedLabel::widestWord() const {
     if (m_widestWord < 0) {
         const QFontMetrics metrics = fontMetrics();
         const int limit = metrics.height() * kWidestWordInHeights;
-        static const QRegularExpression space(QStringLiteral("\\s+"));
-        int widest = 0;
-        // A word's first 64 characters are already wider than the limit.
-        for (const QString& word : m_measured.split(space, Qt::SkipEmptyParts)) {
-            widest = qMax(widest, metrics.horizontalAdvance(word.left(64)));
-            if (widest >= limit) {
-                break;
-            }
-        }
-        m_widestWord = qMin(widest + 1, limit);
+        m_widestWord = qMin(LongText::widestWord(metrics, m_measured, limit) + 1, limit);
     }
     return m_widestWord;
 }

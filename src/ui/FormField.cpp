@@ -20,7 +20,7 @@ QWidget* FormField::labelled(const QString& title, QWidget* control, QWidget* pa
     layout->addWidget(control);
     if (!note.isEmpty()) {
         layout->addWidget(
-            BlockParts::text(note, Theme::kFootnote, QFont::Normal, Ink::secondary, row, Tone::muted, 3));
+            BlockParts::text(note, Theme::kFootnote, QFont::Normal, Ink::secondary, row, Tone::muted));
     }
     return row;
 }

@@ -1,5 +1,7 @@
 #include "ui/LongText.h"
 
+#include <QRegularExpression>
+
 #include <utility>
 
 QString LongText::bounded(const QString& text, qsizetype limit) {
@@ -28,6 +30,19 @@ QString LongText::elided(const QFontMetrics& metrics, const QString& text, int w
         cuts().append(text);
     }
     return shown;
+}
+
+int LongText::widestWord(const QFontMetrics& metrics, const QString& text, int limit) {
+    static const QRegularExpression space(QStringLiteral("\\s+"));
+    int widest = 0;
+    // A word's first 64 characters are wider than any limit a line sets.
+    for (const QString& word : text.split(space, Qt::SkipEmptyParts)) {
+        widest = qMax(widest, metrics.horizontalAdvance(word.left(64)));
+        if (widest >= limit) {
+            return limit;
+        }
+    }
+    return widest;
 }
 
 QStringList LongText::takeCuts() {

@@ -26,6 +26,9 @@ public:
     // The text cut with an ellipsis at the right to fit `width` pixels in `metrics`. A
     // meaningful text that had to be cut is noted, for takeCuts().
     static QString elided(const QFontMetrics& metrics, const QString& text, int width, Kind kind);
+    // The width of the text's widest word in `metrics`, at most `limit` pixels: the
+    // narrowest a wrapping text goes without breaking a word.
+    static int widestWord(const QFontMetrics& metrics, const QString& text, int limit);
     // The meaningful texts drawn cut since the last call: a layout that left one of them
     // too little room (none should).
     static QStringList takeCuts();

@@ -71,8 +71,8 @@ MetricCardWidget::MetricCardWidget(const MetricCardContent& content, QWidget* pa
     layout->addLayout(reset);
 
     if (!content.note.isEmpty()) {
-        ElidedLabel* note = BlockParts::text(content.note, Theme::kCaption, QFont::Normal, Ink::secondary,
-                                             this, Tone::muted, 2);
+        ElidedLabel* note =
+            BlockParts::text(content.note, Theme::kCaption, QFont::Normal, Ink::secondary, this, Tone::muted);
         note->setObjectName(QStringLiteral("metricNote"));
         layout->addWidget(note);
     }

@@ -103,10 +103,7 @@ QSize SelectableTile::sizeHint() const {
 QSize SelectableTile::minimumSizeHint() const {
     // The title whole and the second line's widest word; the rest of that line wraps.
     const QFontMetrics second(Theme::font(font(), Theme::kFootnote));
-    int widestWord = 0;
-    for (const QString& word : LongText::bounded(m_subtitle).split(u' ', Qt::SkipEmptyParts)) {
-        widestWord = qMax(widestWord, second.horizontalAdvance(word));
-    }
+    const int widestWord = LongText::widestWord(second, LongText::bounded(m_subtitle), 220);
     const int width = chromeWidth() + qMin(qMax(titleWidth(), widestWord), 220);
     return QSize(width, heightForWidth(width));
 }

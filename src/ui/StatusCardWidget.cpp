@@ -38,7 +38,7 @@ StatusCardWidget::StatusCardWidget(const StatusCardsContent::EmptyState& content
     title->setAlignment(Qt::AlignHCenter);
     layout->addWidget(title, 0, Qt::AlignHCenter);
     ElidedLabel* message =
-        BlockParts::text(content.message, Theme::kBody, QFont::Normal, Ink::secondary, this, Tone::muted, 3);
+        BlockParts::text(content.message, Theme::kBody, QFont::Normal, Ink::secondary, this, Tone::muted);
     message->setAlignment(Qt::AlignHCenter);
     message->setMaximumWidth(StatusCardsContent::EmptyState::kMessageWidth);
     message->setMinimumWidth(qMin(StatusCardsContent::EmptyState::kMessageWidth, 320));
@@ -64,8 +64,8 @@ StatusCardWidget::StatusCardWidget(const StatusCardsContent::Unavailable& conten
     top->addWidget(BlockParts::icon(content.symbol, 14, this));
     top->addWidget(BlockParts::text(content.title, Theme::kFootnote, QFont::Medium, Ink::primary, this), 1);
     layout->addLayout(top);
-    layout->addWidget(BlockParts::text(content.message, Theme::kCaption, QFont::Normal, Ink::secondary, this,
-                                       Tone::muted, 2));
+    layout->addWidget(
+        BlockParts::text(content.message, Theme::kCaption, QFont::Normal, Ink::secondary, this, Tone::muted));
     layout->addStretch(1);
 }
 

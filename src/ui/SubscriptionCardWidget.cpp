@@ -32,7 +32,7 @@ QWidget* horizonPanel(const HorizonPanelContent& panel, QWidget* parent) {
             1);
         layout->addLayout(line);
         layout->addWidget(BlockParts::text(panel.unavailableMessage, Theme::kCaption, QFont::Normal,
-                                           Ink::secondary, box, Tone::muted, 2));
+                                           Ink::secondary, box, Tone::muted));
     }
     for (const HorizonPanelContent::Row& window : panel.rows) {
         QHBoxLayout* top = BlockParts::row(Theme::kSpaceXS);
@@ -95,7 +95,7 @@ SubscriptionCardWidget::SubscriptionCardWidget(const SubscriptionCardContent& ca
             BlockParts::text(card.noSnapshotTitle, Theme::kFootnote, QFont::DemiBold, Ink::primary, this), 1);
         layout->addLayout(none);
         layout->addWidget(BlockParts::text(card.noSnapshotMessage, Theme::kCaption, QFont::Normal,
-                                           Ink::secondary, this, Tone::muted, 2));
+                                           Ink::secondary, this, Tone::muted));
         return;
     }
 

@@ -141,20 +141,8 @@ private slots:
         QFETCH(int, height);
         Scenario scenario;
         AccountStore& store = *scenario.store;
-        ProviderAccount* openAI =
-            refreshedAccount(store, QStringLiteral("OpenAI · Work API"), AIProvider::openAI,
-                             ConnectionMode::mock, UsageSource::mock, 1, m_now);
-        refreshedAccount(store, QStringLiteral("Claude · Personal"), AIProvider::anthropic,
-                         ConnectionMode::mock, UsageSource::mock, 2, m_now);
-        ProviderAccount* grok = refreshedAccount(store, QStringLiteral("Grok · Labs"), AIProvider::xAI,
-                                                 ConnectionMode::mock, UsageSource::mock, 3, m_now);
-        grok->setSyncStatus(SyncStatus::stale);
-        grok->setSyncMessage(QStringLiteral("Snapshot is older than its reset"));
-        ProviderAccount* key = refreshedAccount(store, QStringLiteral("Production org"), AIProvider::openAI,
-                                                ConnectionMode::apiKey, UsageSource::officialAPI, 4, m_now);
-        UsageSnapshot official = *key->snapshot();
-        official.warnings = {QStringLiteral("Costs could not be read; usage is shown without spend.")};
-        key->setSnapshot(official);
+        const SampleWorkspace sample = addSampleWorkspace(store, m_now);
+        ProviderAccount* key = addOfficialKeyAccount(store, 4, m_now);
         ProviderAccount* manual = refreshedAccount(store, QStringLiteral("Claude Max"), AIProvider::anthropic,
                                                    ConnectionMode::manual, UsageSource::manual, 5, m_now);
         // A label far longer than any line: it may be cut, never anything beside it.
@@ -173,7 +161,7 @@ private slots:
         problems = cutTexts(&window);
         QVERIFY2(problems.isEmpty(), report(QStringLiteral("overview, matrix"), problems).constData());
         window.overview()->setViewMode(MonitoringViewMode::cards);
-        for (ProviderAccount* account : {openAI, grok, key, manual, longLabel}) {
+        for (ProviderAccount* account : {sample.openAI, sample.grok, key, manual, longLabel}) {
             scenario.content->setSelection(SidebarSelection::account(account->id()));
             problems = cutTexts(&window);
             QVERIFY2(problems.isEmpty(), report(account->displayName(), problems).constData());

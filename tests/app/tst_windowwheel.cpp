@@ -21,6 +21,28 @@
 #include <QTest>
 #include <QWheelEvent>
 
+namespace {
+// Twenty accounts: an overview taller than the window, so the page has somewhere to scroll.
+struct TallWindow {
+    CoreFixture fixture;
+    ContentView content;
+    MainWindow window;
+
+    TallWindow()
+        : content((addAccounts(fixture), fixture.store.get()), fixture.preferences.get())
+        , window(&content) {
+        window.resize(1200, 800);
+        window.show();
+    }
+
+    static void addAccounts(CoreFixture& fixture) {
+        for (int i = 0; i < 20; ++i) {
+            windowfixtures::refreshed(fixture, QStringLiteral("Account %1").arg(i), AIProvider::openAI, i);
+        }
+    }
+};
+} // namespace
+
 class TestWindowWheel final : public QObject {
     Q_OBJECT
 
@@ -28,14 +50,8 @@ private slots:
     void initTestCase() { WheelGuard::install(); }
 
     void scrollingPastTheSortPickerKeepsTheSort() {
-        CoreFixture fixture;
-        for (int i = 0; i < 20; ++i) {
-            windowfixtures::refreshed(fixture, QStringLiteral("Account %1").arg(i), AIProvider::openAI, i);
-        }
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        MainWindow window(&content);
-        window.resize(1200, 800);
-        window.show();
+        TallWindow tall;
+        MainWindow& window = tall.window;
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         auto* picker = window.overview()->findChild<QComboBox*>(QStringLiteral("sortPicker"));
         QVERIFY(picker);
@@ -54,14 +70,8 @@ private slots:
     }
 
     void theWheelOverAMatrixRowIsLeftToThePage() {
-        CoreFixture fixture;
-        for (int i = 0; i < 20; ++i) {
-            windowfixtures::refreshed(fixture, QStringLiteral("Account %1").arg(i), AIProvider::openAI, i);
-        }
-        ContentView content(fixture.store.get(), fixture.preferences.get());
-        MainWindow window(&content);
-        window.resize(1200, 800);
-        window.show();
+        TallWindow tall;
+        MainWindow& window = tall.window;
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         window.overview()->setViewMode(MonitoringViewMode::matrix);
         QApplication::processEvents();
@@ -76,7 +86,7 @@ private slots:
         // The row leaves the wheel alone: a mouse's wheel (a spontaneous event, which a test
         // cannot send) goes on to the page; this one stops here, as Qt keeps sent ones put.
         QVERIFY(!wheel.isAccepted());
-        QCOMPARE(content.selection(), SidebarSelection::overview());
+        QCOMPARE(tall.content.selection(), SidebarSelection::overview());
     }
 
     void aWheelStormOverTheIntervalWritesNoPreference() {

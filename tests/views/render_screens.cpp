@@ -357,14 +357,7 @@ int main(int argc, char* argv[]) {
             // The sample workspace, refreshed, as cards and as a matrix; then one account.
             Scenario scenario;
             AccountStore& store = *scenario.store;
-            refreshedAccount(store, QStringLiteral("OpenAI · Work API"), AIProvider::openAI,
-                             ConnectionMode::mock, UsageSource::mock, 1, now);
-            refreshedAccount(store, QStringLiteral("Claude · Personal"), AIProvider::anthropic,
-                             ConnectionMode::mock, UsageSource::mock, 2, now);
-            ProviderAccount* grok = refreshedAccount(store, QStringLiteral("Grok · Labs"), AIProvider::xAI,
-                                                     ConnectionMode::mock, UsageSource::mock, 3, now);
-            grok->setSyncStatus(SyncStatus::stale);
-            grok->setSyncMessage(QStringLiteral("Snapshot is older than its reset"));
+            addSampleWorkspace(store, now);
             MainWindow window(scenario.content.get());
             window.resize(windowSize);
             ok &= shoot(window, file("overview-cards"));
@@ -405,12 +398,7 @@ int main(int argc, char* argv[]) {
             MainWindow window(scenario.content.get());
             window.resize(windowSize);
             window.show(); // the legacy migration runs now, before the reference account exists
-            ProviderAccount* key =
-                refreshedAccount(store, QStringLiteral("Production org"), AIProvider::openAI,
-                                 ConnectionMode::apiKey, UsageSource::officialAPI, 11, now);
-            UsageSnapshot official = *key->snapshot();
-            official.warnings = {QStringLiteral("Costs could not be read; usage is shown without spend.")};
-            key->setSnapshot(official);
+            ProviderAccount* key = addOfficialKeyAccount(store, 11, now);
             ProviderAccount* manual =
                 refreshedAccount(store, QStringLiteral("Claude Max"), AIProvider::anthropic,
                                  ConnectionMode::manual, UsageSource::manual, 12, now);

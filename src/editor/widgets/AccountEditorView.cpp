@@ -177,8 +177,7 @@ void AccountEditorView::buildAuthentication(QWidget* page) {
 
     card->add(buildKeyPanel(card));
 
-    m_testMessage =
-        BlockParts::text(QString(), Theme::kBody, QFont::Normal, Ink::primary, card, Tone::muted, 4);
+    m_testMessage = BlockParts::text(QString(), Theme::kBody, QFont::Normal, Ink::primary, card, Tone::muted);
     m_testMessage->setObjectName(QStringLiteral("testMessage"));
     card->add(m_testMessage);
 

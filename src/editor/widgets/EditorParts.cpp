@@ -17,11 +17,11 @@ QPushButton* sheetButton(const QString& title, Theme::ButtonRole role, const QSt
 }
 
 ElidedLabel* note(const QString& text, QWidget* parent) {
-    return BlockParts::text(text, Theme::kFootnote, QFont::Normal, Ink::secondary, parent, Tone::muted, 6);
+    return BlockParts::text(text, Theme::kFootnote, QFont::Normal, Ink::secondary, parent, Tone::muted);
 }
 
 ElidedLabel* paragraph(const QString& text, QWidget* parent) {
-    return BlockParts::text(text, Theme::kBody, QFont::Normal, Ink::secondary, parent, Tone::muted, 6);
+    return BlockParts::text(text, Theme::kBody, QFont::Normal, Ink::secondary, parent, Tone::muted);
 }
 
 QLineEdit* lineEdit(const QString& prompt, QWidget* parent) {
@@ -53,7 +53,7 @@ QWidget* errorRow(QWidget* parent, ElidedLabel*& text) {
     layout->addWidget(
         BlockParts::icon(QStringLiteral("exclamationmark.circle.fill"), 16, row, Tone::critical), 0,
         Qt::AlignTop);
-    text = BlockParts::text(QString(), Theme::kBody, QFont::Medium, Ink::tone, row, Tone::critical, 4);
+    text = BlockParts::text(QString(), Theme::kBody, QFont::Medium, Ink::tone, row, Tone::critical);
     layout->addWidget(text, 1);
     return row;
 }

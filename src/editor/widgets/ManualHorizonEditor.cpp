@@ -36,7 +36,7 @@ ManualHorizonEditor::ManualHorizonEditor(const ManualHorizonFields& fields, QWid
     m_resetRow->setMaximumWidth(280);
     layout->addWidget(m_resetRow);
     m_noReset = BlockParts::text(fields.noResetText, Theme::kFootnote, QFont::Normal, Ink::secondary, this,
-                                 Tone::muted, 2);
+                                 Tone::muted);
     layout->addWidget(m_noReset);
     setContent(fields);
 }

@@ -94,11 +94,11 @@ QWidget* OnboardingConnectionPage::buildKeyPanel() {
     keyButtons->addStretch(1);
     keyLayout->addLayout(keyButtons);
     m_testMessage =
-        BlockParts::text(QString(), Theme::kBody, QFont::Medium, Ink::tone, m_keyPanel, Tone::muted, 4);
+        BlockParts::text(QString(), Theme::kBody, QFont::Medium, Ink::tone, m_keyPanel, Tone::muted);
     m_testMessage->setObjectName(QStringLiteral("testMessage"));
     keyLayout->addWidget(m_testMessage);
     keyLayout->addWidget(BlockParts::text(keyTexts.note, Theme::kFootnote, QFont::Normal, Ink::secondary,
-                                          m_keyPanel, Tone::muted, 4));
+                                          m_keyPanel, Tone::muted));
     QPushButton* manual = BlockParts::button(keyTexts.manualLink, Theme::ButtonRole::link, m_keyPanel);
     manual->setObjectName(QStringLiteral("setUpManuallyButton"));
     keyLayout->addWidget(manual, 0, Qt::AlignLeft);
@@ -141,7 +141,7 @@ QWidget* OnboardingConnectionPage::buildManualPanel() {
     titleRow->addWidget(m_unit);
     manualLayout->addLayout(titleRow);
     manualLayout->addWidget(BlockParts::text(manualTexts.line, Theme::kFootnote, QFont::Normal,
-                                             Ink::secondary, m_manualPanel, Tone::muted, 3));
+                                             Ink::secondary, m_manualPanel, Tone::muted));
     m_shortPair = new ManualEntryPair(manualTexts.shortTerm, m_manualPanel);
     m_shortPair->setObjectName(QStringLiteral("currentWindow"));
     manualLayout->addWidget(m_shortPair);
@@ -166,7 +166,7 @@ QWidget* OnboardingConnectionPage::buildManualPanel() {
         toggle = new ToggleSwitch(QString(), row);
         rowLayout->addWidget(toggle);
         rowLayout->addWidget(
-            BlockParts::text(hint, Theme::kFootnote, QFont::Normal, Ink::secondary, row, Tone::muted, 2));
+            BlockParts::text(hint, Theme::kFootnote, QFont::Normal, Ink::secondary, row, Tone::muted));
         manualLayout->addWidget(row);
         return row;
     };
@@ -228,8 +228,8 @@ QWidget* OnboardingConnectionPage::buildDetected() {
         QStringLiteral("wand.and.stars"), QStringLiteral("Automatically detected"), m_detected));
     m_detectedName = BlockParts::text(QString(), Theme::kBody, QFont::DemiBold, Ink::primary, m_detected);
     detectedLayout->addWidget(m_detectedName);
-    m_detectedLine = BlockParts::text(QString(), Theme::kFootnote, QFont::Normal, Ink::secondary, m_detected,
-                                      Tone::muted, 2);
+    m_detectedLine =
+        BlockParts::text(QString(), Theme::kFootnote, QFont::Normal, Ink::secondary, m_detected, Tone::muted);
     detectedLayout->addWidget(m_detectedLine);
     return m_detected;
 }

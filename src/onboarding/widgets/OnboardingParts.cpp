@@ -11,11 +11,11 @@ namespace OnboardingParts {
 using Ink = ElidedLabel::Ink;
 
 ElidedLabel* heading(const QString& text, QWidget* parent) {
-    return BlockParts::text(text, Theme::kLargeTitle, QFont::DemiBold, Ink::primary, parent, Tone::muted, 3);
+    return BlockParts::text(text, Theme::kLargeTitle, QFont::DemiBold, Ink::primary, parent, Tone::muted);
 }
 
 ElidedLabel* paragraph(const QString& text, QWidget* parent) {
-    return BlockParts::text(text, Theme::kBody, QFont::Normal, Ink::secondary, parent, Tone::muted, 6);
+    return BlockParts::text(text, Theme::kBody, QFont::Normal, Ink::secondary, parent, Tone::muted);
 }
 
 QWidget* symbolLine(const QString& symbol, const QString& text, Tone tone, Ink ink, QWidget* parent) {
@@ -23,7 +23,7 @@ QWidget* symbolLine(const QString& symbol, const QString& text, Tone tone, Ink i
     auto* layout = BlockParts::row(Theme::kSpaceS);
     row->setLayout(layout);
     layout->addWidget(BlockParts::icon(symbol, 16, row, tone), 0, Qt::AlignTop);
-    ElidedLabel* label = BlockParts::text(text, Theme::kBody, QFont::Normal, ink, row, tone, 4);
+    ElidedLabel* label = BlockParts::text(text, Theme::kBody, QFont::Normal, ink, row, tone);
     label->setObjectName(QStringLiteral("message"));
     layout->addWidget(label, 1);
     return row;

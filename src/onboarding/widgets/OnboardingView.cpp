@@ -191,7 +191,7 @@ QWidget* OnboardingView::buildWelcome() {
     privacyLayout->addWidget(symbolLine(first.welcome->privacySymbol, first.welcome->privacyLabel,
                                         Tone::accent, Ink::primary, privacy));
     privacyLayout->addWidget(BlockParts::text(first.welcome->privacyLine, Theme::kFootnote, QFont::Normal,
-                                              Ink::secondary, privacy, Tone::muted, 3));
+                                              Ink::secondary, privacy, Tone::muted));
     layout->addWidget(privacy, 0, Qt::AlignHCenter);
     layout->addSpacing(Theme::kSpaceS);
 
@@ -252,7 +252,7 @@ QWidget* OnboardingView::buildProvider() {
     disclosure->setCheckable(true);
     layout->addWidget(disclosure, 0, Qt::AlignLeft);
     m_disclosureText = BlockParts::text(content.disclosureText, Theme::kBody, QFont::Normal, Ink::secondary,
-                                        page, Tone::muted, 4);
+                                        page, Tone::muted);
     m_disclosureText->setVisible(false);
     layout->addWidget(m_disclosureText);
     connect(disclosure, &QPushButton::toggled, m_disclosureText, &QWidget::setVisible);
@@ -271,7 +271,7 @@ QWidget* OnboardingView::buildName() {
     m_label->setObjectName(QStringLiteral("accountName"));
     layout->addWidget(FormField::labelled(QStringLiteral("Account name"), m_label, page));
     m_nameHint =
-        BlockParts::text(QString(), Theme::kFootnote, QFont::Normal, Ink::secondary, page, Tone::muted, 2);
+        BlockParts::text(QString(), Theme::kFootnote, QFont::Normal, Ink::secondary, page, Tone::muted);
     layout->addWidget(m_nameHint);
     m_nameError =
         symbolLine(QStringLiteral("exclamationmark.circle.fill"), QString(), Tone::critical, Ink::tone, page);

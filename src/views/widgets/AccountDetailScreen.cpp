@@ -88,8 +88,8 @@ QWidget* warningsCallout(const AccountDetailView::WarningCallout& warnings, QWid
     callout->setAccessibleName(warnings.label);
     column(callout)->addLayout(BlockParts::symbolHeading(warnings.symbol, warnings.label, callout));
     for (const QString& warning : warnings.lines) {
-        column(callout)->addWidget(BlockParts::text(warning, Theme::kFootnote, QFont::Normal, Ink::primary,
-                                                    callout, Tone::muted, 4));
+        column(callout)->addWidget(
+            BlockParts::text(warning, Theme::kFootnote, QFont::Normal, Ink::primary, callout, Tone::muted));
     }
     return callout;
 }
@@ -106,7 +106,7 @@ QWidget* billingOnlyCallout(const AccountDetailView::BillingOnlyCallout& billing
     texts->addWidget(
         BlockParts::text(billingOnly.title, Theme::kBody, QFont::DemiBold, Ink::primary, callout));
     texts->addWidget(BlockParts::text(billingOnly.message, Theme::kFootnote, QFont::Normal, Ink::secondary,
-                                      callout, Tone::muted, 3));
+                                      callout, Tone::muted));
     row->addLayout(texts, 1);
     row->addWidget(new BadgeWidget(billingOnly.pulse, callout), 0, Qt::AlignTop);
     column(callout)->addLayout(row);
@@ -124,7 +124,7 @@ QWidget* provenanceCard(const AccountDetailView::Provenance& provenance, QWidget
         auto* row = BlockParts::row(Theme::kSpaceL);
         row->addWidget(BlockParts::value(label, Theme::kFootnote, QFont::Medium, Ink::secondary, card));
         ElidedLabel* shown =
-            BlockParts::text(value, Theme::kFootnote, QFont::Normal, Ink::primary, card, Tone::muted, 3);
+            BlockParts::text(value, Theme::kFootnote, QFont::Normal, Ink::primary, card, Tone::muted);
         shown->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         row->addWidget(shown, 1);
         column(card)->addLayout(row);
@@ -132,7 +132,7 @@ QWidget* provenanceCard(const AccountDetailView::Provenance& provenance, QWidget
     if (provenance.note) {
         column(card)->addWidget(BlockParts::separator(card));
         column(card)->addWidget(BlockParts::text(*provenance.note, Theme::kFootnote, QFont::Normal,
-                                                 Ink::secondary, card, Tone::muted, 2));
+                                                 Ink::secondary, card, Tone::muted));
     }
     return card;
 }
@@ -410,7 +410,7 @@ QWidget* AccountDetailScreen::buildHeader(const AccountDetailView::Header& heade
     }
     if (!header.roster.isEmpty()) {
         identity->addWidget(BlockParts::text(header.roster, Theme::kFootnote, QFont::Normal, Ink::secondary,
-                                             page, Tone::muted, 3));
+                                             page, Tone::muted));
     }
     if (!header.chips.isEmpty()) {
         auto* chips = BlockParts::row(Theme::kSpaceXS);
@@ -451,7 +451,7 @@ QWidget* AccountDetailScreen::buildConnection(const AccountDetailView::Connectio
     words->addWidget(
         BlockParts::text(panel.style.title, Theme::kHeadline, QFont::DemiBold, Ink::primary, connection));
     words->addWidget(BlockParts::text(panel.style.message, Theme::kFootnote, QFont::Normal, Ink::secondary,
-                                      connection, Tone::muted, 3));
+                                      connection, Tone::muted));
     line->addLayout(words, 1);
     m_connectionStatus = new BadgeWidget(panel.status, connection);
     line->addWidget(m_connectionStatus, 0, Qt::AlignTop);

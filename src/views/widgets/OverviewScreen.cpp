@@ -87,7 +87,7 @@ void OverviewScreen::buildFixedParts() {
     m_heading->setObjectName(QStringLiteral("overviewTitle"));
     titles->addWidget(m_heading);
     titles->addWidget(BlockParts::text(OverviewView::header(QString()).tagline, Theme::kBody, QFont::Normal,
-                                       Ink::secondary, m_page, Tone::muted, 2));
+                                       Ink::secondary, m_page, Tone::muted));
     header->addLayout(titles, 1);
     m_layout->addLayout(header);
 

@@ -26,14 +26,14 @@ QWidget* pair(const QString& label, const QString& value, QWidget* parent) {
     layout->setContentsMargins(0, Theme::kSpaceXS, 0, Theme::kSpaceXS);
     layout->addWidget(BlockParts::text(label, Theme::kBody, QFont::Normal, Ink::primary, row), 1);
     ElidedLabel* shown =
-        BlockParts::text(value, Theme::kBody, QFont::Normal, Ink::secondary, row, Tone::muted, 2);
+        BlockParts::text(value, Theme::kBody, QFont::Normal, Ink::secondary, row, Tone::muted);
     shown->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     layout->addWidget(shown, 1);
     return row;
 }
 
 ElidedLabel* note(const QString& text, QWidget* parent) {
-    return BlockParts::text(text, Theme::kFootnote, QFont::Normal, Ink::secondary, parent, Tone::muted, 6);
+    return BlockParts::text(text, Theme::kFootnote, QFont::Normal, Ink::secondary, parent, Tone::muted);
 }
 } // namespace
 
